@@ -1,0 +1,5 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>

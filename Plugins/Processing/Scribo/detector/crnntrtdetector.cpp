@@ -1,0 +1,1 @@
+#include "crnntrtdetector.h"

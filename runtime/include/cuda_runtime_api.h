@@ -1,0 +1,49 @@
+#pragma once
+
+// The names of the CUDA runtime API that Scribo uses, for the CPU runtime: "device" memory is
+// host memory of which every allocation is known, so that a wrong copy is refused as on a GPU.
+
+#include <cstddef>
+
+/// Values as in the CUDA runtime.
+enum cudaError
+{
+    cudaSuccess = 0,
+    cudaErrorInvalidValue = 1,
+    cudaErrorMemoryAllocation = 2,
+    cudaErrorInvalidMemcpyDirection = 21,
+    cudaErrorInvalidResourceHandle = 400,
+    cudaErrorUnknown = 999,
+};
+using cudaError_t = cudaError;
+
+enum cudaMemcpyKind
+{
+    cudaMemcpyHostToHost = 0,
+    cudaMemcpyHostToDevice = 1,
+    cudaMemcpyDeviceToHost = 2,
+    cudaMemcpyDeviceToDevice = 3,
+    cudaMemcpyDefault = 4,
+};
+
+using cudaStream_t = struct CUstream_st*;
+using cudaEvent_t = struct CUevent_st*;
+
+extern "C" {
+/// `size` bytes of device memory in `*pointer`; cudaErrorMemoryAllocation when there is no room.
+cudaError_t cudaMalloc(void** pointer, std::size_t size);
+/// Copies `size` bytes. cudaErrorInvalidValue when a device side is not inside one allocation,
+/// cudaErrorInvalidMemcpyDirection when a side is not of the kind that `kind` says.
+cudaError_t cudaMemcpyAsync(void* destination, const void* source, std::size_t size, cudaMemcpyKind kind, cudaStream_t stream);
+cudaError_t cudaStreamCreate(cudaStream_t* stream);
+/// Waits until everything queued on `stream` is done and returns the first error of that work.
+cudaError_t cudaStreamSynchronize(cudaStream_t stream);
+/// A text for `error`; never null, never freed.
+const char* cudaGetErrorString(cudaError_t error);
+}
+
+template <class T>
+inline cudaError_t cudaMalloc(T** pointer, std::size_t size)
+{
+    return cudaMalloc(reinterpret_cast<void**>(pointer), size);
+}
