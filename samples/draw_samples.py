@@ -98,8 +98,8 @@ def film(rng):
     draw = ImageDraw.Draw(picture)
     for offset in range(-HEIGHT, WIDTH, 90):
         draw.line([offset, HEIGHT, offset + HEIGHT, 0], fill=(200, 208, 216), width=9)
-    box = write_dots(picture, (130, 190), "EXP:03/27", (26, 24, 30), 5.6, 2.9, rng)
-    return blurred(picture, 1.2), [(box, "EXP:03/27")]
+    box = write_dots(picture, (130, 190), "EXP:03.27", (26, 24, 30), 5.6, 2.9, rng)
+    return blurred(picture, 1.2), [(box, "EXP:03.27")]
 
 
 def dark_housing(rng):
@@ -132,7 +132,7 @@ def label(rng):
     draw.rounded_rectangle([90, 40, 550, 380], 14, fill=(246, 246, 242))
     for x in range(130, 510, 7):
         draw.rectangle([x, 316, x + 1 + (x * 7 % 4), 356], fill=(20, 20, 20))
-    lines = [(60, "PN:7741-B"), (144, "2026/11/20"), (228, "REV(3)")]
+    lines = [(60, "PN:7741-B"), (144, "2026.11.20"), (228, "REV(3)")]
     regions = [(write(picture, (140, y), text, font("sans", 52), (22, 22, 26)), text) for y, text in lines]
     return blurred(picture, 0.8), regions
 
