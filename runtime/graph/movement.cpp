@@ -1,0 +1,289 @@
+#include "movement.h"
+
+#include "networkcheck.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+
+namespace scribo::cpu {
+
+namespace {
+
+using format::OperationKind;
+
+bool tooLarge(Rule& rule, const Shape& shape)
+{
+    return rule.fail("its result of " + toString(shape) + " is too large");
+}
+
+bool noAxis(Rule& rule, std::int64_t axis, const Shape& shape)
+{
+    return rule.fail("axis " + std::to_string(axis) + " of " + toString(shape) + " does not exist");
+}
+
+bool describeTranspose(Rule& rule, Movement* movement)
+{
+    const auto* permutation = rule.operation.kind_as_Transpose()->permutation();
+    const Shape& data = rule.operand(0).shape;
+    std::vector<bool> seen(data.size(), false);
+    if ((permutation ? permutation->size() : 0) != data.size()) {
+        return rule.fail("its permutation does not fit " + toString(data));
+    }
+    const Shape dense = denseStrides(data);
+    Shape result;
+    Shape strides;
+    for (flatbuffers::uoffset_t i = 0; i < data.size(); ++i) {
+        const int from = permutation->Get(i);
+        if (from < 0 || static_cast<std::size_t>(from) >= data.size() || seen[static_cast<std::size_t>(from)]) {
+            return rule.fail("its permutation does not fit " + toString(data));
+        }
+        seen[static_cast<std::size_t>(from)] = true;
+        result.push_back(data[static_cast<std::size_t>(from)]);
+        strides.push_back(dense[static_cast<std::size_t>(from)]);
+    }
+    movement->results = {result};
+    movement->parts = {{0, 0, {result, 0, strides, 0, denseStrides(result)}}};
+    return true;
+}
+
+bool describeConcat(Rule& rule, Movement* movement)
+{
+    const int given = rule.operation.kind_as_Concat()->axis();
+    const Value& first = rule.operand(0);
+    const int axis = normalAxis(given, first.rank());
+    if (axis < 0) {
+        return noAxis(rule, given, first.shape);
+    }
+    Shape result = first.shape;
+    std::int64_t& total = result[static_cast<std::size_t>(axis)];
+    total = 0;
+    for (std::size_t i = 0; i < rule.inputCount(); ++i) {
+        const Value& value = rule.operand(i);
+        Shape like = value.shape;
+        if (like.size() == result.size()) {
+            total += like[static_cast<std::size_t>(axis)];
+            like[static_cast<std::size_t>(axis)] = total;
+        }
+        if (value.type != first.type || like != result || countElements(result) < 0) {
+            return rule.fail(toString(value.shape) + " cannot be put behind " + toString(first.shape));
+        }
+    }
+    const std::int64_t outer = countRange(result, 0, axis);
+    const std::int64_t row = countRange(result, axis, static_cast<int>(result.size()));
+    std::int64_t position = 0;
+    for (std::size_t i = 0; i < rule.inputCount(); ++i) {
+        const Shape& shape = rule.operand(i).shape;
+        const std::int64_t length = countRange(shape, axis, static_cast<int>(shape.size()));
+        movement->parts.push_back({i, 0, {{outer, length}, 0, {length, 1}, position, {row, 1}}});
+        position += length;
+    }
+    movement->results = {result};
+    return true;
+}
+
+bool describeSplit(Rule& rule, Movement* movement)
+{
+    const auto& split = *rule.operation.kind_as_Split();
+    const Value& data = rule.operand(0);
+    const int axis = normalAxis(split.axis(), data.rank());
+    if (axis < 0) {
+        return noAxis(rule, split.axis(), data.shape);
+    }
+    if (split.sizes()->size() != rule.outputCount()) {
+        return rule.fail("it has " + std::to_string(rule.outputCount()) + " outputs for "
+            + std::to_string(split.sizes()->size()) + " parts");
+    }
+    const std::int64_t outer = countRange(data.shape, 0, axis);
+    const std::int64_t inner = countRange(data.shape, axis + 1, data.rank());
+    std::int64_t left = data.shape[static_cast<std::size_t>(axis)];
+    const std::int64_t row = left * inner;
+    for (std::size_t i = 0; i < rule.outputCount(); ++i) {
+        const std::int64_t size = split.sizes()->Get(static_cast<flatbuffers::uoffset_t>(i));
+        if (size < 0 || size > left) {
+            return rule.fail("its parts do not add up to " + toString(data.shape));
+        }
+        Shape result = data.shape;
+        result[static_cast<std::size_t>(axis)] = size;
+        movement->results.push_back(result);
+        movement->parts.push_back({0, i, {{outer, size * inner}, row - left * inner, {row, 1}, 0, {size * inner, 1}}});
+        left -= size;
+    }
+    return left == 0 || rule.fail("its parts do not add up to " + toString(data.shape));
+}
+
+bool describeGather(Rule& rule, Movement* movement)
+{
+    const int given = rule.operation.kind_as_Gather()->axis();
+    const Value& data = rule.operand(0);
+    const Value& indices = rule.operand(1);
+    const int axis = normalAxis(given, data.rank());
+    if (axis < 0) {
+        return noAxis(rule, given, data.shape);
+    }
+    if (!indices.isInteger()) {
+        return rule.fail("its indices are not integers");
+    }
+    Shape result(data.shape.begin(), data.shape.begin() + axis);
+    result.insert(result.end(), indices.shape.begin(), indices.shape.end());
+    result.insert(result.end(), data.shape.begin() + axis + 1, data.shape.end());
+    if (countElements(result) < 0) {
+        return tooLarge(rule, result);
+    }
+    const std::int64_t extent = data.shape[static_cast<std::size_t>(axis)];
+    const std::int64_t outer = countRange(data.shape, 0, axis);
+    const std::int64_t inner = countRange(data.shape, axis + 1, data.rank());
+    const auto count = static_cast<std::int64_t>(indices.integers.size());
+    for (std::int64_t i = 0; i < count; ++i) {
+        const std::int64_t index = indices.integers[static_cast<std::size_t>(i)];
+        if (index < -extent || index >= extent) {
+            return rule.fail("index " + std::to_string(index) + " lies outside " + toString(data.shape));
+        }
+        const std::int64_t from = (index < 0 ? index + extent : index) * inner;
+        movement->parts.push_back({0, 0, {{outer, inner}, from, {extent * inner, 1}, i * inner, {count * inner, 1}}});
+    }
+    movement->results = {result};
+    return true;
+}
+
+/// Where a slice starts and how many elements it takes along an axis of `extent`, with the limits
+/// cut to the axis as ONNX does.
+struct AxisSlice
+{
+    std::int64_t start;
+    std::int64_t count;
+};
+
+AxisSlice cutSlice(std::int64_t start, std::int64_t end, std::int64_t step, std::int64_t extent)
+{
+    const auto cut = [extent](std::int64_t position, std::int64_t low, std::int64_t high) {
+        return std::clamp(position < 0 ? position + extent : position, low, high);
+    };
+    if (extent == 0) {
+        return {0, 0};
+    }
+    if (step > 0) {
+        start = cut(start, 0, extent);
+        end = cut(end, 0, extent);
+        return {start, end > start ? (end - start - 1) / step + 1 : 0};
+    }
+    start = cut(start, 0, extent - 1);
+    end = cut(end, -1, extent - 1);
+    return {start, start > end ? (start - end - 1) / -step + 1 : 0};
+}
+
+bool describeSlice(Rule& rule, Movement* movement)
+{
+    const Value& data = rule.operand(0);
+    for (std::size_t i = 1; i < 5; ++i) {
+        if (!rule.needIntegers(i)) {
+            return false;
+        }
+    }
+    const std::vector<std::int64_t>& starts = rule.operand(1).integers;
+    const std::vector<std::int64_t>& ends = rule.operand(2).integers;
+    std::vector<std::int64_t> axes(starts.size());
+    std::iota(axes.begin(), axes.end(), 0);
+    axes = rule.input(3) ? rule.input(3)->integers : axes;
+    const std::vector<std::int64_t> steps
+        = rule.input(4) ? rule.input(4)->integers : std::vector<std::int64_t>(starts.size(), 1);
+    if (ends.size() != starts.size() || axes.size() != starts.size() || steps.size() != starts.size()) {
+        return rule.fail("its starts, ends, axes and steps are not equally many");
+    }
+    const Shape dense = denseStrides(data.shape);
+    StridedCopy copy = {data.shape, 0, dense, 0, {}};
+    std::vector<bool> seen(data.shape.size(), false);
+    for (std::size_t i = 0; i < starts.size(); ++i) {
+        const int axis = normalAxis(axes[i], data.rank());
+        const auto position = static_cast<std::size_t>(std::max(axis, 0));
+        // The most negative step has no opposite.
+        if (axis < 0 || seen[position] || steps[i] == 0 || steps[i] == std::numeric_limits<std::int64_t>::min()) {
+            return rule.fail(
+                "it slices an axis that does not exist in " + toString(data.shape) + ", or one twice, or with step 0");
+        }
+        seen[position] = true;
+        const AxisSlice slice = cutSlice(starts[i], ends[i], steps[i], data.shape[position]);
+        copy.extents[position] = slice.count;
+        copy.fromOffset += slice.count > 0 ? slice.start * dense[position] : 0;
+        // A step that is never taken may be too large to multiply.
+        copy.fromStrides[position] = slice.count > 1 ? steps[i] * dense[position] : 0;
+    }
+    copy.toStrides = denseStrides(copy.extents);
+    movement->results = {copy.extents};
+    movement->parts = {{0, 0, std::move(copy)}};
+    return true;
+}
+
+bool describeExpand(Rule& rule, Movement* movement)
+{
+    if (!rule.operand(1).isInteger() || !rule.needIntegers(1)) {
+        return rule.fail("its shape is not a list of integers");
+    }
+    const Value& data = rule.operand(0);
+    const std::optional<Shape> result = broadcastShapes(data.shape, rule.operand(1).integers);
+    if (!result) {
+        return rule.fail(toString(data.shape) + " cannot be made " + toString(rule.operand(1).integers));
+    }
+    if (result->size() > format::maximumRank || countElements(*result) < 0) {
+        return tooLarge(rule, *result);
+    }
+    movement->results = {*result};
+    movement->parts = {{0, 0, {*result, 0, broadcastStrides(data.shape, *result), 0, denseStrides(*result)}}};
+    return true;
+}
+
+bool describePad(Rule& rule, Movement* movement)
+{
+    const auto& pad = *rule.operation.kind_as_Pad();
+    const Shape& data = rule.operand(0).shape;
+    if ((pad.begin() ? pad.begin()->size() : 0) != data.size() || (pad.end() ? pad.end()->size() : 0) != data.size()) {
+        return rule.fail("its padding does not fit " + toString(data));
+    }
+    Shape result = data;
+    for (flatbuffers::uoffset_t i = 0; i < data.size(); ++i) {
+        const std::int64_t begin = pad.begin()->Get(i);
+        const std::int64_t end = pad.end()->Get(i);
+        if (begin < 0 || end < 0 || begin > maximumElements || end > maximumElements) {
+            return rule.fail(
+                "a padding of " + std::to_string(begin) + " and " + std::to_string(end) + " makes no sense");
+        }
+        result[i] += begin + end;
+    }
+    if (countElements(result) < 0) {
+        return tooLarge(rule, result);
+    }
+    StridedCopy copy = {data, 0, denseStrides(data), 0, denseStrides(result)};
+    for (flatbuffers::uoffset_t i = 0; i < data.size(); ++i) {
+        copy.toOffset += pad.begin()->Get(i) * copy.toStrides[i];
+    }
+    movement->results = {result};
+    movement->parts = {{0, 0, std::move(copy)}};
+    movement->filler = pad.value();
+    return true;
+}
+
+} // namespace
+
+bool describeMovement(Rule& rule, Movement* movement)
+{
+    switch (rule.operation.kind_type()) {
+    case OperationKind::Transpose:
+        return describeTranspose(rule, movement);
+    case OperationKind::Concat:
+        return describeConcat(rule, movement);
+    case OperationKind::Split:
+        return describeSplit(rule, movement);
+    case OperationKind::Gather:
+        return describeGather(rule, movement);
+    case OperationKind::Slice:
+        return describeSlice(rule, movement);
+    case OperationKind::Expand:
+        return describeExpand(rule, movement);
+    case OperationKind::Pad:
+        return describePad(rule, movement);
+    default:
+        return rule.fail("it does not move values");
+    }
+}
+
+} // namespace scribo::cpu
