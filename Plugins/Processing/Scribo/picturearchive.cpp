@@ -1,1 +1,167 @@
 #include "picturearchive.h"
+
+#include "pluginsettings.h"
+#include "tool.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <opencv2/imgproc.hpp>
+
+#include <utility>
+
+namespace {
+
+/// A host may hand over an object that is no Tool; it has no directory and no picture is saved for it.
+Tool* asTool(ToolInterface* tool)
+{
+    return dynamic_cast<Tool*>(tool);
+}
+
+/// Where the models' folders stand. A removable disk is not limited.
+struct Base
+{
+    QString path;
+    bool removable;
+};
+
+Base baseOf(ToolInterface* tool, const QDateTime& now)
+{
+    const QString disk = tool->removableDiskPath();
+    if (!disk.isEmpty())
+        return {
+            disk + QStringLiteral("/AISavePic_") + now.toString(QStringLiteral("yyyyMMdd")) + QLatin1Char('/'), true};
+    Tool* const systemTool = asTool(tool);
+    return {systemTool ? systemTool->toolDirectory() + QStringLiteral("AISavePic/") : QString(), false};
+}
+
+QString verdictFolder(const SOrgAI_ResInfo& record)
+{
+    if (record.isOk)
+        return QStringLiteral("OK/");
+    return record.classIndex == -1 ? QStringLiteral("NG/ng_notype") : QStringLiteral("NG/ng");
+}
+
+/// Regular files of any name; hidden ones are the writers' unfinished work.
+int countFiles(const QString& folder)
+{
+    int count = 0;
+    for (QDirIterator entries(folder, QDir::Files); entries.hasNext(); entries.next())
+        ++count;
+    return count;
+}
+
+SOrgAI_ResInfo folderRecord(const std::string& text, int classIndex, bool isOk)
+{
+    SOrgAI_ResInfo record;
+    record.score = -1.0;
+    record.classIndex = classIndex;
+    record.text = text;
+    record.isOk = isOk;
+    return record;
+}
+
+} // namespace
+
+PictureArchive::PictureArchive(
+    PluginSettings& settings_, ImageConverter converter, MountTable mountTable_, Clock clock_)
+    : settings(settings_)
+    , mountTable(std::move(mountTable_))
+    , clock(std::move(clock_))
+    , queue(std::make_shared<PictureQueue>(converter))
+{
+}
+
+void PictureArchive::refreshSaveLocation()
+{
+    const QStringList mounts = findRemovableMounts();
+    settings.savePathText = mounts.isEmpty() ? QStringLiteral("系统盘") : mounts.first();
+}
+
+QStringList PictureArchive::findRemovableMounts()
+{
+    return mountTable.findRemovableMounts();
+}
+
+QString PictureArchive::pictureFolder(
+    ToolInterface* tool, const QString& modelName, const SOrgAI_ResInfo& record, const QString& toolId)
+{
+    return folderAt(clock(), tool, modelName, record, toolId);
+}
+
+QString PictureArchive::folderAt(const QDateTime& now, ToolInterface* tool, const QString& modelName,
+    const SOrgAI_ResInfo& record, const QString& toolId)
+{
+    if (!tool || modelName.isEmpty())
+        return {};
+    const Base base = baseOf(tool, now);
+    if (base.path.isEmpty())
+        return {};
+
+    const QString folder = base.path + modelName + QLatin1Char('_') + toolId + QLatin1Char('/') + verdictFolder(record);
+    QDir().mkpath(folder);
+
+    if (!settings.saveSwitch[record.isOk ? 0 : 1])
+        return {};
+    int& count = record.isOk ? settings.okSavedCount : settings.ngSavedCount;
+    const int limit = record.isOk ? settings.okSaveLimit : settings.ngSaveLimit;
+    count = countFiles(folder);
+    return count < limit || base.removable ? folder : QString();
+}
+
+void PictureArchive::queuePicture(ToolInterface* tool, const cv::Mat& image, const QString& path)
+{
+    Tool* const savingTool = asTool(tool);
+    if (!savingTool || !savingTool->savingAllowed() || image.empty())
+        return;
+
+    cv::Mat copy;
+    try {
+        if (image.channels() == 3)
+            cv::cvtColor(image, copy, cv::COLOR_BGR2RGB);
+        else
+            image.copyTo(copy);
+    } catch (const cv::Exception&) {
+        return; // of a depth that could not be written either, or out of memory: no reason to fail the inspection
+    }
+    queue->add(path, copy);
+    QtConcurrent::run(QThreadPool::globalInstance(), [writers = queue] { writers->drain(); });
+}
+
+void PictureArchive::drainPendingPictures()
+{
+    queue->drain();
+}
+
+void PictureArchive::savePicture(
+    Tool* tool, const QString& modelName, const SOrgAI_ResInfo& record, int number, const cv::Mat& image)
+{
+    if (!tool)
+        return;
+    // One look at the clock, so that at midnight name and folder agree on the day.
+    const QDateTime now = clock();
+    const QString toolId = tool->toolIdentity();
+    const QString folder = folderAt(now, tool, modelName, record, toolId);
+    if (folder.isEmpty())
+        return;
+    const QString name = toolId + QStringLiteral("ROI") + QString::number(number) + QLatin1Char('_')
+        + now.toString(QStringLiteral("MMdd_HHmmss_zzz")) + QLatin1Char('_') + QString::fromStdString(record.text)
+        + QStringLiteral(".bmp");
+    queuePicture(tool, image, folder + QLatin1Char('/') + name);
+}
+
+void PictureArchive::prepareFolders(
+    ToolInterface* tool, const QString& modelName, const std::vector<std::string>& classNames)
+{
+    Tool* const identified = asTool(tool);
+    if (!identified)
+        return;
+    const QString toolId = identified->toolIdentity();
+    int classIndex = 0;
+    for (const std::string& className : classNames)
+        pictureFolder(tool, modelName, folderRecord(className, classIndex++, false), toolId);
+    pictureFolder(tool, modelName, folderRecord("ng_notype", -1, false), toolId);
+    pictureFolder(tool, modelName, folderRecord("ok", 0, true), toolId);
+}
