@@ -1,0 +1,531 @@
+#!/usr/bin/python3
+"""Writes the vectors that the builder's tests run against: small models exported by PyTorch, inputs
+for two or three widths each, and what PyTorch computes for them.
+
+Every case is a folder in the layout of ONNX's own tests:
+
+    vectors/CASE/model.onnx
+    vectors/CASE/test_data_set_N/input_0.pb, output_0.pb, ...
+
+Needs Debian's python3-torch and python3-onnx. The seeds are fixed; run it again after changing a
+case: tests/builder/make_vectors.py [CASE...]
+"""
+
+import io
+import pathlib
+import shutil
+import sys
+import warnings
+
+import numpy as np
+import onnx
+import onnx.helper as oh
+import onnx.numpy_helper as onh
+import torch
+from torch import nn
+import torch.nn.functional as F
+
+FOLDER = pathlib.Path(__file__).resolve().parent / "vectors"
+CASES = {}
+
+
+def case(channels, height, widths=(9, 16), opset=13):
+    """Registers a function that makes a module as a case, once for each opset."""
+
+    def register(function):
+        opsets = opset if isinstance(opset, tuple) else (opset,)
+        for version in opsets:
+            name = function.__name__ + (f"_opset{version}" if len(opsets) > 1 else "")
+            CASES[name] = (function, channels, height, widths, version)
+        return function
+
+    return register
+
+
+class Do(nn.Module):
+    """A module from a function, with the modules that it uses."""
+
+    def __init__(self, function, *modules):
+        super().__init__()
+        self.modules_used = nn.ModuleList(modules)
+        self.function = function
+
+    def forward(self, x):
+        return self.function(x, *self.modules_used)
+
+
+def settle(module):
+    """Gives batch normalisations statistics as after training."""
+    for part in module.modules():
+        if isinstance(part, nn.BatchNorm2d):
+            part.running_mean.uniform_(-0.5, 0.5)
+            part.running_var.uniform_(0.5, 1.5)
+            nn.init.uniform_(part.weight, 0.5, 1.5)
+            nn.init.uniform_(part.bias, -0.5, 0.5)
+    return module.eval()
+
+
+# Convolutions
+
+@case(3, 8)
+def conv_plain():
+    return nn.Conv2d(3, 8, 3, padding=1)
+
+@case(3, 8)
+def conv_no_bias():
+    return nn.Conv2d(3, 5, 3, padding=1, bias=False)
+
+@case(2, 6)
+def conv_1x1():
+    return nn.Conv2d(2, 7, 1)
+
+@case(3, 12, (17, 32))
+def conv_5x3_stride_2x1():
+    return nn.Conv2d(3, 6, (5, 3), stride=(2, 1), padding=(2, 1))
+
+@case(3, 12, (17, 33))
+def conv_stride_3_no_padding():
+    return nn.Conv2d(3, 6, 3, stride=3)
+
+@case(4, 8)
+def conv_groups():
+    return nn.Conv2d(4, 8, 3, padding=1, groups=2)
+
+@case(6, 8)
+def conv_depthwise():
+    return nn.Conv2d(6, 6, 3, padding=1, groups=6)
+
+@case(3, 12, (13, 24))
+def conv_dilated():
+    return nn.Conv2d(3, 4, 3, padding=(2, 3), dilation=(2, 3))
+
+@case(3, 8)
+def conv_uneven_padding():
+    return nn.Sequential(nn.ZeroPad2d((2, 1, 0, 3)), nn.Conv2d(3, 4, (4, 2)))
+
+@case(3, 2)
+def conv_full_height():
+    return nn.Conv2d(3, 16, (2, 3), padding=(0, 1))
+
+@case(2, 4)
+def conv_1d():
+    return Do(lambda x, conv: conv(x.flatten(1, 2)), nn.Conv1d(8, 5, 3, padding=2, stride=2))
+
+@case(3, 8, opset=(11, 12, 13, 14))
+def conv_batch_norm_relu():
+    return nn.Sequential(nn.Conv2d(3, 8, 3, padding=1), nn.BatchNorm2d(8), nn.ReLU())
+
+@case(3, 8)
+def batch_norm_alone():
+    return nn.Sequential(nn.BatchNorm2d(3), nn.Conv2d(3, 4, 1))
+
+@case(3, 8)
+def batch_norm_behind_shared_convolution():
+    return Do(lambda x, conv, norm: torch.cat([conv(x), norm(conv(x))], 1), nn.Conv2d(3, 4, 3), nn.BatchNorm2d(4))
+
+@case(3, 8)
+def residual():
+    return Do(lambda x, a, b: F.relu(a(x) + b(x)), nn.Conv2d(3, 4, 3, padding=1), nn.Conv2d(3, 4, 1))
+
+
+# Pooling and reductions
+
+@case(3, 8)
+def max_pool():
+    return nn.MaxPool2d(2)
+
+@case(3, 8, (9, 15))
+def max_pool_height_only():
+    return nn.MaxPool2d((2, 1), (2, 1))
+
+@case(3, 9, (10, 17))
+def max_pool_3x3_stride_2_padding():
+    return nn.MaxPool2d(3, 2, padding=1)
+
+@case(3, 9, (10, 17))
+def max_pool_ceil():
+    return nn.MaxPool2d(2, 2, ceil_mode=True)
+
+@case(3, 8)
+def max_pool_crnn():
+    return nn.MaxPool2d((2, 2), (2, 1), (0, 1))
+
+@case(3, 8, opset=(11, 13))
+def average_pool():
+    return nn.AvgPool2d(2)
+
+@case(3, 8, (9, 14))
+def average_pool_padding_counted():
+    return nn.AvgPool2d(3, 2, padding=1)
+
+@case(3, 8, (9, 14))
+def average_pool_padding_not_counted():
+    return nn.AvgPool2d(3, 2, padding=1, count_include_pad=False)
+
+@case(3, 8)
+def global_average_pool():
+    return Do(lambda x: x * F.adaptive_avg_pool2d(x, 1))
+
+@case(3, 8)
+def global_max_pool():
+    return Do(lambda x: x - F.adaptive_max_pool2d(x, 1))
+
+@case(3, 8, opset=(11, 13))
+def mean_over_height():
+    return Do(lambda x: x.mean(2).permute(2, 0, 1))
+
+@case(3, 8, opset=(11, 13))
+def sum_and_max():
+    return Do(lambda x: x.sum((1, 2), keepdim=True) + x.amax(1, keepdim=True))
+
+
+# Activations
+
+@case(2, 3, (7,))
+def activations():
+    return Do(lambda x: torch.cat([
+        F.relu(x), F.leaky_relu(x, 0.1), torch.sigmoid(x), torch.tanh(x), F.elu(x, 0.7), F.softplus(x),
+        x.clamp(-0.5, 0.75), x.clamp(min=-0.25), x.clamp(max=0.3), F.relu6(3 * x)], 1))
+
+@case(2, 3, (7,), opset=(11, 14))
+def hard_activations():
+    return Do(lambda x: torch.cat([F.hardsigmoid(3 * x), F.hardswish(3 * x), F.silu(x)], 1))
+
+@case(2, 3, (7,))
+def gelu_written_out():
+    return nn.GELU()
+
+@case(2, 3, (7,))
+def prelu_single():
+    return nn.PReLU(1, 0.2)
+
+@case(3, 6)
+def activation_behind_convolution():
+    return Do(lambda x, a, b, c, d, e: torch.cat([
+        F.leaky_relu(a(x), 0.2), F.hardswish(b(x)), F.silu(c(x)), F.hardtanh(d(x), -0.2, 0.3), F.elu(e(x))], 1),
+        *[nn.Conv2d(3, 3, 3, padding=1) for _ in range(5)])
+
+
+# Recurrent layers
+
+def steps(x):
+    """The picture's columns as a sequence: T x 1 x (C * H)."""
+    return x.flatten(1, 2).permute(2, 0, 1)
+
+def recurrent(kind, **options):
+    return Do(lambda x, layer: layer(steps(x))[0], kind(8, 6, **options))
+
+@case(2, 4, (1, 9))
+def lstm():
+    return recurrent(nn.LSTM)
+
+@case(2, 4, opset=(11, 12, 13, 14))
+def lstm_bidirectional():
+    return recurrent(nn.LSTM, bidirectional=True)
+
+@case(2, 4)
+def lstm_two_layers():
+    return recurrent(nn.LSTM, num_layers=2)
+
+@case(2, 4, (2, 9, 16))
+def lstm_two_layers_bidirectional():
+    return recurrent(nn.LSTM, num_layers=2, bidirectional=True)
+
+@case(2, 4)
+def lstm_batch_first():
+    return Do(lambda x, layer: layer(x.flatten(1, 2).permute(0, 2, 1))[0].permute(1, 0, 2),
+              nn.LSTM(8, 6, batch_first=True, bidirectional=True))
+
+@case(2, 4)
+def lstm_no_bias():
+    return recurrent(nn.LSTM, bias=False)
+
+@case(2, 4)
+def lstm_last_states():
+    def last(x, layer):
+        sequence, (hidden, cell) = layer(steps(x))
+        return sequence, hidden, cell
+    return Do(last, nn.LSTM(8, 6, bidirectional=True))
+
+@case(2, 4)
+def lstm_initial_state():
+    hidden, cell = torch.randn(2, 1, 6), torch.randn(2, 1, 6)
+    return Do(lambda x, layer: layer(steps(x), (hidden, cell))[0], nn.LSTM(8, 6, bidirectional=True))
+
+@case(2, 4, (1, 9))
+def gru():
+    return recurrent(nn.GRU)
+
+@case(2, 4, opset=(11, 12, 13, 14))
+def gru_bidirectional():
+    return recurrent(nn.GRU, bidirectional=True)
+
+@case(2, 4, (2, 9, 16))
+def gru_two_layers_bidirectional():
+    return recurrent(nn.GRU, num_layers=2, bidirectional=True)
+
+@case(2, 4)
+def gru_initial_state():
+    hidden = torch.randn(1, 1, 6)
+    return Do(lambda x, layer: layer(steps(x), hidden)[1], nn.GRU(8, 6))
+
+
+# Products
+
+@case(2, 4)
+def linear():
+    return Do(lambda x, layer: layer(steps(x)), nn.Linear(8, 5))
+
+@case(2, 4)
+def linear_no_bias_relu():
+    return Do(lambda x, layer: F.relu(layer(steps(x))), nn.Linear(8, 5, bias=False))
+
+@case(2, 4, opset=(11, 13))
+def gemm():
+    return Do(lambda x, layer: F.relu(layer(steps(x).squeeze(1))), nn.Linear(8, 5))
+
+@case(2, 4)
+def gemm_scaled():
+    weights, bias = torch.randn(8, 5), torch.randn(5)
+    return Do(lambda x: torch.addmm(bias, steps(x).squeeze(1), weights, beta=0.5, alpha=2))
+
+@case(2, 4)
+def attention():
+    def attend(x, query, key, value):
+        x = x.flatten(1, 2).permute(0, 2, 1)
+        scores = query(x) @ key(x).transpose(1, 2) / 6 ** 0.5
+        return (F.softmax(scores, -1) @ value(x)).permute(1, 0, 2)
+    return Do(attend, nn.Linear(8, 6), nn.Linear(8, 6), nn.Linear(8, 6))
+
+
+# Normalisation and soft-max
+
+@case(2, 4, opset=(11, 13))
+def softmax():
+    return Do(lambda x: F.softmax(steps(x), 2))
+
+@case(2, 4, opset=(11, 13))
+def softmax_inner_axis():
+    return Do(lambda x: F.softmax(3 * x, 1))
+
+@case(2, 4, opset=(11, 13))
+def log_softmax():
+    return Do(lambda x: F.log_softmax(steps(x), 2))
+
+@case(2, 4, opset=(13, 17))
+def layer_norm():
+    return Do(lambda x, norm: norm(steps(x)), nn.LayerNorm(8))
+
+
+# Layout and arithmetic
+
+@case(2, 4, opset=(11, 13))
+def squeeze_unsqueeze():
+    return Do(lambda x, conv: conv(x).squeeze(2).unsqueeze(0).squeeze(1), nn.Conv2d(2, 3, (4, 1)))
+
+@case(2, 4, opset=(11, 12, 13, 14))
+def reshape_from_shape():
+    def fold(x):
+        batch, channels, height, width = x.size()
+        return x.reshape(batch, channels * height, width).permute(2, 0, 1)
+    return Do(fold)
+
+@case(2, 4)
+def view_by_time():
+    def merge(x, layer):
+        x = steps(x)
+        count, batch, size = x.size()
+        return layer(x.reshape(count * batch, size)).view(count, batch, -1)
+    return Do(merge, nn.Linear(8, 5))
+
+@case(2, 4, opset=(11, 13))
+def slices():
+    return Do(lambda x: torch.cat([x[:, :, 1:3, 2:], x[:, :, ::2, :-2], x[:, 1:, -2:, 1:-1].repeat(1, 2, 1, 1)], 2))
+
+@case(4, 4, opset=(11, 13))
+def splits():
+    return Do(lambda x: torch.cat([x.split((1, 3), 1)[1], x.chunk(2, 1)[0]], 1))
+
+@case(2, 4, opset=(11, 13))
+def pads():
+    return Do(lambda x: F.pad(F.pad(x, (1, 2, 3, 0)), (0, 1, 1, 0), value=0.5))
+
+@case(2, 4)
+def gathers():
+    picks = torch.tensor([1, 0, 1])
+    return Do(lambda x: torch.cat([x[:, picks], x.index_select(1, picks[:2])], 1) + x[:, 0:1, -1:, :])
+
+@case(2, 4, opset=(11, 13))
+def arithmetic():
+    return Do(lambda x: (x + 2) * (1 - x) / (x.abs() + 1.5) - x.pow(2) + (x * x + 0.1).sqrt() - torch.exp(-x)
+              + torch.log(x.abs() + 1) + 1 / (x.abs() + 3) + torch.maximum(x, -x) + torch.minimum(x, x * 0.5))
+
+@case(2, 4)
+def broadcasting():
+    column, channel = torch.randn(4, 1), torch.randn(2, 1, 1)
+    return Do(lambda x: x * column + channel - x.mean(3, keepdim=True) * x[:, :, :1])
+
+@case(2, 4)
+def expands():
+    row = torch.randn(1, 2, 1, 1)
+    return Do(lambda x: torch.cat([x, row.expand(1, 2, 4, x.size(3))], 1))
+
+@case(2, 4)
+def position_of_columns():
+    return Do(lambda x: x + torch.ones_like(x) * x.size(3) / 16)
+
+@case(2, 4)
+def two_outputs():
+    return Do(lambda x: (steps(x), steps(x).mean(2, keepdim=True)))
+
+@case(3, 8)
+def squeeze_excite():
+    def gate(x, reduce, widen):
+        return x * F.hardsigmoid(widen(F.relu(reduce(F.adaptive_avg_pool2d(x, 1)))))
+    return Do(gate, nn.Conv2d(3, 2, 1), nn.Conv2d(2, 3, 1))
+
+@case(2, 4)
+def dropout_is_gone():
+    return Do(lambda x, drop, layer: layer(drop(steps(x))), nn.Dropout(), nn.Linear(8, 4))
+
+
+# Whole recognisers
+
+class Crnn(nn.Module):
+    def __init__(self, cell, layers, softmax=True):
+        super().__init__()
+        def block(inputs, outputs):
+            return [nn.Conv2d(inputs, outputs, 3, padding=1), nn.BatchNorm2d(outputs), nn.ReLU()]
+        self.features = nn.Sequential(
+            *block(3, 8), nn.MaxPool2d(2, 2), *block(8, 12), nn.MaxPool2d(2, 2), *block(12, 16),
+            nn.MaxPool2d((2, 1), (2, 1)), nn.Conv2d(16, 16, 2, padding=(0, 1)), nn.MaxPool2d((3, 1)), nn.ReLU())
+        self.sequence = cell(16, 12, num_layers=layers, bidirectional=True)
+        self.head = nn.Linear(24, 11)
+        self.softmax = softmax
+
+    def forward(self, x):
+        x = self.features(x).squeeze(2).permute(2, 0, 1)
+        x = self.head(self.sequence(x)[0])
+        return F.softmax(x, 2) if self.softmax else x
+
+@case(3, 32, (32, 57, 100), opset=(11, 12, 13, 14))
+def crnn_lstm():
+    return Crnn(nn.LSTM, 1)
+
+@case(3, 32, (32, 57, 100), opset=(11, 14))
+def crnn_gru():
+    return Crnn(nn.GRU, 1)
+
+@case(3, 32, (32, 64))
+def crnn_two_lstm():
+    return Crnn(nn.LSTM, 2, softmax=False)
+
+
+# Written by hand: what PyTorch's exporter does not write, or not with these opsets.
+
+def tensors(**arrays):
+    return [onh.from_array(np.asarray(array), name) for name, array in arrays.items()]
+
+def handmade(nodes, constants, opset):
+    """A model from nodes, its float input 'x' 1 x 2 x 4 x W, output 'y'."""
+    graph = oh.make_graph(
+        nodes, "handmade",
+        [oh.make_tensor_value_info("x", onnx.TensorProto.FLOAT, [1, 2, 4, "width"])],
+        [oh.make_tensor_value_info("y", onnx.TensorProto.FLOAT, None)], constants)
+    return oh.make_model(graph, opset_imports=[oh.make_opsetid("", opset)])
+
+I64 = np.int64
+HANDMADE = {
+    "softmax_flat_opset11": (
+        handmade([oh.make_node("Softmax", ["x"], ["y"], axis=2)], [], 11),
+        lambda x: F.softmax(x.flatten(2), 2).reshape(x.shape)),
+    "reduce_axes_as_input_opset18": (
+        handmade([oh.make_node("ReduceMean", ["x", "axes"], ["y"], keepdims=0)], tensors(axes=np.array([1, -2], I64)), 18),
+        lambda x: x.mean((1, 2))),
+    "pad_axes_as_input_opset18": (
+        handmade([oh.make_node("Pad", ["x", "pads", "", "axes"], ["y"])],
+                 tensors(pads=np.array([1, 0, 2, 3], I64), axes=np.array([-1, 2], I64)), 18),
+        lambda x: F.pad(x, (1, 2, 0, 3))),
+    "split_num_outputs_opset18": (
+        handmade([oh.make_node("Split", ["x"], ["a", "b"], axis=2, num_outputs=2), oh.make_node("Sub", ["a", "b"], ["y"])],
+                 [], 18),
+        lambda x: x[:, :, :2] - x[:, :, 2:]),
+    "shape_range_opset15": (
+        handmade([oh.make_node("Shape", ["x"], ["s"], start=-1), oh.make_node("Concat", ["k", "s"], ["t"], axis=0),
+                  oh.make_node("Reshape", ["x", "t"], ["y"])], tensors(k=np.array([4, 2], I64)), 15),
+        lambda x: x.reshape(4, 2, -1)),
+    "gelu_opset20": (
+        handmade([oh.make_node("Gelu", ["x"], ["y"])], [], 20), F.gelu),
+    "same_padding": (
+        handmade([oh.make_node("Conv", ["x", "w"], ["c"], auto_pad="SAME_UPPER", kernel_shape=[2, 3]),
+                  oh.make_node("MaxPool", ["c"], ["y"], auto_pad="SAME_LOWER", kernel_shape=[2, 2])],
+                 tensors(w=np.linspace(-1, 1, 36, dtype=np.float32).reshape(3, 2, 2, 3)), 13),
+        lambda x: F.max_pool2d(F.pad(F.conv2d(F.pad(x, (1, 1, 0, 1)), torch.linspace(-1, 1, 36).reshape(3, 2, 2, 3)),
+                                     (1, 0, 1, 0), value=-1e9), 2, 1)),
+    "transpose_reversed": (
+        handmade([oh.make_node("Transpose", ["x"], ["y"])], [], 13), lambda x: x.permute(3, 2, 1, 0)),
+    "sum_of_three": (
+        handmade([oh.make_node("Sum", ["x", "x", "x"], ["s"]), oh.make_node("Max", ["s"], ["m"]),
+                  oh.make_node("Floor", ["m"], ["f"]), oh.make_node("Ceil", ["x"], ["c"]),
+                  oh.make_node("Add", ["f", "c"], ["y"])], [], 13),
+        lambda x: (3 * x).floor() + x.ceil()),
+    "half_precision_constant": (
+        handmade([oh.make_node("Cast", ["h"], ["f"], to=onnx.TensorProto.FLOAT), oh.make_node("Mul", ["x", "f"], ["y"])],
+                 tensors(h=np.array([[-1.5], [2.0], [3e-5], [655]], np.float16)), 13),
+        lambda x: x * torch.tensor([[-1.5], [2.0], [3e-5], [655]], dtype=torch.float16).float()),
+}
+
+
+def write_case(name, model, data_sets):
+    folder = FOLDER / name
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    onnx.save(model, str(folder / "model.onnx"))
+    for number, (inputs, outputs) in enumerate(data_sets):
+        data = folder / f"test_data_set_{number}"
+        data.mkdir()
+        for kind, arrays in (("input", inputs), ("output", outputs)):
+            for i, tensor in enumerate(arrays):
+                array = np.ascontiguousarray(tensor.detach().numpy())
+                (data / f"{kind}_{i}.pb").write_bytes(onh.from_array(array, kind).SerializeToString())
+
+
+def data_sets(function, channels, height, widths):
+    for width in widths:
+        x = torch.rand(1, channels, height, width) * 2 - 1
+        with torch.no_grad():
+            y = function(x)
+        yield (x,), (y if isinstance(y, tuple) else (y,))
+
+
+def exported(module, channels, height, width, opset):
+    # Exported at another width than the tests run, so that a width which was frozen shows.
+    example = torch.rand(1, channels, height, width)
+    outputs = module(example)
+    count = len(outputs) if isinstance(outputs, tuple) else 1
+    buffer = io.BytesIO()
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore")
+        torch.onnx.export(module, example, buffer, opset_version=opset, input_names=["input"],
+                          output_names=["output"] + [f"output{i}" for i in range(1, count)],
+                          dynamic_axes={"input": {3: "width"}})
+    return onnx.load_from_string(buffer.getvalue())
+
+
+def main(wanted):
+    for name, (function, channels, height, widths, opset) in CASES.items():
+        if wanted and name not in wanted:
+            continue
+        torch.manual_seed(2024)
+        module = settle(function())
+        model = exported(module, channels, height, max(widths) + 8, opset)
+        write_case(name, model, data_sets(module, channels, height, widths))
+    for name, (model, function) in HANDMADE.items():
+        if wanted and name not in wanted:
+            continue
+        torch.manual_seed(2024)
+        write_case(name, model, data_sets(function, 2, 4, (6, 11)))
+
+
+if __name__ == "__main__":
+    main(set(sys.argv[1:]))

@@ -1,0 +1,126 @@
+// Every model of vectors/, built and run through the public interface, against PyTorch's results.
+
+#include "build.h"
+#include "enginefile.h"
+#include "enginerunner.h"
+#include "onnxtensor.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+namespace fs = std::filesystem;
+using scribo::builder::TensorT;
+
+std::string readFile(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<std::string> folderNames(const fs::path& folder, const std::string& prefix)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        if (entry.path().filename().string().rfind(prefix, 0) == 0) {
+            names.push_back(entry.path().filename().string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+TensorT readTensorFile(const fs::path& path)
+{
+    onnx::TensorProto proto;
+    TensorT tensor;
+    std::string error;
+    EXPECT_TRUE(proto.ParseFromString(readFile(path))) << path;
+    EXPECT_TRUE(scribo::builder::readTensor(proto, &tensor, &error)) << path << error;
+    return tensor;
+}
+
+/// The largest difference between two lists of the same length; NaN when there is one anywhere.
+double largestDifference(const std::vector<float>& a, const std::vector<float>& b)
+{
+    double largest = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        const double difference = std::fabs(static_cast<double>(a[i]) - static_cast<double>(b[i]));
+        if (!(difference <= largest)) {
+            largest = difference;
+        }
+    }
+    return largest;
+}
+
+class Vectors : public testing::TestWithParam<std::string>
+{
+};
+
+struct DataSet
+{
+    TensorT input;
+    std::vector<TensorT> outputs;
+
+    int width() const { return static_cast<int>(input.dims.back()); }
+};
+
+std::vector<DataSet> readDataSets(const fs::path& folder)
+{
+    std::vector<DataSet> dataSets;
+    for (const std::string& name : folderNames(folder, "test_data_set_")) {
+        DataSet set = {readTensorFile(folder / name / "input_0.pb"), {}};
+        for (const std::string& output : folderNames(folder / name, "output_")) {
+            set.outputs.push_back(readTensorFile(folder / name / output));
+        }
+        dataSets.push_back(std::move(set));
+    }
+    return dataSets;
+}
+
+scribo::builder::WidthRange widthsOf(const std::vector<DataSet>& dataSets)
+{
+    const auto narrower = [](const DataSet& a, const DataSet& b) { return a.width() < b.width(); };
+    const auto [least, most] = std::minmax_element(dataSets.begin(), dataSets.end(), narrower);
+    return {least->width(), most->width()};
+}
+
+TEST_P(Vectors, EqualPyTorch)
+{
+    const fs::path folder = fs::path(VECTORS) / GetParam();
+    const std::vector<DataSet> dataSets = readDataSets(folder);
+    ASSERT_FALSE(dataSets.empty());
+    const std::string model = readFile(folder / "model.onnx");
+    scribo::builder::Problems problems;
+    const auto network
+        = scribo::builder::buildNetwork(model.data(), model.size(), {widthsOf(dataSets), "model.onnx"}, &problems);
+    ASSERT_TRUE(network) << testing::PrintToString(problems);
+    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(*network);
+    scribo::tool::EngineRunner runner;
+    QString error;
+    ASSERT_TRUE(runner.load(engine.data(), engine.size(), &error)) << error.toStdString();
+    for (const DataSet& set : dataSets) {
+        SCOPED_TRACE("width " + std::to_string(set.width()));
+        std::vector<scribo::tool::RunOutput> outputs;
+        ASSERT_TRUE(runner.run(set.width(), scribo::builder::floatValues(set.input), &outputs, &error))
+            << error.toStdString();
+        ASSERT_EQ(outputs.size(), set.outputs.size());
+        for (std::size_t i = 0; i < outputs.size(); ++i) {
+            ASSERT_EQ(outputs[i].extents, set.outputs[i].dims);
+            EXPECT_LE(
+                largestDifference(outputs[i].values, scribo::builder::floatValues(set.outputs[i])), 1e-4);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Models, Vectors, testing::ValuesIn(folderNames(VECTORS, "")), [](const auto& info) { return info.param; });
+
+} // namespace

@@ -1,0 +1,330 @@
+#include "importer.h"
+
+#include "evaluate.h"
+#include "onnxtensor.h"
+#include "operations/operations.h"
+#include "resulttype.h"
+
+#include <algorithm>
+
+namespace scribo::builder {
+
+namespace {
+
+const ImportTable& importTable()
+{
+    static const ImportTable table = [] {
+        ImportTable all;
+        for (auto* add : {addConvolutions, addPooling, addReductions, addRecurrent, addProducts, addActivations,
+                 addElementwise, addNormalisation, addLayout, addSlicing, addShapeArithmetic}) {
+            add(&all);
+        }
+        return all;
+    }();
+    return table;
+}
+
+std::string quoted(const std::string& name) { return "'" + name + "'"; }
+
+/// The extent along one axis of the input picture: a number, or -1 for a symbol.
+std::int64_t declaredExtent(const onnx::TensorShapeProto& shape, int axis)
+{
+    const auto& dim = shape.dim(axis);
+    return dim.value_case() == onnx::TensorShapeProto::Dimension::kDimValue ? dim.dim_value() : -1;
+}
+
+} // namespace
+
+Importer::Importer(const onnx::GraphProto& model, int opset, const WidthRange& widths, Problems* list)
+    : graph(model)
+    , operationSet(opset)
+    , range(widths)
+    , problems(list)
+{
+    for (const onnx::NodeProto& node : graph.node()) {
+        readNames.insert(node.input().begin(), node.input().end());
+    }
+    for (const onnx::ValueInfoProto& output : graph.output()) {
+        readNames.insert(output.name());
+    }
+}
+
+std::unique_ptr<format::NetworkT> Importer::run()
+{
+    importInitializers();
+    importInput();
+    for (const onnx::NodeProto& proto : graph.node()) {
+        importNode(OnnxNode(proto, problems));
+    }
+    importOutputs();
+    return problems->empty() ? std::move(network) : nullptr;
+}
+
+void Importer::importInitializers()
+{
+    if (graph.sparse_initializer_size() > 0) {
+        problem("the model holds sparse constants, which are not supported");
+    }
+    for (const onnx::TensorProto& proto : graph.initializer()) {
+        TensorT constant;
+        std::string error;
+        if (readTensor(proto, &constant, &error)) {
+            define(proto.name(), addTensor(std::move(constant)));
+        } else {
+            problem(error);
+            define(proto.name(), -1);
+        }
+    }
+}
+
+void Importer::importInput()
+{
+    std::vector<const onnx::ValueInfoProto*> inputs;
+    for (const onnx::ValueInfoProto& input : graph.input()) {
+        // Up to IR version 3 the constants are listed among the inputs as well.
+        if (tensors.count(input.name()) == 0) {
+            inputs.push_back(&input);
+        }
+    }
+    for (const onnx::ValueInfoProto* input : inputs) {
+        define(input->name(), -1);
+    }
+    if (inputs.size() != 1) {
+        problem("the model has " + std::to_string(inputs.size()) + " inputs; exactly one, the picture, is supported");
+        return;
+    }
+    const onnx::ValueInfoProto& input = *inputs.front();
+    const std::string title = "input " + quoted(input.name()) + " ";
+    const onnx::TypeProto_Tensor& type = input.type().tensor_type();
+    if (!input.type().has_tensor_type() || type.elem_type() != onnx::TensorProto::FLOAT) {
+        problem(title + "is not a tensor of 32-bit floats");
+        return;
+    }
+    if (type.shape().dim_size() != 4) {
+        problem(title + "has " + std::to_string(type.shape().dim_size())
+            + " dimensions; batch, channels, height and width are needed");
+        return;
+    }
+    const std::int64_t batch = declaredExtent(type.shape(), 0);
+    const std::int64_t channels = declaredExtent(type.shape(), 1);
+    const std::int64_t height = declaredExtent(type.shape(), 2);
+    const std::int64_t width = declaredExtent(type.shape(), 3);
+    // A batch that is left open is run with one picture at a time.
+    if (batch != 1 && batch != -1) {
+        problem(title + "has a batch of " + std::to_string(batch) + "; 1 is supported");
+    }
+    constexpr std::int64_t largest = 1 << 14;
+    if (channels < 1 || channels > largest || height < 1 || height > largest) {
+        problem(title + "must have a fixed number of channels and a fixed height");
+    }
+    if (width != -1) {
+        problem(title + "has a fixed width of " + std::to_string(width)
+            + "; export the model with a dynamic width (dynamic_axes)");
+    }
+    auto tensor = TensorT();
+    tensor.name = input.name();
+    tensor.dims = {1, channels, height, -1};
+    tensors[input.name()] = addTensor(std::move(tensor));
+    network->inputs = {tensors[input.name()]};
+}
+
+bool Importer::readable(const OnnxNode& node, const ImportRule& rule) const
+{
+    for (int i = 0; i < node.inputCount(); ++i) {
+        if (!node.input(i).empty() && tensors.count(node.input(i)) == 0) {
+            node.refuse("it reads " + quoted(node.input(i)) + ", which nothing before it gives");
+            return false;
+        }
+    }
+    for (int i = 0; i < rule.fewestInputs; ++i) {
+        if (node.input(i).empty()) {
+            node.refuse("input " + std::to_string(i) + " is missing");
+            return false;
+        }
+    }
+    if (node.inputCount() > rule.mostInputs) {
+        node.refuse("it has " + std::to_string(node.inputCount()) + " inputs; at most "
+            + std::to_string(rule.mostInputs) + " are supported");
+        return false;
+    }
+    // An input that could not be imported has been named already.
+    for (int i = 0; i < node.inputCount(); ++i) {
+        if (!node.input(i).empty() && tensors.at(node.input(i)) < 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Importer::importNode(const OnnxNode& node)
+{
+    const bool standard = node.domain().empty() || node.domain() == "ai.onnx";
+    const auto found = importTable().find(node.operation());
+    bool imported = false;
+    if (!standard || found == importTable().end()) {
+        const std::string operation = standard ? node.operation() : node.domain() + "." + node.operation();
+        problem("operation " + quoted(operation) + " of node " + quoted(node.name()) + " is not supported");
+    } else if (readable(node, found->second)) {
+        const std::size_t before = problems->size();
+        found->second.import(*this, node);
+        imported = problems->size() == before;
+    }
+    if (imported) {
+        node.refuseUnasked();
+    }
+    defineRest(node, imported);
+}
+
+void Importer::defineRest(const OnnxNode& node, bool imported)
+{
+    for (int i = 0; i < node.outputCount(); ++i) {
+        const std::string name = node.output(i);
+        if (name.empty() || tensors.count(name) > 0) {
+            continue;
+        }
+        if (imported && readNames.count(name) > 0) {
+            node.refuse("its output " + quoted(name) + " is not supported");
+        }
+        tensors[name] = -1;
+    }
+}
+
+void Importer::importOutputs()
+{
+    if (graph.output_size() == 0) {
+        problem("the model has no outputs");
+    }
+    for (const onnx::ValueInfoProto& output : graph.output()) {
+        const auto found = tensors.find(output.name());
+        if (found == tensors.end()) {
+            problem("output " + quoted(output.name()) + " is given by no operation");
+            continue;
+        }
+        const int index = found->second;
+        if (index < 0) {
+            continue;
+        }
+        TensorT& tensor = *network->tensors[static_cast<std::size_t>(index)];
+        if (isConstant(tensor) || index == network->inputs.front()) {
+            problem("output " + quoted(output.name()) + " is not computed from the picture");
+        } else if (tensor.type != format::ElementType::Float32) {
+            problem("output " + quoted(output.name()) + " is not a tensor of floats");
+        } else if (std::count(network->outputs.begin(), network->outputs.end(), index) > 0) {
+            problem("output " + quoted(output.name()) + " is the same as output " + quoted(tensor.name));
+        } else {
+            tensor.name = output.name();
+            network->outputs.push_back(index);
+        }
+    }
+}
+
+int Importer::tensor(const OnnxNode& node, int position) const
+{
+    const std::string name = node.input(position);
+    return name.empty() ? -1 : tensors.at(name);
+}
+
+const TensorT* Importer::floats(const OnnxNode& node, int position, const char* what) const
+{
+    const int index = tensor(node, position);
+    if (index < 0) {
+        return nullptr;
+    }
+    if (!isConstant(tensor(index)) || tensor(index).type != format::ElementType::Float32) {
+        node.refuse(std::string("its ") + what + " must be constant floats");
+        return nullptr;
+    }
+    return &tensor(index);
+}
+
+std::optional<std::vector<std::int64_t>> Importer::integers(const OnnxNode& node, int position, const char* what) const
+{
+    const int index = tensor(node, position);
+    if (index < 0) {
+        return std::nullopt;
+    }
+    if (!isConstant(tensor(index)) || tensor(index).type != format::ElementType::Int64) {
+        node.refuse(std::string("its ") + what + " must be constant integers");
+        return std::nullopt;
+    }
+    return integerValues(tensor(index));
+}
+
+std::optional<std::vector<std::int64_t>> Importer::listArgument(
+    const OnnxNode& node, const char* attribute, int position) const
+{
+    if (tensor(node, position) >= 0) {
+        return integers(node, position, attribute);
+    }
+    return node.has(attribute) ? std::optional(node.integers(attribute, {})) : std::nullopt;
+}
+
+std::optional<Extents> Importer::extents(const OnnxNode& node, int index) const
+{
+    if (isConstant(tensor(index))) {
+        return tensor(index).dims;
+    }
+    if (network->inputs.empty()) {
+        return std::nullopt;
+    }
+    Profile profile;
+    std::string error;
+    if (!profileNetwork(*network, range, &profile, &error)) {
+        if (problems->empty()) {
+            node.refuse("the shape of its input cannot be worked out: " + error);
+        }
+        return std::nullopt;
+    }
+    return profile[static_cast<std::size_t>(index)].extents;
+}
+
+int Importer::addTensor(TensorT tensor)
+{
+    network->tensors.push_back(std::make_unique<TensorT>(std::move(tensor)));
+    return static_cast<int>(network->tensors.size()) - 1;
+}
+
+std::vector<int> Importer::add(const OnnxNode& node, format::OperationT operation, int count)
+{
+    operation.name = node.name();
+    if (std::optional<TensorT> value = evaluate(*network, operation)) {
+        return {addTensor(std::move(*value))};
+    }
+    std::string error;
+    const std::optional<format::ElementType> type = resultType(*network, operation, &error);
+    if (!type) {
+        node.refuse(error);
+    }
+    for (int i = 0; i < count; ++i) {
+        TensorT output;
+        output.type = type.value_or(format::ElementType::Float32);
+        operation.outputs.push_back(addTensor(std::move(output)));
+    }
+    const std::vector<int> outputs = operation.outputs;
+    if (type) {
+        network->operations.push_back(std::make_unique<format::OperationT>(std::move(operation)));
+    }
+    return outputs;
+}
+
+void Importer::bind(const OnnxNode& node, int position, int index)
+{
+    const std::string name = node.output(position);
+    if (name.empty()) {
+        return;
+    }
+    define(name, index);
+    TensorT& tensor = *network->tensors[static_cast<std::size_t>(index)];
+    if (tensor.name.empty()) {
+        tensor.name = name;
+    }
+}
+
+void Importer::define(const std::string& name, int index)
+{
+    if (!tensors.emplace(name, index).second) {
+        problem("two values of the model are called " + quoted(name));
+    }
+}
+
+} // namespace scribo::builder

@@ -1,0 +1,139 @@
+#include "onnxtensor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace scribo::builder {
+
+namespace {
+
+using onnx::TensorProto;
+
+/// IEEE 754 half precision, bit for bit.
+float halfToFloat(std::uint16_t half)
+{
+    const int exponent = (half >> 10) & 0x1f;
+    const int fraction = half & 0x3ff;
+    float value = 0;
+    if (exponent == 0x1f) {
+        value = fraction ? std::numeric_limits<float>::quiet_NaN() : std::numeric_limits<float>::infinity();
+    } else if (exponent == 0) {
+        value = std::ldexp(static_cast<float>(fraction), -24);
+    } else {
+        value = std::ldexp(static_cast<float>(fraction + 0x400), exponent - 25);
+    }
+    return half & 0x8000 ? -value : value;
+}
+
+/// The elements of raw_data, which is little-endian as this machine is.
+template <class Stored, class Value, class Convert>
+std::vector<Value> rawValues(const std::string& raw, Convert convert)
+{
+    std::vector<Value> values(raw.size() / sizeof(Stored));
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        Stored stored;
+        std::memcpy(&stored, raw.data() + i * sizeof(Stored), sizeof(Stored));
+        values[i] = static_cast<Value>(convert(stored));
+    }
+    return values;
+}
+
+/// Elements of type Stored, either in raw_data or, one each, in the repeated field `field`.
+template <class Stored, class Value, class Field, class Convert>
+std::vector<Value> storedValues(const TensorProto& proto, const Field& field, Convert convert)
+{
+    if (proto.has_raw_data()) {
+        return proto.raw_data().size() % sizeof(Stored) == 0 ? rawValues<Stored, Value>(proto.raw_data(), convert)
+                                                             : std::vector<Value>();
+    }
+    std::vector<Value> values;
+    values.reserve(field.size());
+    for (auto element : field) {
+        values.push_back(static_cast<Value>(convert(static_cast<Stored>(element))));
+    }
+    return values;
+}
+
+std::vector<float> readFloats(const TensorProto& proto)
+{
+    const auto same = [](auto value) { return value; };
+    switch (proto.data_type()) {
+    case TensorProto::DOUBLE:
+        return storedValues<double, float>(proto, proto.double_data(), same);
+    case TensorProto::FLOAT16:
+        return storedValues<std::uint16_t, float>(proto, proto.int32_data(), halfToFloat);
+    default:
+        return storedValues<float, float>(proto, proto.float_data(), same);
+    }
+}
+
+std::vector<std::int64_t> readIntegers(const TensorProto& proto)
+{
+    const auto same = [](auto value) { return value; };
+    switch (proto.data_type()) {
+    case TensorProto::BOOL:
+    case TensorProto::UINT8:
+        return storedValues<std::uint8_t, std::int64_t>(proto, proto.int32_data(), same);
+    case TensorProto::INT8:
+        return storedValues<std::int8_t, std::int64_t>(proto, proto.int32_data(), same);
+    case TensorProto::INT32:
+        return storedValues<std::int32_t, std::int64_t>(proto, proto.int32_data(), same);
+    default:
+        return storedValues<std::int64_t, std::int64_t>(proto, proto.int64_data(), same);
+    }
+}
+
+} // namespace
+
+bool elementType(int dataType, format::ElementType* type)
+{
+    switch (dataType) {
+    case TensorProto::FLOAT:
+    case TensorProto::DOUBLE:
+    case TensorProto::FLOAT16:
+        *type = format::ElementType::Float32;
+        return true;
+    case TensorProto::INT64:
+    case TensorProto::INT32:
+    case TensorProto::INT8:
+    case TensorProto::UINT8:
+    case TensorProto::BOOL:
+        *type = format::ElementType::Int64;
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool readTensor(const TensorProto& proto, TensorT* tensor, std::string* error)
+{
+    const std::string title = "constant '" + proto.name() + "' ";
+    format::ElementType type;
+    if (!elementType(proto.data_type(), &type)) {
+        *error = title + "has an element type that is not supported ("
+            + TensorProto::DataType_Name(static_cast<TensorProto::DataType>(proto.data_type())) + ")";
+        return false;
+    }
+    if (proto.data_location() == TensorProto::EXTERNAL) {
+        *error = title + "keeps its data in another file; export the model as a single file";
+        return false;
+    }
+    const Extents extents(proto.dims().begin(), proto.dims().end());
+    const std::int64_t count = elementCount(extents);
+    if (count <= 0) {
+        *error = title + (count == 0 ? "is empty" : "has impossible dimensions");
+        return false;
+    }
+    *tensor = type == format::ElementType::Float32 ? makeConstant(proto.name(), extents, readFloats(proto))
+                                                   : makeConstant(proto.name(), extents, readIntegers(proto));
+    const std::size_t elementSize = type == format::ElementType::Float32 ? sizeof(float) : sizeof(std::int64_t);
+    if (tensor->constant.size() != static_cast<std::size_t>(count) * elementSize) {
+        *error = title + "does not hold as many values as its dimensions say";
+        return false;
+    }
+    return true;
+}
+
+} // namespace scribo::builder

@@ -1,0 +1,105 @@
+#include "operations.h"
+
+#include <limits>
+
+namespace scribo::builder {
+
+namespace {
+
+using format::ActivationKind;
+
+void emitActivation(Importer& importer, const OnnxNode& node, ActivationKind kind, float alpha = 0, float beta = 0)
+{
+    format::ActivationT activation;
+    activation.kind = kind;
+    activation.alpha = alpha;
+    activation.beta = beta;
+    importer.bind(node, 0, importer.emit(node, activation, {importer.tensor(node, 0)}));
+}
+
+template <ActivationKind kind>
+void importPlain(Importer& importer, const OnnxNode& node)
+{
+    emitActivation(importer, node, kind);
+}
+
+void importLeakyRelu(Importer& importer, const OnnxNode& node)
+{
+    emitActivation(importer, node, ActivationKind::LeakyRelu, node.real("alpha", 0.01f));
+}
+
+void importElu(Importer& importer, const OnnxNode& node)
+{
+    emitActivation(importer, node, ActivationKind::Elu, node.real("alpha", 1));
+}
+
+void importHardSigmoid(Importer& importer, const OnnxNode& node)
+{
+    emitActivation(importer, node, ActivationKind::HardSigmoid, node.real("alpha", 0.2f), node.real("beta", 0.5f));
+}
+
+/// A slope for negative values that is the same everywhere is a leaky rectifier.
+void importPRelu(Importer& importer, const OnnxNode& node)
+{
+    const TensorT* slope = importer.floats(node, 1, "slope");
+    if (!slope) {
+        return;
+    }
+    const std::vector<float> values = floatValues(*slope);
+    if (values.size() != 1) {
+        node.refuse("a slope for each channel is not supported");
+        return;
+    }
+    emitActivation(importer, node, ActivationKind::LeakyRelu, values.front());
+}
+
+void importGelu(Importer& importer, const OnnxNode& node)
+{
+    const std::string approximation = node.text("approximate", "none");
+    if (approximation != "none") {
+        node.refuse("approximation '" + approximation + "' is not supported");
+        return;
+    }
+    emitActivation(importer, node, ActivationKind::Gelu);
+}
+
+/// A limit of Clip, or `fallback` where it is left out; nothing when the node is refused.
+std::optional<float> limit(const Importer& importer, const OnnxNode& node, int position, float fallback)
+{
+    if (importer.tensor(node, position) < 0) {
+        return fallback;
+    }
+    const TensorT* given = importer.floats(node, position, "limits");
+    if (!given) {
+        return std::nullopt;
+    }
+    return floatValues(*given).front();
+}
+
+void importClip(Importer& importer, const OnnxNode& node)
+{
+    const std::optional<float> lower = limit(importer, node, 1, std::numeric_limits<float>::lowest());
+    const std::optional<float> upper = limit(importer, node, 2, std::numeric_limits<float>::max());
+    if (lower && upper) {
+        emitActivation(importer, node, ActivationKind::Clip, *lower, *upper);
+    }
+}
+
+} // namespace
+
+void addActivations(ImportTable* table)
+{
+    (*table)["Relu"] = {importPlain<ActivationKind::Relu>, 1, 1};
+    (*table)["Sigmoid"] = {importPlain<ActivationKind::Sigmoid>, 1, 1};
+    (*table)["Tanh"] = {importPlain<ActivationKind::Tanh>, 1, 1};
+    (*table)["HardSwish"] = {importPlain<ActivationKind::HardSwish>, 1, 1};
+    (*table)["Softplus"] = {importPlain<ActivationKind::Softplus>, 1, 1};
+    (*table)["LeakyRelu"] = {importLeakyRelu, 1, 1};
+    (*table)["Elu"] = {importElu, 1, 1};
+    (*table)["HardSigmoid"] = {importHardSigmoid, 1, 1};
+    (*table)["PRelu"] = {importPRelu, 2, 2};
+    (*table)["Gelu"] = {importGelu, 1, 1};
+    (*table)["Clip"] = {importClip, 1, 3};
+}
+
+} // namespace scribo::builder

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "networkedit.h"
+#include "widthprofile.h"
+
+/// The passes over a network between import and engine file. Each leaves a network that computes
+/// the same, and says whether it changed anything.
+namespace scribo::builder {
+
+/// Works out every operation whose inputs are all constants.
+bool foldConstants(NetworkT& network);
+
+/// Turns shape arithmetic that gives the same at every width into constants, and computed targets
+/// of Reshape into constant ones where at most one extent is open. `profile` is the network's.
+bool foldShapes(NetworkT& network, const Profile& profile);
+
+/// Removes operations that give what they get, and joins transposes that follow one another.
+bool removeIdentities(NetworkT& network);
+
+/// Folds scales and shifts per channel (batch normalisations, and products and sums with a constant
+/// per channel) into the weights and bias of the convolution before them.
+bool foldAffine(NetworkT& network);
+
+/// Makes sums with a constant the bias of the fully connected layer before them.
+bool fuseBias(NetworkT& network);
+
+/// Recognises activations that are written out: x * sigmoid(x), x * hardSigmoid(x).
+bool composeActivations(NetworkT& network);
+
+/// Lets convolutions and fully connected layers apply the activation that follows them.
+bool fuseActivations(NetworkT& network);
+
+/// Drops initial states of recurrent layers that are zero anyway.
+bool dropZeroStates(NetworkT& network);
+
+/// Removes operations and tensors that no output depends on.
+bool removeDead(NetworkT& network);
+
+} // namespace scribo::builder

@@ -1,0 +1,65 @@
+#include "widthprofile.h"
+
+#include "graph/shapes.h"
+
+namespace scribo::builder {
+
+namespace {
+
+/// Narrows what is known of a tensor down to what holds for `value` as well. False when that has
+/// another number of dimensions.
+bool merge(TensorProfile* known, const cpu::Value& value)
+{
+    if (known->extents.size() != value.shape.size()) {
+        return false;
+    }
+    for (std::size_t axis = 0; axis < value.shape.size(); ++axis) {
+        if (known->extents[axis] != value.shape[axis]) {
+            known->extents[axis] = -1;
+        }
+    }
+    if (known->integers != value.integers) {
+        known->integers.clear();
+    }
+    return true;
+}
+
+bool mergeAll(Profile* profile, const std::vector<cpu::Value>& values)
+{
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (!merge(&(*profile)[i], values[i])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool profileNetwork(
+    const format::NetworkT& network, const WidthRange& range, Profile* profile, std::string* error)
+{
+    flatbuffers::FlatBufferBuilder buffer;
+    buffer.Finish(format::Network::Pack(buffer, &network));
+    const auto* packed = flatbuffers::GetRoot<format::Network>(buffer.GetBufferPointer());
+    profile->clear();
+    for (int width = range.minimum; width <= range.maximum; ++width) {
+        std::vector<cpu::Value> values;
+        std::string reason;
+        if (!cpu::inferValues(*packed, width, &values, &reason)) {
+            *error = "at width " + std::to_string(width) + ": " + reason;
+            return false;
+        }
+        if (profile->empty()) {
+            for (cpu::Value& value : values) {
+                profile->push_back({std::move(value.shape), std::move(value.integers)});
+            }
+        } else if (!mergeAll(profile, values)) {
+            *error = "at width " + std::to_string(width) + ": a tensor has another number of dimensions";
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace scribo::builder

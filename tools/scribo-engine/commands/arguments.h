@@ -1,0 +1,41 @@
+#pragma once
+
+#include "tool.h"
+
+#include <QCommandLineParser>
+
+#include <optional>
+
+namespace scribo::tool {
+
+/// The options and the one file of a command.
+class Arguments
+{
+public:
+    /// `help` is what --help shows; `file` says what the command works on ("MODEL.onnx").
+    Arguments(const char* command, const char* help, const char* file);
+
+    void addOption(const QCommandLineOption& option) { parser.addOption(option); }
+
+    /// Reads the arguments. An exit code when the command is over: --help, or wrong usage, which
+    /// has been told to the streams.
+    std::optional<ExitCode> read(const QStringList& arguments, Streams streams);
+
+    /// The file that the command works on.
+    QString file() const { return parser.positionalArguments().value(0); }
+    bool isSet(const QString& option) const { return parser.isSet(option); }
+    QString value(const QString& option) const { return parser.value(option); }
+    /// The value as a whole number; nothing, told to the streams, when it is none.
+    std::optional<int> number(const QString& option, Streams streams) const;
+
+    /// Tells the streams what is wrong with how the command was called.
+    ExitCode wrongUsage(const QString& reason, Streams streams) const;
+
+private:
+    const char* command;
+    const char* help;
+    const char* wantedFile;
+    QCommandLineParser parser;
+};
+
+} // namespace scribo::tool

@@ -1,0 +1,249 @@
+#include "packagecheck.h"
+
+#include "enginereport.h"
+#include "loadedengine.h"
+#include "modelconfig.h"
+#include "modelfilename.h"
+#include "scorecheck.h"
+#include "text.h"
+#include "widthcheck.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSet>
+
+#include <algorithm>
+#include <optional>
+
+namespace scribo::tool {
+
+namespace {
+
+/// The names that the plug-in lists in its model folder.
+const QString listedNames = QStringLiteral("ocr_*_p*_*_*.*");
+
+QString quoted(const std::string& text) { return QLatin1Char('\'') + QString::fromStdString(text) + QLatin1Char('\''); }
+
+/// One check of a package: every step adds what it finds to the report.
+class PackageCheck
+{
+public:
+    explicit PackageCheck(const QString& path)
+        : enginePath(path)
+    {
+    }
+
+    PackageReport run()
+    {
+        checkName();
+        checkConfiguration();
+        checkEngine();
+        if (engine && config) {
+            checkInput();
+            checkOutputs();
+            checkWidths();
+        }
+        if (config) {
+            checkAlphabet();
+        }
+        if (report.faults.isEmpty()) {
+            checkRuns();
+        }
+        return report;
+    }
+
+private:
+    void fault(const QString& sentence) { report.faults << sentence; }
+    void warn(const QString& sentence) { report.warnings << sentence; }
+
+    void checkName();
+    void checkConfiguration();
+    void checkEngine();
+    void checkInput();
+    void checkOutputs();
+    void checkOutput(const BindingReport& output);
+    void checkWidths();
+    void checkAlphabet();
+    void checkRuns();
+
+    const DetectorConfig& detector() const { return config->detector; }
+    const BindingReport& input() const { return engine->bindings.front(); }
+    /// The narrowest and the widest picture that the detector will ever hand over.
+    int narrowest() const { return std::min(32, detector().width); }
+    int widest() const { return detector().width; }
+
+    QString enginePath;
+    LoadedEngine file;
+    std::optional<EngineReport> engine;
+    std::optional<ModelConfig> config; ///< set when it holds at least a class and an input size
+    PackageReport report;
+};
+
+void PackageCheck::checkName()
+{
+    const QString name = QFileInfo(enginePath).fileName();
+    if (!QDir::match(listedNames, name)) {
+        fault(QStringLiteral("the plug-in does not list the file: its name '%1' does not fit the pattern %2")
+                  .arg(name, listedNames));
+    }
+    const std::optional<ModelFileName> pieces = splitModelFileName(enginePath);
+    if (!pieces) {
+        fault(QStringLiteral("the name '%1' does not split into five pieces at its underscores").arg(name));
+    } else if (pieces->engineType != QLatin1String("trt")) {
+        fault(QStringLiteral("the suffix must be 'trt', not '%1'").arg(pieces->engineType));
+    }
+}
+
+void PackageCheck::checkConfiguration()
+{
+    const std::optional<ModelFileName> pieces = splitModelFileName(enginePath);
+    if (!pieces) {
+        warn(QStringLiteral("which configuration file belongs to the engine follows from its name; not checked"));
+        return;
+    }
+    if (!QFileInfo(pieces->configPath).isFile()) {
+        fault(QStringLiteral("the configuration file is missing: %1").arg(pieces->configPath));
+        return;
+    }
+    ModelConfig read;
+    QString error;
+    if (!readModelConfig(pieces->configPath, &read, &error)) {
+        fault(error);
+        if (read.classes.empty() && !error.startsWith(QLatin1String("Parse"))) {
+            fault(QStringLiteral("the configuration names no classes"));
+        }
+    }
+    if (read.hasClassAndInputSize()) {
+        config = read;
+    }
+}
+
+void PackageCheck::checkEngine()
+{
+    QString error;
+    EngineReport found;
+    if (!QFileInfo::exists(enginePath)) {
+        fault(QStringLiteral("there is no file %1").arg(enginePath));
+    } else if (!file.read(enginePath, &error) || !describeEngine(file.network(), &found, &error)) {
+        fault(QStringLiteral("the engine cannot be used: %1").arg(error));
+    } else {
+        engine = found;
+    }
+}
+
+void PackageCheck::checkInput()
+{
+    const std::vector<std::string>& names = detector().input_layers;
+    if (names.size() != 1) {
+        fault(QStringLiteral("\"input_layers\" must hold exactly one name, not %1").arg(names.size()));
+    } else if (QString::fromStdString(names.front()) != input().name) {
+        fault(QStringLiteral("\"input_layers\" says %1, the engine's input is called '%2'")
+                  .arg(quoted(names.front()), input().name));
+    }
+    const struct
+    {
+        const char* key;
+        std::int64_t wanted;
+        std::int64_t given;
+    } sizes[] = {{"batch", input().declared[0], detector().batch},
+        {"channels", input().declared[1], detector().channels}, {"height", input().declared[2], detector().height}};
+    for (const auto& size : sizes) {
+        if (size.wanted != size.given) {
+            fault(QStringLiteral("\"%1\" is %2 in the configuration and %3 in the engine")
+                      .arg(QLatin1String(size.key))
+                      .arg(size.given)
+                      .arg(size.wanted));
+        }
+    }
+    if (input().declared[1] != 3) {
+        fault(QStringLiteral("the engine takes %1 channels; pictures are handed over with 3")
+                  .arg(input().declared[1]));
+    }
+}
+
+void PackageCheck::checkOutputs()
+{
+    const std::vector<std::string>& names = detector().output_layers;
+    const std::size_t outputs = engine->bindings.size() - 1;
+    if (names.size() != outputs) {
+        fault(QStringLiteral("\"output_layers\" holds %1, the engine has %2")
+                  .arg(countText(names.size(), "name"), countText(outputs, "output")));
+    }
+    for (std::size_t i = 0; i < std::min(names.size(), outputs); ++i) {
+        const QString& wanted = engine->bindings[i + 1].name;
+        if (QString::fromStdString(names[i]) != wanted) {
+            fault(QStringLiteral("\"output_layers\" says %1 at place %2, the engine's output there is called '%3'")
+                      .arg(quoted(names[i]))
+                      .arg(i + 1)
+                      .arg(wanted));
+        }
+    }
+    for (std::size_t i = 0; i < outputs; ++i) {
+        checkOutput(engine->bindings[i + 1]);
+    }
+}
+
+void PackageCheck::checkOutput(const BindingReport& output)
+{
+    const Shape& shape = output.widest;
+    if (shape.size() != 3 || shape[1] != 1 || output.declared[2] < 0) {
+        fault(QStringLiteral("output '%1' is %2; steps x 1 x classes is needed")
+                  .arg(output.name, shapeText(output.declared)));
+        return;
+    }
+    const auto characters = static_cast<std::int64_t>(detector().alphabet.size());
+    if (characters + 1 != shape[2]) {
+        fault(QStringLiteral("the alphabet has %1; output '%2' has %3 classes, the blank and %4 characters")
+                  .arg(countText(detector().alphabet.size(), "character"), output.name)
+                  .arg(shape[2])
+                  .arg(shape[2] - 1));
+    }
+}
+
+void PackageCheck::checkWidths()
+{
+    if (narrowest() < engine->minimumWidth || widest() > engine->maximumWidth) {
+        fault(QStringLiteral("pictures of %1 to %2 columns are handed over; the engine takes %3 to %4")
+                  .arg(narrowest())
+                  .arg(widest())
+                  .arg(engine->minimumWidth)
+                  .arg(engine->maximumWidth));
+        return;
+    }
+    report.faults << outgrownBuffers(file.network(), narrowest(), widest());
+}
+
+void PackageCheck::checkAlphabet()
+{
+    QSet<QString> seen;
+    for (const std::string& entry : detector().alphabet) {
+        const QString character = QString::fromStdString(entry);
+        if (character.contains(QChar::ReplacementCharacter)) {
+            warn(QStringLiteral("the alphabet holds a character beyond U+FFFF, which counts as two and reads as none"));
+        }
+        if (seen.contains(character)) {
+            warn(QStringLiteral("the alphabet holds '%1' more than once").arg(character));
+        }
+        seen << character;
+    }
+}
+
+void PackageCheck::checkRuns()
+{
+    for (int width : {narrowest(), widest()}) {
+        const ScoreReport scores = checkScores(file.file(), width);
+        report.faults << scores.faults;
+        report.warnings << scores.warnings;
+    }
+    report.summary = QStringLiteral("%1, widths %2 to %3, %4 at the widest")
+                         .arg(countText(detector().alphabet.size(), "character"))
+                         .arg(narrowest())
+                         .arg(widest())
+                         .arg(countText(static_cast<std::size_t>(engine->bindings[1].widest[0]), "time step"));
+}
+
+} // namespace
+
+PackageReport checkPackage(const QString& enginePath) { return PackageCheck(enginePath).run(); }
+
+} // namespace scribo::tool

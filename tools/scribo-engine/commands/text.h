@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+#include <vector>
+
+/// How numbers and shapes are written for people.
+namespace scribo::tool {
+
+/// "1 operation", "18 operations".
+QString countText(std::size_t count, const char* what);
+/// "912 bytes", "1.9 MB".
+QString bytesText(std::size_t bytes);
+/// "499,047".
+QString groupedText(std::int64_t number);
+/// "1x3x32xW"; the open extent is W, "scalar" for no extents.
+QString shapeText(const std::vector<std::int64_t>& extents);
+
+} // namespace scribo::tool

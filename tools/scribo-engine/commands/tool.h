@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QStringList>
+
+#include <ostream>
+
+/// The command scribo-engine, without its process: everything goes through arguments and streams.
+namespace scribo::tool {
+
+/// What the command ends with.
+enum ExitCode { Success = 0, Failure = 1, WrongUsage = 2 };
+
+struct Streams
+{
+    std::ostream& out; ///< results
+    std::ostream& err; ///< what went wrong
+};
+
+/// Runs `scribo-engine` with these arguments (the program's name left out). Never throws.
+ExitCode run(const QStringList& arguments, Streams streams) noexcept;
+
+/// The commands, with the arguments behind their names.
+ExitCode buildCommand(const QStringList& arguments, Streams streams);
+ExitCode inspectCommand(const QStringList& arguments, Streams streams);
+ExitCode checkCommand(const QStringList& arguments, Streams streams);
+
+} // namespace scribo::tool
