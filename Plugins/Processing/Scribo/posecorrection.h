@@ -1,1 +1,16 @@
 #pragma once
+
+#include <opencv2/core/mat.hpp>
+#include <opencv2/core/types.hpp>
+
+#include <optional>
+
+struct PosePair;
+
+/// The image of a region that follows the part: `region`, taught on the part in its taught pose, cut
+/// from `picture` where the part is now and turned upright, in the size of the region.
+///
+/// Nothing when the upright region is to be read instead: the picture is empty, the pose is not finite,
+/// or all four corners of the moved region lie inside the picture on pixels whose first byte is not 0.
+/// Pixels outside the picture read 0.
+std::optional<cv::Mat> correctedRegion(const cv::Mat& picture, const PosePair& pose, const cv::Rect& region);

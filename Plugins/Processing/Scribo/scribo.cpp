@@ -1,1 +1,438 @@
 #include "scribo.h"
+
+#include "linejudge.h"
+#include "modellist.h"
+#include "ocranalyser.h"
+#include "ocrdetector.h"
+#include "posecorrection.h"
+#include "regioncutter.h"
+#include "resultoverlay.h"
+#include "resultrecord.h"
+
+#include <QDebug>
+#include <QDynamicPropertyChangeEvent>
+
+#include <algorithm>
+#include <exception>
+
+namespace {
+
+const QString paramsKey = QStringLiteral("paramsWrap");
+constexpr char scoreLimitsProperty[] = "scoreLimits";
+
+/// The upstream tool whose pose the regions follow: syringe segmentation.
+const QString poseTool = QStringLiteral("注射器分割");
+
+std::vector<ScoreLimit> readScoreLimits(const QVariant& property)
+{
+    std::vector<ScoreLimit> limits;
+    for (const QVariant& element : property.toList()) {
+        const QVariantMap map = element.toMap();
+        const QVariantList values = map[QStringLiteral("values")].toList();
+        ScoreLimit limit;
+        limit.name = map[QStringLiteral("name")].toString();
+        limit.flag = map[QStringLiteral("flag")].toBool();
+        for (int i = 0; i < std::min(values.size(), 4); ++i)
+            limit.values[i] = values[i].toDouble();
+        limits.push_back(limit);
+    }
+    return limits;
+}
+
+QRectF toRectF(const cv::Rect& rect)
+{
+    return QRectF(rect.x, rect.y, rect.width, rect.height);
+}
+
+/// The line of a region whose text could not be read.
+SOrgAI_ResInfo messageLine(const QString& message, const cv::Rect& region)
+{
+    SOrgAI_ResInfo line;
+    line.score = -1.0;
+    line.classIndex = -1;
+    line.text = message.toStdString();
+    line.rect = region;
+    return line;
+}
+
+QImage greyImage(const cv::Mat& mat)
+{
+    QImage image(mat.cols, mat.rows, QImage::Format_Indexed8);
+    if (image.isNull())
+        return image;
+    QVector<QRgb> greys(256);
+    for (int level = 0; level < greys.size(); ++level)
+        greys[level] = qRgb(level, level, level);
+    image.setColorTable(greys);
+    for (int row = 0; row < mat.rows; ++row)
+        std::copy_n(mat.ptr(row), mat.cols, image.scanLine(row));
+    return image;
+}
+
+} // namespace
+
+Scribo::Scribo()
+    : parameters(settings)
+    , archive(settings, &Scribo::cvMat2QImage)
+{
+    settings.modelFiles = listModelFiles();
+    settings.modelFileTexts = settings.modelFiles;
+}
+
+Scribo::~Scribo() = default;
+
+// Settings
+
+void Scribo::loadParams(const QJsonObject& settingsObject)
+{
+    if (!settingsObject.contains(paramsKey))
+        return;
+    const QJsonArray values = settingsObject[paramsKey].toArray();
+    parameters.fromJson(values);
+    if (settings.modelFiles.contains(settings.selectedModel))
+        createAnalyser();
+    // Again, so that nothing that loading the model did stands over what was saved.
+    parameters.fromJson(values);
+}
+
+void Scribo::saveParams(QJsonObject& settingsObject)
+{
+    settingsObject[paramsKey] = parameters.toJson();
+}
+
+void Scribo::createAnalyser()
+{
+    errorText.clear();
+    analyser.reset();
+    try {
+        analyser = std::make_unique<OCRAnalyser>(QStringLiteral("./model/") + settings.selectedModel);
+        if (!analyser->isInitialized()) {
+            errorText += analyser->errorMessage() + "\n";
+            return;
+        }
+        std::vector<SOrgAI_ResInfo> discarded;
+        analyser->execute(cv::Mat::zeros(100, 100, CV_8UC1), discarded);
+    } catch (const std::exception& error) {
+        qCritical() << "Loading the model failed:" << error.what();
+        errorText += QString::fromUtf8(error.what()) + "\n";
+    }
+}
+
+bool Scribo::hasLoadedAnalyser() const
+{
+    return analyser && analyser->isInitialized();
+}
+
+QString Scribo::modelName() const
+{
+    return analyser ? analyser->modelName() : QString();
+}
+
+bool Scribo::event(QEvent* event)
+{
+    if (event->type() == QEvent::DynamicPropertyChange
+        && static_cast<QDynamicPropertyChangeEvent*>(event)->propertyName() == scoreLimitsProperty)
+        scoreLimits = readScoreLimits(property(scoreLimitsProperty));
+    return QObject::event(event);
+}
+
+// Identity
+
+QString Scribo::pluginId()
+{
+    return QStringLiteral("com.qrn.brightfield.poc.Scribo");
+}
+
+QString Scribo::displayName()
+{
+    return QStringLiteral("Scribo");
+}
+
+QString Scribo::version()
+{
+    return tr("V1.4");
+}
+
+QString Scribo::description()
+{
+    return tr(" ");
+}
+
+QPixmap Scribo::titleImage()
+{
+    return QPixmap(QStringLiteral(":/TitleImage.png"));
+}
+
+QList<ParamWrap*>* Scribo::params()
+{
+    return parameters.list();
+}
+
+bool Scribo::reloadModel(QString& out)
+{
+    out = QStringLiteral("round-reload:") + settings.selectedModel;
+    return true;
+}
+
+QString Scribo::defectTypeNames()
+{
+    return QStringLiteral("瑕疵/污点");
+}
+
+quint32 Scribo::capabilityFlags()
+{
+    return 0x80F;
+}
+
+LimitPairs Scribo::limitPairs()
+{
+    return {{{-1, 99}, {-1, 99}, {-1, 99}, {-1, 99}}};
+}
+
+ProcessorInterface* Scribo::clone(Tool* tool, bool copyParams)
+{
+    auto copy = std::make_unique<Scribo>();
+    copy->hostTool = tool;
+    if (copyParams) {
+        QJsonObject values;
+        saveParams(values);
+        copy->loadParams(values);
+    }
+    return copy.release();
+}
+
+// Inspection
+
+void Scribo::process(Tool* tool, int index)
+{
+    if (index == 0)
+        cycle = Cycle();
+    settings.charCount = -1;
+    settings.recognisedText.clear();
+    try {
+        inspect(tool, index);
+    } catch (const std::exception& error) {
+        // Out of memory, or a picture that the host could not hand over. The item must not pass.
+        qCritical() << "Inspecting item" << index << "failed:" << error.what();
+        Item item;
+        item.isOk = false;
+        recordItem(index, item);
+    }
+    workingImage.release();
+}
+
+bool Scribo::isModelDisabled() const
+{
+    return settings.modelEnable[1] && !settings.modelEnable[0];
+}
+
+void Scribo::inspect(Tool* tool, int index)
+{
+    if (tool == nullptr)
+        return;
+    const QList<QRectF> regions = tool->regions(index);
+    if (regions.isEmpty() || (isModelDisabled() && !settings.saveSwitch[0]))
+        return; // nothing to inspect: the item is not recorded
+
+    workingImage = tool->image(index);
+    archivedRecords = 0;
+    refreshSaveLocation();
+    Item item;
+    for (const QRectF& region : regions)
+        if (const auto pixels = regionPixels(region, pictureSize()))
+            inspectRegion(tool, index, *pixels, &item);
+    recordItem(index, item);
+}
+
+cv::Size Scribo::pictureSize() const
+{
+    if (hostTool == nullptr)
+        return workingImage.size();
+    return {hostTool->imageWidth(), hostTool->imageHeight()};
+}
+
+cv::Mat Scribo::regionImage(Tool* tool, int index, const cv::Rect& region) const
+{
+    PosePair pose;
+    if (tool->upstreamPose(poseTool, index, &pose))
+        if (const auto corrected = correctedRegion(workingImage, pose, region))
+            return *corrected;
+    return workingImage(region);
+}
+
+void Scribo::inspectRegion(Tool* tool, int index, const cv::Rect& region, Item* item)
+{
+    const int firstLine = item->lines.size();
+    cv::Mat image;
+    QString message;
+    bool isOk = false;
+    try {
+        image = regionImage(tool, index, region);
+        isOk = isModelDisabled() || readRegion(image, region, item, &message);
+    } catch (const std::exception& error) {
+        qWarning() << "Reading a region of item" << index << "failed:" << error.what();
+        message += "unknown error!";
+    }
+    if (!message.isEmpty())
+        item->lines.append(messageLine(message, region));
+    item->isOk = item->isOk && isOk;
+    if (!image.empty())
+        archiveRegion(tool, image, *item, firstLine);
+}
+
+/// Reads and judges one region. Where it cannot be read, `message` says why.
+bool Scribo::readRegion(const cv::Mat& image, const cv::Rect& region, Item* item, QString* message)
+{
+    if (!analyser) {
+        *message += QStringLiteral("模型文件加载出错") + errorText;
+        return false;
+    }
+    if (!analyser->isInitialized()) {
+        *message += analyser->errorMessage() + errorText;
+        return false;
+    }
+    addModelEntry();
+    std::vector<SOrgAI_ResInfo> lines;
+    if (analyser->execute(image, lines) != 1) {
+        *message += "unknown error!";
+        return false;
+    }
+    return judgeLines(lines, region, item);
+}
+
+bool Scribo::judgeLines(const std::vector<SOrgAI_ResInfo>& lines, const cv::Rect& region, Item* item)
+{
+    QStringList groups;
+    for (const ClassInfo& info : analyser->classes())
+        groups.append(QString::fromStdString(info.name));
+    return LineJudge(settings, groups, analyser->ignoreChar())
+        .judge(lines, toRectF(region), &item->lines, &item->mismatches);
+}
+
+void Scribo::addModelEntry()
+{
+    const QJsonObject entry{
+        {QStringLiteral("type"), QStringLiteral("检测数")},
+        {QStringLiteral("model"), static_cast<int>(analyser->classes().size())},
+    };
+    if (!cycle.modelEntries.contains(entry))
+        cycle.modelEntries.append(entry);
+}
+
+/// Hands the region's picture to the archive, once for each line that the region added to the item.
+void Scribo::archiveRegion(Tool* tool, const cv::Mat& image, const Item& item, int firstLine)
+{
+    QList<SOrgAI_ResInfo> records = item.lines.mid(firstLine);
+    if (isModelDisabled()) {
+        records.append(SOrgAI_ResInfo());
+        records.last().isOk = true;
+    }
+    for (const SOrgAI_ResInfo& record : std::as_const(records))
+        archive.savePicture(tool, modelName(), record, ++archivedRecords, image);
+}
+
+void Scribo::recordItem(int index, const Item& item)
+{
+    if (item.isOk && index >= 0 && index < 32)
+        cycle.okMask |= 1U << index;
+    cycle.resultFlags.push_back(item.isOk ? 1 : 0);
+    cycle.lines[index] = item.lines;
+    cycle.mismatches[index] = item.mismatches;
+    cycle.charCounts[index] = settings.charCount;
+    cycle.texts[index] = settings.recognisedText;
+}
+
+// Results
+
+bool Scribo::isResultOk(int index)
+{
+    const auto& flags = cycle.resultFlags;
+    if (index == -1)
+        return std::all_of(flags.begin(), flags.end(), [](quint8 flag) { return (flag & 1U) != 0; });
+    return index >= 0 && static_cast<std::size_t>(index) < flags.size() && flags[index] == 1;
+}
+
+QVariantMap Scribo::resultRecord(int index)
+{
+    return makeResultRecord(cycle.lines.value(index), settings.charCount, settings.recognisedText);
+}
+
+QVariantMap Scribo::resultTemplate()
+{
+    return makeResultTemplate();
+}
+
+void Scribo::drawResult(QPainter* painter, int index)
+{
+    if (painter == nullptr)
+        return;
+    prepareOverlay(*painter, hostTool != nullptr ? hostTool->imageHeight() : 0);
+    if (cycle.lines.contains(index) && cycle.mismatches.contains(index))
+        drawLines(*painter, cycle.lines[index], cycle.mismatches[index]);
+}
+
+// Picture archive
+
+void Scribo::archivePictures(ToolInterface* tool)
+{
+    refreshSaveLocation();
+    if (!hasLoadedAnalyser())
+        return;
+    if (tool != nullptr) {
+        std::vector<std::string> classNames;
+        for (const ClassInfo& info : analyser->classes())
+            classNames.push_back(info.name);
+        archive.prepareFolders(tool, modelName(), classNames);
+    }
+    analyser->detector()->setConfidenceThreshold(confidenceThreshold());
+}
+
+float Scribo::confidenceThreshold() const
+{
+    float threshold = 1.0F;
+    for (const ScoreLimit& limit : scoreLimits)
+        if (limit.values[0] < static_cast<double>(threshold))
+            threshold = static_cast<float>(limit.values[0]);
+    return threshold;
+}
+
+void Scribo::refreshSaveLocation()
+{
+    archive.refreshSaveLocation();
+}
+
+QStringList Scribo::findRemovableMounts()
+{
+    return archive.findRemovableMounts();
+}
+
+QString Scribo::pictureFolder(ToolInterface* tool, const SOrgAI_ResInfo& record, const QString& toolId)
+{
+    return archive.pictureFolder(tool, modelName(), record, toolId);
+}
+
+void Scribo::queuePicture(ToolInterface* tool, const cv::Mat& image, const QString& path)
+{
+    archive.queuePicture(tool, image, path);
+}
+
+void Scribo::drainPendingPictures()
+{
+    archive.drainPendingPictures();
+}
+
+QImage Scribo::cvMat2QImage(const cv::Mat& mat)
+{
+    switch (mat.type()) {
+    case CV_8UC1:
+        return greyImage(mat);
+    case CV_8UC3:
+        return QImage(mat.data, mat.cols, mat.rows, static_cast<int>(mat.step), QImage::Format_RGB888).rgbSwapped();
+    case CV_8UC4:
+        qDebug() << "CV_8UC4";
+        return QImage(mat.data, mat.cols, mat.rows, static_cast<int>(mat.step), QImage::Format_ARGB32).copy();
+    default:
+        qDebug() << "ERROR: Mat could not be converted to QImage.";
+        return {};
+    }
+}
