@@ -4,7 +4,6 @@
 #include "tool.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -42,15 +41,6 @@ QString verdictFolder(const SOrgAI_ResInfo& record)
     if (record.isOk)
         return QStringLiteral("OK/");
     return record.classIndex == -1 ? QStringLiteral("NG/ng_notype") : QStringLiteral("NG/ng");
-}
-
-/// Regular files of any name; hidden ones are the writers' unfinished work.
-int countFiles(const QString& folder)
-{
-    int count = 0;
-    for (QDirIterator entries(folder, QDir::Files); entries.hasNext(); entries.next())
-        ++count;
-    return count;
 }
 
 SOrgAI_ResInfo folderRecord(const std::string& text, int classIndex, bool isOk)
@@ -107,8 +97,12 @@ QString PictureArchive::folderAt(const QDateTime& now, ToolInterface* tool, cons
         return {};
     int& count = record.isOk ? settings.okSavedCount : settings.ngSavedCount;
     const int limit = record.isOk ? settings.okSaveLimit : settings.ngSaveLimit;
+    if (base.removable) {
+        count = record.isOk ? removableOkCount(folder) : removableNgCount(folder);
+        return folder;
+    }
     count = countFiles(folder);
-    return count < limit || base.removable ? folder : QString();
+    return count < limit ? folder : QString();
 }
 
 void PictureArchive::queuePicture(ToolInterface* tool, const cv::Mat& image, const QString& path)

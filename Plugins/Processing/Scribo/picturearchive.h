@@ -1,5 +1,6 @@
 #pragma once
 
+#include "filecount.h"
 #include "mounttable.h"
 #include "picturequeue.h"
 #include "resinfo.h"
@@ -84,5 +85,7 @@ private:
     PluginSettings& settings;
     MountTable mountTable;
     Clock clock;
+    PacedFileCount removableOkCount;
+    PacedFileCount removableNgCount;
     std::shared_ptr<PictureQueue> queue;
 };
