@@ -1,1 +1,118 @@
 #include "modelconfig.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+std::vector<ClassInfo> readClasses(const QJsonArray& entries)
+{
+    std::vector<ClassInfo> classes;
+    for (const QJsonValue& entry : entries) {
+        const QJsonObject object = entry.toObject();
+        classes.push_back(
+            {object["name"].toString().toStdString(), object["as_ok"].toBool(), object["ok_num"].toInt()});
+    }
+    return classes;
+}
+
+/// One entry per UTF-16 code unit: the training side counts characters that way, and the position is
+/// the class number.
+std::vector<std::string> readAlphabet(const QString& characters)
+{
+    std::vector<std::string> alphabet;
+    for (const QChar character : characters) {
+        alphabet.push_back(QString(character).toStdString());
+    }
+    return alphabet;
+}
+
+std::vector<std::string> readNames(const QJsonArray& entries)
+{
+    std::vector<std::string> names;
+    for (const QJsonValue& entry : entries) {
+        names.push_back(entry.toString().toStdString());
+    }
+    return names;
+}
+
+void readInputDims(const QJsonObject& dims, DetectorConfig* detector)
+{
+    detector->width = dims["width"].toInt(0);
+    detector->height = dims["height"].toInt(0);
+    detector->channels = dims["channels"].toInt(3);
+    detector->batch = dims["batch"].toInt(1);
+}
+
+void readAnchors(const QJsonObject& anchors, DetectorConfig* detector)
+{
+    for (const QJsonValue& entry : anchors["boxes"].toArray()) {
+        const QJsonObject box = entry.toObject();
+        detector->anchors.emplace_back(box["width"].toInt(), box["height"].toInt());
+    }
+    for (const QJsonValue& entry : anchors["mask"].toArray()) {
+        std::vector<std::int32_t> indices;
+        for (const QJsonValue& index : entry.toArray()) {
+            indices.push_back(index.toInt());
+        }
+        detector->mask.push_back(std::move(indices));
+    }
+}
+
+bool validate(const ModelConfig& config, QString* error)
+{
+    if (!config.hasClassAndInputSize()) {
+        *error = QStringLiteral("Invalid config: there should be at least 1 class, or input size greater than 0.");
+        return false;
+    }
+    if (!config.detector.mask.empty() && config.detector.mask.size() != config.detector.output_layers.size()) {
+        *error = QStringLiteral("Incompatible size of output layers and anchors mask");
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool ModelConfig::hasClassAndInputSize() const
+{
+    return !classes.empty() && detector.width >= 1 && detector.height >= 1;
+}
+
+bool parseModelConfig(const QByteArray& bytes, const QString& path, ModelConfig* config, QString* error)
+{
+    // By way of QString, which drops a byte-order mark and replaces what is not UTF-8.
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(QString::fromUtf8(bytes).toUtf8(), &parseError);
+    if (parseError.error != QJsonParseError::NoError) {
+        *error = "Parse config file " + path + " failed: " + parseError.errorString();
+        return false;
+    }
+    const QJsonObject root = document.object();
+    DetectorConfig& detector = config->detector;
+
+    config->classes = readClasses(root["classes"].toArray());
+    detector.classNum = static_cast<std::int32_t>(config->classes.size());
+    config->ignoreChar = root["ignore_char"].toString();
+    detector.alphabet = readAlphabet(root["alphabet"].toString());
+
+    const QJsonObject inferInfo = root["model_infer_info"].toObject();
+    readInputDims(inferInfo["input_dims"].toObject(), &detector);
+    detector.letter_box = inferInfo["letter_box"].toBool();
+    detector.input_layers = readNames(inferInfo["input_layers"].toArray());
+    detector.output_layers = readNames(inferInfo["output_layers"].toArray());
+    readAnchors(inferInfo["anchors"].toObject(), &detector);
+    return validate(*config, error);
+}
+
+bool readModelConfig(const QString& path, ModelConfig* config, QString* error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        *error = "Can not open config file: " + path;
+        return false;
+    }
+    return parseModelConfig(file.readAll(), path, config, error);
+}
