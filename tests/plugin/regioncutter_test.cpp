@@ -1,0 +1,78 @@
+#include "regioncutter.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+const cv::Size picture(101, 50);
+
+std::optional<cv::Rect> pixels(double x, double y, double width, double height)
+{
+    return regionPixels(QRectF(x, y, width, height), picture);
+}
+
+} // namespace
+
+TEST(RegionCutter, KeepsARegionInsideThePicture)
+{
+    EXPECT_EQ(pixels(10, 20, 30, 25), cv::Rect(10, 20, 30, 25));
+    EXPECT_EQ(pixels(0, 0, 101, 50), cv::Rect(0, 0, 101, 50));
+    EXPECT_EQ(pixels(100, 49, 1, 1), cv::Rect(100, 49, 1, 1));
+}
+
+TEST(RegionCutter, SkipsWhatIsSmallerThanAPixel)
+{
+    EXPECT_EQ(pixels(10, 10, 0.5, 20), std::nullopt);
+    EXPECT_EQ(pixels(10, 10, 20, 0.999), std::nullopt);
+    EXPECT_EQ(pixels(10, 10, 0, 0), std::nullopt);
+    EXPECT_EQ(pixels(10, 10, -5, 20), std::nullopt);
+    EXPECT_EQ(pixels(10, 10, 1.0, 1.0), cv::Rect(10, 10, 1, 1));
+}
+
+TEST(RegionCutter, ClipsToThePicture)
+{
+    EXPECT_EQ(pixels(-5, -6, 30, 20), cv::Rect(0, 0, 30, 20)) << "the edge moves, the size stays";
+    EXPECT_EQ(pixels(90, 40, 30, 20), cv::Rect(90, 40, 11, 10));
+    EXPECT_EQ(pixels(-5, -6, 300, 200), cv::Rect(0, 0, 101, 50));
+}
+
+TEST(RegionCutter, RoundsHalvesToTheEvenNeighbour)
+{
+    EXPECT_EQ(pixels(2.5, 3.5, 20.5, 21.5), cv::Rect(2, 4, 20, 22));
+    EXPECT_EQ(pixels(2.4, 3.6, 20.4, 21.6), cv::Rect(2, 4, 20, 22));
+}
+
+TEST(RegionCutter, ClipsAgainAfterRounding)
+{
+    // 13.5 rounds to 14 and 87.5 to 88: one pixel more than the picture has.
+    EXPECT_EQ(pixels(13.5, 0, 87.5, 50), cv::Rect(14, 0, 87, 50));
+}
+
+TEST(RegionCutter, SkipsWhatLiesOutside)
+{
+    EXPECT_EQ(pixels(101, 0, 10, 10), std::nullopt);
+    EXPECT_EQ(pixels(0, 50, 10, 10), std::nullopt);
+    EXPECT_EQ(pixels(1e9, 1e9, 1e9, 1e9), std::nullopt);
+    EXPECT_EQ(pixels(100.6, 10, 5, 5), std::nullopt) << "rounds to the column after the last";
+}
+
+TEST(RegionCutter, SkipsWhatIsNotFinite)
+{
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    for (double bad : {nan, infinity, -infinity}) {
+        EXPECT_EQ(pixels(bad, 0, 10, 10), std::nullopt);
+        EXPECT_EQ(pixels(0, bad, 10, 10), std::nullopt);
+        EXPECT_EQ(pixels(0, 0, bad, 10), std::nullopt);
+        EXPECT_EQ(pixels(0, 0, 10, bad), std::nullopt);
+    }
+    EXPECT_EQ(pixels(-1e300, -1e300, 1e300, 1e300), cv::Rect(0, 0, 101, 50));
+}
+
+TEST(RegionCutter, SkipsEverythingInAnEmptyPicture)
+{
+    EXPECT_EQ(regionPixels(QRectF(0, 0, 10, 10), cv::Size(0, 0)), std::nullopt);
+    EXPECT_EQ(regionPixels(QRectF(0, 0, 10, 10), cv::Size(-4, 7)), std::nullopt);
+}

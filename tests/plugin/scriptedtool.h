@@ -1,0 +1,32 @@
+#pragma once
+
+#include "tool.h"
+
+/// A host tool that answers what the test says. Colour pictures are in RGB order.
+class ScriptedTool : public Tool
+{
+public:
+    cv::Mat picture = cv::Mat(60, 200, CV_8UC1, cv::Scalar(200));
+    QList<QRectF> taughtRegions = {QRectF(10, 20, 100, 30)};
+    QString directory;
+    bool maySave = true;
+    bool hasPose = false;
+    PosePair pose;
+    QString askedPoseOf;
+
+    QString removableDiskPath() override { return {}; }
+    QString toolIdentity() override { return QStringLiteral("C1_T1"); }
+    QString toolDirectory() override { return directory; }
+    bool savingAllowed() override { return maySave; }
+    int imageWidth() override { return picture.cols; }
+    int imageHeight() override { return picture.rows; }
+    cv::Mat image(int) override { return picture; }
+    QList<QRectF> regions(int) override { return taughtRegions; }
+    bool upstreamPose(const QString& toolName, int, PosePair* found) override
+    {
+        askedPoseOf = toolName;
+        if (hasPose)
+            *found = pose;
+        return hasPose;
+    }
+};
