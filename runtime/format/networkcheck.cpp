@@ -56,6 +56,9 @@ private:
             || std::any_of(network.operations()->begin(), network.operations()->end(), absent)) {
             return fail("the network has an empty entry");
         }
+        if (network.operations()->size() > maximumOperations || network.tensors()->size() > maximumTensors) {
+            return fail("the network has too many operations or tensors");
+        }
         if (network.minimum_width() < 1 || network.minimum_width() > network.maximum_width()
             || network.maximum_width() > maximumWidth) {
             return fail("the network's range of widths, " + std::to_string(network.minimum_width()) + " to "
@@ -80,8 +83,8 @@ private:
             if (tensor->dims() && tensor->dims()->size() > maximumRank) {
                 return fail(title(i) + " has more than " + std::to_string(maximumRank) + " dimensions");
             }
-            defined.push_back(tensor->constant() != nullptr);
-            if (tensor->constant() && !checkConstant(i, *tensor)) {
+            defined.push_back(isConstant(*tensor));
+            if (isConstant(*tensor) && !checkConstant(i, *tensor)) {
                 return false;
             }
         }
@@ -92,8 +95,8 @@ private:
     {
         const std::int64_t count = elementCount(tensor.dims());
         const auto size = static_cast<std::int64_t>(elementSize(tensor.type()));
-        if (count < 0 || count > maximumExtent
-            || count * size != static_cast<std::int64_t>(tensor.constant()->size())) {
+        const std::int64_t stored = tensor.constant() ? tensor.constant()->size() : 0;
+        if (count < 0 || count > maximumExtent || count * size != stored) {
             return fail(title(index) + " has other data than its extents say");
         }
         return true;
@@ -107,7 +110,7 @@ private:
     bool isFloatBinding(int tensor) const
     {
         const Tensor* entry = network.tensors()->Get(static_cast<flatbuffers::uoffset_t>(tensor));
-        return entry->name() && entry->type() == ElementType::Float32 && !entry->constant();
+        return entry->name() && entry->type() == ElementType::Float32 && !isConstant(*entry);
     }
 
     bool checkInput()
@@ -155,8 +158,8 @@ private:
                 *reason = "input " + std::to_string(i) + " is not there when it runs";
                 return false;
             }
-            const bool constant = network.tensors()->Get(static_cast<flatbuffers::uoffset_t>(tensor))->constant();
-            if (!constant && i >= arity.firstConstant && i < arity.endConstant) {
+            const Tensor* entry = network.tensors()->Get(static_cast<flatbuffers::uoffset_t>(tensor));
+            if (!isConstant(*entry) && i >= arity.firstConstant && i < arity.endConstant) {
                 *reason = "input " + std::to_string(i) + " is not a constant";
                 return false;
             }
@@ -202,6 +205,12 @@ private:
 };
 
 } // namespace
+
+bool isConstant(const Tensor& tensor)
+{
+    return tensor.constant()
+        || (tensor.dims() && std::find(tensor.dims()->begin(), tensor.dims()->end(), 0) != tensor.dims()->end());
+}
 
 bool checkNetwork(const Network& network, std::string* error)
 {

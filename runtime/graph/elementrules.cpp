@@ -79,11 +79,12 @@ bool inferIntegerBinary(Rule& rule, BinaryKind kind, const Shape& shape)
     return rule.setIntegers(0, shape, std::move(left));
 }
 
-/// Whether `value` is floats that can be read as `shape`.
-bool spreadsTo(const Value& value, const Shape& shape)
+/// Whether `value` is as many floats as `shape` has, in that order; extents of 1 in front may differ.
+bool covers(const Value& value, const Shape& shape)
 {
     const std::optional<Shape> common = broadcastShapes(value.shape, shape);
-    return !value.isInteger() && common && *common == shape;
+    return !value.isInteger() && common && countElements(*common) == countElements(value.shape)
+        && countElements(*common) == countElements(shape);
 }
 
 } // namespace
@@ -165,7 +166,7 @@ bool inferLayerNormalisation(Rule& rule)
         return rule.fail("axis " + std::to_string(given) + " of " + toString(data.shape) + " does not exist");
     }
     const Shape normalised(data.shape.begin() + axis, data.shape.end());
-    if (!spreadsTo(rule.operand(1), normalised) || (rule.input(2) && !spreadsTo(*rule.input(2), normalised))) {
+    if (!covers(rule.operand(1), normalised) || (rule.input(2) && !covers(*rule.input(2), normalised))) {
         return rule.fail("its scale and shift do not fit " + toString(normalised));
     }
     return rule.setFloats(0, data.shape);

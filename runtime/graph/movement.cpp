@@ -12,23 +12,23 @@ namespace {
 
 using format::OperationKind;
 
-bool tooLarge(Rule& rule, const Shape& shape)
+bool tooLarge(Node& node, const Shape& shape)
 {
-    return rule.fail("its result of " + toString(shape) + " is too large");
+    return node.fail("its result of " + toString(shape) + " is too large");
 }
 
-bool noAxis(Rule& rule, std::int64_t axis, const Shape& shape)
+bool noAxis(Node& node, std::int64_t axis, const Shape& shape)
 {
-    return rule.fail("axis " + std::to_string(axis) + " of " + toString(shape) + " does not exist");
+    return node.fail("axis " + std::to_string(axis) + " of " + toString(shape) + " does not exist");
 }
 
-bool describeTranspose(Rule& rule, Movement* movement)
+bool describeTranspose(Node& node, Movement* movement)
 {
-    const auto* permutation = rule.operation.kind_as_Transpose()->permutation();
-    const Shape& data = rule.operand(0).shape;
+    const auto* permutation = node.operation.kind_as_Transpose()->permutation();
+    const Shape& data = node.operand(0).shape;
     std::vector<bool> seen(data.size(), false);
     if ((permutation ? permutation->size() : 0) != data.size()) {
-        return rule.fail("its permutation does not fit " + toString(data));
+        return node.fail("its permutation does not fit " + toString(data));
     }
     const Shape dense = denseStrides(data);
     Shape result;
@@ -36,7 +36,7 @@ bool describeTranspose(Rule& rule, Movement* movement)
     for (flatbuffers::uoffset_t i = 0; i < data.size(); ++i) {
         const int from = permutation->Get(i);
         if (from < 0 || static_cast<std::size_t>(from) >= data.size() || seen[static_cast<std::size_t>(from)]) {
-            return rule.fail("its permutation does not fit " + toString(data));
+            return node.fail("its permutation does not fit " + toString(data));
         }
         seen[static_cast<std::size_t>(from)] = true;
         result.push_back(data[static_cast<std::size_t>(from)]);
@@ -47,33 +47,33 @@ bool describeTranspose(Rule& rule, Movement* movement)
     return true;
 }
 
-bool describeConcat(Rule& rule, Movement* movement)
+bool describeConcat(Node& node, Movement* movement)
 {
-    const int given = rule.operation.kind_as_Concat()->axis();
-    const Value& first = rule.operand(0);
+    const int given = node.operation.kind_as_Concat()->axis();
+    const Value& first = node.operand(0);
     const int axis = normalAxis(given, first.rank());
     if (axis < 0) {
-        return noAxis(rule, given, first.shape);
+        return noAxis(node, given, first.shape);
     }
     Shape result = first.shape;
     std::int64_t& total = result[static_cast<std::size_t>(axis)];
     total = 0;
-    for (std::size_t i = 0; i < rule.inputCount(); ++i) {
-        const Value& value = rule.operand(i);
+    for (std::size_t i = 0; i < node.inputCount(); ++i) {
+        const Value& value = node.operand(i);
         Shape like = value.shape;
         if (like.size() == result.size()) {
             total += like[static_cast<std::size_t>(axis)];
             like[static_cast<std::size_t>(axis)] = total;
         }
         if (value.type != first.type || like != result || countElements(result) < 0) {
-            return rule.fail(toString(value.shape) + " cannot be put behind " + toString(first.shape));
+            return node.fail(toString(value.shape) + " cannot be put behind " + toString(first.shape));
         }
     }
     const std::int64_t outer = countRange(result, 0, axis);
     const std::int64_t row = countRange(result, axis, static_cast<int>(result.size()));
     std::int64_t position = 0;
-    for (std::size_t i = 0; i < rule.inputCount(); ++i) {
-        const Shape& shape = rule.operand(i).shape;
+    for (std::size_t i = 0; i < node.inputCount(); ++i) {
+        const Shape& shape = node.operand(i).shape;
         const std::int64_t length = countRange(shape, axis, static_cast<int>(shape.size()));
         movement->parts.push_back({i, 0, {{outer, length}, 0, {length, 1}, position, {row, 1}}});
         position += length;
@@ -82,26 +82,26 @@ bool describeConcat(Rule& rule, Movement* movement)
     return true;
 }
 
-bool describeSplit(Rule& rule, Movement* movement)
+bool describeSplit(Node& node, Movement* movement)
 {
-    const auto& split = *rule.operation.kind_as_Split();
-    const Value& data = rule.operand(0);
+    const auto& split = *node.operation.kind_as_Split();
+    const Value& data = node.operand(0);
     const int axis = normalAxis(split.axis(), data.rank());
     if (axis < 0) {
-        return noAxis(rule, split.axis(), data.shape);
+        return noAxis(node, split.axis(), data.shape);
     }
-    if (split.sizes()->size() != rule.outputCount()) {
-        return rule.fail("it has " + std::to_string(rule.outputCount()) + " outputs for "
+    if (split.sizes()->size() != node.outputCount()) {
+        return node.fail("it has " + std::to_string(node.outputCount()) + " outputs for "
             + std::to_string(split.sizes()->size()) + " parts");
     }
     const std::int64_t outer = countRange(data.shape, 0, axis);
     const std::int64_t inner = countRange(data.shape, axis + 1, data.rank());
     std::int64_t left = data.shape[static_cast<std::size_t>(axis)];
     const std::int64_t row = left * inner;
-    for (std::size_t i = 0; i < rule.outputCount(); ++i) {
+    for (std::size_t i = 0; i < node.outputCount(); ++i) {
         const std::int64_t size = split.sizes()->Get(static_cast<flatbuffers::uoffset_t>(i));
         if (size < 0 || size > left) {
-            return rule.fail("its parts do not add up to " + toString(data.shape));
+            return node.fail("its parts do not add up to " + toString(data.shape));
         }
         Shape result = data.shape;
         result[static_cast<std::size_t>(axis)] = size;
@@ -109,26 +109,26 @@ bool describeSplit(Rule& rule, Movement* movement)
         movement->parts.push_back({0, i, {{outer, size * inner}, row - left * inner, {row, 1}, 0, {size * inner, 1}}});
         left -= size;
     }
-    return left == 0 || rule.fail("its parts do not add up to " + toString(data.shape));
+    return left == 0 || node.fail("its parts do not add up to " + toString(data.shape));
 }
 
-bool describeGather(Rule& rule, Movement* movement)
+bool describeGather(Node& node, Movement* movement)
 {
-    const int given = rule.operation.kind_as_Gather()->axis();
-    const Value& data = rule.operand(0);
-    const Value& indices = rule.operand(1);
+    const int given = node.operation.kind_as_Gather()->axis();
+    const Value& data = node.operand(0);
+    const Value& indices = node.operand(1);
     const int axis = normalAxis(given, data.rank());
     if (axis < 0) {
-        return noAxis(rule, given, data.shape);
+        return noAxis(node, given, data.shape);
     }
     if (!indices.isInteger()) {
-        return rule.fail("its indices are not integers");
+        return node.fail("its indices are not integers");
     }
     Shape result(data.shape.begin(), data.shape.begin() + axis);
     result.insert(result.end(), indices.shape.begin(), indices.shape.end());
     result.insert(result.end(), data.shape.begin() + axis + 1, data.shape.end());
     if (countElements(result) < 0) {
-        return tooLarge(rule, result);
+        return tooLarge(node, result);
     }
     const std::int64_t extent = data.shape[static_cast<std::size_t>(axis)];
     const std::int64_t outer = countRange(data.shape, 0, axis);
@@ -137,7 +137,7 @@ bool describeGather(Rule& rule, Movement* movement)
     for (std::int64_t i = 0; i < count; ++i) {
         const std::int64_t index = indices.integers[static_cast<std::size_t>(i)];
         if (index < -extent || index >= extent) {
-            return rule.fail("index " + std::to_string(index) + " lies outside " + toString(data.shape));
+            return node.fail("index " + std::to_string(index) + " lies outside " + toString(data.shape));
         }
         const std::int64_t from = (index < 0 ? index + extent : index) * inner;
         movement->parts.push_back({0, 0, {{outer, inner}, from, {extent * inner, 1}, i * inner, {count * inner, 1}}});
@@ -172,23 +172,23 @@ AxisSlice cutSlice(std::int64_t start, std::int64_t end, std::int64_t step, std:
     return {start, start > end ? (start - end - 1) / -step + 1 : 0};
 }
 
-bool describeSlice(Rule& rule, Movement* movement)
+bool describeSlice(Node& node, Movement* movement)
 {
-    const Value& data = rule.operand(0);
+    const Value& data = node.operand(0);
     for (std::size_t i = 1; i < 5; ++i) {
-        if (!rule.needIntegers(i)) {
+        if (!node.needIntegers(i)) {
             return false;
         }
     }
-    const std::vector<std::int64_t>& starts = rule.operand(1).integers;
-    const std::vector<std::int64_t>& ends = rule.operand(2).integers;
+    const std::vector<std::int64_t>& starts = node.operand(1).integers;
+    const std::vector<std::int64_t>& ends = node.operand(2).integers;
     std::vector<std::int64_t> axes(starts.size());
     std::iota(axes.begin(), axes.end(), 0);
-    axes = rule.input(3) ? rule.input(3)->integers : axes;
+    axes = node.input(3) ? node.input(3)->integers : axes;
     const std::vector<std::int64_t> steps
-        = rule.input(4) ? rule.input(4)->integers : std::vector<std::int64_t>(starts.size(), 1);
+        = node.input(4) ? node.input(4)->integers : std::vector<std::int64_t>(starts.size(), 1);
     if (ends.size() != starts.size() || axes.size() != starts.size() || steps.size() != starts.size()) {
-        return rule.fail("its starts, ends, axes and steps are not equally many");
+        return node.fail("its starts, ends, axes and steps are not equally many");
     }
     const Shape dense = denseStrides(data.shape);
     StridedCopy copy = {data.shape, 0, dense, 0, {}};
@@ -198,7 +198,7 @@ bool describeSlice(Rule& rule, Movement* movement)
         const auto position = static_cast<std::size_t>(std::max(axis, 0));
         // The most negative step has no opposite.
         if (axis < 0 || seen[position] || steps[i] == 0 || steps[i] == std::numeric_limits<std::int64_t>::min()) {
-            return rule.fail(
+            return node.fail(
                 "it slices an axis that does not exist in " + toString(data.shape) + ", or one twice, or with step 0");
         }
         seen[position] = true;
@@ -214,43 +214,43 @@ bool describeSlice(Rule& rule, Movement* movement)
     return true;
 }
 
-bool describeExpand(Rule& rule, Movement* movement)
+bool describeExpand(Node& node, Movement* movement)
 {
-    if (!rule.operand(1).isInteger() || !rule.needIntegers(1)) {
-        return rule.fail("its shape is not a list of integers");
+    if (!node.operand(1).isInteger() || !node.needIntegers(1)) {
+        return node.fail("its shape is not a list of integers");
     }
-    const Value& data = rule.operand(0);
-    const std::optional<Shape> result = broadcastShapes(data.shape, rule.operand(1).integers);
+    const Value& data = node.operand(0);
+    const std::optional<Shape> result = broadcastShapes(data.shape, node.operand(1).integers);
     if (!result) {
-        return rule.fail(toString(data.shape) + " cannot be made " + toString(rule.operand(1).integers));
+        return node.fail(toString(data.shape) + " cannot be made " + toString(node.operand(1).integers));
     }
     if (result->size() > format::maximumRank || countElements(*result) < 0) {
-        return tooLarge(rule, *result);
+        return tooLarge(node, *result);
     }
     movement->results = {*result};
     movement->parts = {{0, 0, {*result, 0, broadcastStrides(data.shape, *result), 0, denseStrides(*result)}}};
     return true;
 }
 
-bool describePad(Rule& rule, Movement* movement)
+bool describePad(Node& node, Movement* movement)
 {
-    const auto& pad = *rule.operation.kind_as_Pad();
-    const Shape& data = rule.operand(0).shape;
+    const auto& pad = *node.operation.kind_as_Pad();
+    const Shape& data = node.operand(0).shape;
     if ((pad.begin() ? pad.begin()->size() : 0) != data.size() || (pad.end() ? pad.end()->size() : 0) != data.size()) {
-        return rule.fail("its padding does not fit " + toString(data));
+        return node.fail("its padding does not fit " + toString(data));
     }
     Shape result = data;
     for (flatbuffers::uoffset_t i = 0; i < data.size(); ++i) {
         const std::int64_t begin = pad.begin()->Get(i);
         const std::int64_t end = pad.end()->Get(i);
         if (begin < 0 || end < 0 || begin > maximumElements || end > maximumElements) {
-            return rule.fail(
+            return node.fail(
                 "a padding of " + std::to_string(begin) + " and " + std::to_string(end) + " makes no sense");
         }
         result[i] += begin + end;
     }
     if (countElements(result) < 0) {
-        return tooLarge(rule, result);
+        return tooLarge(node, result);
     }
     StridedCopy copy = {data, 0, denseStrides(data), 0, denseStrides(result)};
     for (flatbuffers::uoffset_t i = 0; i < data.size(); ++i) {
@@ -264,25 +264,25 @@ bool describePad(Rule& rule, Movement* movement)
 
 } // namespace
 
-bool describeMovement(Rule& rule, Movement* movement)
+bool describeMovement(Node& node, Movement* movement)
 {
-    switch (rule.operation.kind_type()) {
+    switch (node.operation.kind_type()) {
     case OperationKind::Transpose:
-        return describeTranspose(rule, movement);
+        return describeTranspose(node, movement);
     case OperationKind::Concat:
-        return describeConcat(rule, movement);
+        return describeConcat(node, movement);
     case OperationKind::Split:
-        return describeSplit(rule, movement);
+        return describeSplit(node, movement);
     case OperationKind::Gather:
-        return describeGather(rule, movement);
+        return describeGather(node, movement);
     case OperationKind::Slice:
-        return describeSlice(rule, movement);
+        return describeSlice(node, movement);
     case OperationKind::Expand:
-        return describeExpand(rule, movement);
+        return describeExpand(node, movement);
     case OperationKind::Pad:
-        return describePad(rule, movement);
+        return describePad(node, movement);
     default:
-        return rule.fail("it does not move values");
+        return node.fail("it does not move values");
     }
 }
 

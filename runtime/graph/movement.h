@@ -23,7 +23,7 @@ struct Movement
     std::optional<float> filler;
 };
 
-/// False, with the reason in the rule, when the inputs do not fit.
-bool describeMovement(Rule& rule, Movement* movement);
+/// False, with the reason in the node, when the inputs do not fit.
+bool describeMovement(Node& node, Movement* movement);
 
 } // namespace scribo::cpu

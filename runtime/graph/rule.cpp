@@ -42,12 +42,12 @@ bool Rule::setReshaped(std::size_t i, Shape shape, const Value& source)
                               : setFloats(i, std::move(shape), source.uniform);
 }
 
-bool Rule::needFloats(std::size_t i)
+bool Node::needFloats(std::size_t i)
 {
     return !operand(i).isInteger() || fail("input " + std::to_string(i) + " holds integers");
 }
 
-bool Rule::needIntegers(std::size_t i)
+bool Node::needIntegers(std::size_t i)
 {
     const Value* value = input(i);
     return !value || (value->isInteger() && value->rank() <= 1)

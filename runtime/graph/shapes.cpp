@@ -106,7 +106,7 @@ bool setConstants(const format::Network& network, std::vector<Value>* values, st
         const format::Tensor& tensor = *network.tensors()->Get(i);
         Value& value = (*values)[i];
         value.type = tensor.type();
-        if (tensor.constant() && !setConstant(tensor, &value, error)) {
+        if (format::isConstant(tensor) && !setConstant(tensor, &value, error)) {
             return false;
         }
     }

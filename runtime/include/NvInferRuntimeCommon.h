@@ -23,8 +23,7 @@ using Dims = Dims32;
 class ILogger
 {
 public:
-    enum class Severity : int32_t
-    {
+    enum class Severity : int32_t {
         kINTERNAL_ERROR = 0,
         kERROR = 1,
         kWARNING = 2,

@@ -6,8 +6,7 @@
 #include <cstddef>
 
 /// Values as in the CUDA runtime.
-enum cudaError
-{
+enum cudaError {
     cudaSuccess = 0,
     cudaErrorInvalidValue = 1,
     cudaErrorMemoryAllocation = 2,
@@ -17,8 +16,7 @@ enum cudaError
 };
 using cudaError_t = cudaError;
 
-enum cudaMemcpyKind
-{
+enum cudaMemcpyKind {
     cudaMemcpyHostToHost = 0,
     cudaMemcpyHostToDevice = 1,
     cudaMemcpyDeviceToHost = 2,
@@ -34,7 +32,8 @@ extern "C" {
 cudaError_t cudaMalloc(void** pointer, std::size_t size);
 /// Copies `size` bytes. cudaErrorInvalidValue when a device side is not inside one allocation,
 /// cudaErrorInvalidMemcpyDirection when a side is not of the kind that `kind` says.
-cudaError_t cudaMemcpyAsync(void* destination, const void* source, std::size_t size, cudaMemcpyKind kind, cudaStream_t stream);
+cudaError_t cudaMemcpyAsync(
+    void* destination, const void* source, std::size_t size, cudaMemcpyKind kind, cudaStream_t stream);
 cudaError_t cudaStreamCreate(cudaStream_t* stream);
 /// Waits until everything queued on `stream` is done and returns the first error of that work.
 cudaError_t cudaStreamSynchronize(cudaStream_t stream);

@@ -1,0 +1,221 @@
+#include "context.h"
+
+#include "guarded.h"
+
+#include "cuda/devicememory.h"
+#include "cuda/streams.h"
+#include "plan/planbuilder.h"
+#include "plan/singlethread.h"
+
+#include <algorithm>
+
+namespace scribo::cpu {
+
+namespace {
+
+using nvinfer1::Dims;
+
+constexpr std::size_t widthAxis = 3;
+
+std::size_t floatBytes(const Shape& shape)
+{
+    return static_cast<std::size_t>(countElements(shape)) * sizeof(float);
+}
+
+Dims toDims(const Shape& shape)
+{
+    Dims dims;
+    dims.nbDims = static_cast<std::int32_t>(shape.size());
+    std::transform(
+        shape.begin(), shape.end(), dims.d, [](std::int64_t extent) { return static_cast<std::int32_t>(extent); });
+    return dims;
+}
+
+std::string title(const std::vector<Binding>& bindings, std::size_t index)
+{
+    return "binding " + std::to_string(index) + " ('" + bindings[index].name + "')";
+}
+
+bool overlap(const void* a, std::size_t aSize, const void* b, std::size_t bSize)
+{
+    const auto first = reinterpret_cast<std::uintptr_t>(a);
+    const auto second = reinterpret_cast<std::uintptr_t>(b);
+    return first < second + bSize && second < first + aSize;
+}
+
+} // namespace
+
+Context::Context(std::shared_ptr<Model> source, nvinfer1::ILogger& reports)
+    : model(std::move(source))
+    , logger(reports)
+    , processorStream(model->engine())
+{
+}
+
+/// Carries out `action` unless another thread is at work in this context.
+template <class Action>
+bool Context::alone(const char* what, Action action) const noexcept
+{
+    return guarded(logger, what, [&](std::string* error) {
+        if (busy.exchange(true, std::memory_order_acquire)) {
+            *error = "the context is in use by another thread";
+            return false;
+        }
+        struct Release
+        {
+            std::atomic<bool>& flag;
+            ~Release() { flag.store(false, std::memory_order_release); }
+        } const release{busy};
+        return action(error);
+    });
+}
+
+bool Context::checkBinding(std::int32_t index, std::string* error) const
+{
+    const auto count = static_cast<std::int32_t>(model->bindings().size());
+    if (index < 0 || index >= count) {
+        *error = "binding " + std::to_string(index) + " does not exist, the engine has " + std::to_string(count);
+        return false;
+    }
+    return true;
+}
+
+Dims Context::getBindingDimensions(std::int32_t bindingIndex) const noexcept
+{
+    Dims dims;
+    dims.nbDims = -1;
+    alone("getBindingDimensions", [&](std::string* error) {
+        if (!checkBinding(bindingIndex, error)) {
+            return false;
+        }
+        const auto i = static_cast<std::size_t>(bindingIndex);
+        dims = toDims(current ? current->bindingShapes()[i] : model->bindings()[i].shape);
+        return true;
+    });
+    return dims;
+}
+
+bool Context::checkDimensions(const Dims& dimensions, std::string* error) const
+{
+    const Shape& expected = model->bindings().front().shape;
+    if (dimensions.nbDims != static_cast<std::int32_t>(expected.size())) {
+        *error = "the input has " + std::to_string(expected.size()) + " dimensions, not "
+            + std::to_string(dimensions.nbDims);
+        return false;
+    }
+    for (std::size_t axis = 0; axis < widthAxis; ++axis) {
+        if (dimensions.d[axis] != expected[axis]) {
+            *error = "dimension " + std::to_string(axis) + " of the input is " + std::to_string(expected[axis])
+                + ", not " + std::to_string(dimensions.d[axis]);
+            return false;
+        }
+    }
+    const int width = dimensions.d[widthAxis];
+    const format::Network& network = model->network();
+    if (width < network.minimum_width() || width > network.maximum_width()) {
+        *error = "a width of " + std::to_string(width) + " lies outside the engine's range of "
+            + std::to_string(network.minimum_width()) + " to " + std::to_string(network.maximum_width());
+        return false;
+    }
+    return true;
+}
+
+bool Context::setBindingDimensions(std::int32_t bindingIndex, Dims dimensions) noexcept
+{
+    return alone("setBindingDimensions", [&](std::string* error) {
+        if (!checkBinding(bindingIndex, error)) {
+            return false;
+        }
+        if (bindingIndex != 0) {
+            *error = title(model->bindings(), static_cast<std::size_t>(bindingIndex))
+                + " is an output, its dimensions follow from the input's";
+            return false;
+        }
+        return checkDimensions(dimensions, error) && setWidth(dimensions.d[widthAxis], error);
+    });
+}
+
+bool Context::setWidth(int width, std::string* error)
+{
+    if (current && current->width() == width) {
+        return true;
+    }
+    Plan* plan = plans.find(width);
+    std::unique_ptr<Plan> made;
+    if (!plan) {
+        const SingleThread single;
+        made = makePlan(*model, width, error);
+        if (!made) {
+            return false;
+        }
+    }
+    const std::size_t needed = (plan ? plan : made.get())->arenaSize();
+    if (!arena || arena->size() < needed) {
+        arena.emplace(needed);
+    }
+    current = plan ? plan : plans.insert(std::move(made));
+    return true;
+}
+
+bool Context::checkBuffers(void* const* bindings, std::string* error) const
+{
+    const DeviceMemory& memory = DeviceMemory::instance();
+    const std::vector<Shape>& shapes = current->bindingShapes();
+    for (std::size_t i = 0; i < shapes.size(); ++i) {
+        const std::size_t size = floatBytes(shapes[i]);
+        const std::string buffer = "the buffer of " + title(model->bindings(), i);
+        if (!bindings[i]) {
+            *error = buffer + " is null";
+            return false;
+        }
+        if (!memory.contains(bindings[i], 1)) {
+            *error = buffer + " is not device memory";
+            return false;
+        }
+        if (!memory.contains(bindings[i], size)) {
+            *error = buffer + " is too small, it takes " + std::to_string(size) + " bytes";
+            return false;
+        }
+        if (reinterpret_cast<std::uintptr_t>(bindings[i]) % alignof(float) != 0) {
+            *error = buffer + " is not aligned for floats";
+            return false;
+        }
+        for (std::size_t j = 0; j < i; ++j) {
+            if (overlap(bindings[i], size, bindings[j], floatBytes(shapes[j]))) {
+                *error = buffer + " overlaps that of " + title(model->bindings(), j);
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+bool Context::run(void* const* bindings, cudaStream_t stream, std::string* error)
+{
+    if (!current) {
+        *error = "the dimensions of the input have not been set";
+        return false;
+    }
+    if (!bindings) {
+        *error = "there is no list of buffers";
+        return false;
+    }
+    if (!isStream(stream)) {
+        *error = "the stream does not exist";
+        return false;
+    }
+    if (!checkBuffers(bindings, error)) {
+        return false;
+    }
+    const SingleThread single;
+    current->bind(arena->data(), bindings);
+    current->run(processorStream);
+    return true;
+}
+
+bool Context::enqueueV2(void* const* bindings, cudaStream_t stream, cudaEvent_t*) noexcept
+{
+    return alone("enqueueV2", [&](std::string* error) { return run(bindings, stream, error); });
+}
+
+} // namespace scribo::cpu

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "alignedbuffer.h"
+#include "step.h"
+
+#include "graph/value.h"
+
+#include <memory>
+#include <vector>
+
+namespace scribo::cpu {
+
+/// A network made ready for one width: the steps of a run and where their operands lie in an arena.
+/// Used by one thread at a time; the model that it was made from must outlive it.
+class Plan
+{
+public:
+    /// Columns of the input.
+    int width() const { return columns; }
+    /// The extents of the bindings, in their order.
+    const std::vector<Shape>& bindingShapes() const { return shapes; }
+    /// Bytes of working memory that a run needs.
+    std::size_t arenaSize() const { return arenaBytes; }
+    /// Bytes that the plan itself holds: values worked out once, for all its runs.
+    std::size_t fixedSize() const;
+    std::size_t stepCount() const { return steps.size(); }
+
+    /// Makes the following runs work in `arena` (arenaSize() bytes, cache line aligned) and on
+    /// `bindings`, one address for each binding. Cheap when nothing has changed.
+    void bind(void* arena, void* const* bindings);
+    /// Carries out the steps. All results are there when it returns. Throws dnnl::error.
+    void run(dnnl::stream& stream);
+
+private:
+    friend class PlanBuilder;
+
+    struct Entry
+    {
+        std::unique_ptr<Step> step;
+        /// Position of the operation that it is part of; the number of operations for what follows them.
+        int operation;
+    };
+
+    int columns = 0;
+    std::vector<Shape> shapes;
+    std::size_t arenaBytes = 0;
+    std::vector<Buffer> buffers;
+    std::vector<Entry> steps;
+    std::vector<AlignedBuffer> fixed;
+    /// The addresses that the steps are bound to: arena, then bindings.
+    std::vector<void*> bound;
+};
+
+} // namespace scribo::cpu

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "buffer.h"
+
+#include <oneapi/dnnl/dnnl.hpp>
+
+#include <functional>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace scribo::cpu {
+
+/// One piece of a run. Bound to addresses before its first run and whenever they change.
+class Step
+{
+public:
+    virtual ~Step() = default;
+    virtual void bind(const Addresses& addresses) = 0;
+    virtual void run(dnnl::stream& stream) = 0;
+};
+
+/// A oneDNN primitive.
+class PrimitiveStep : public Step
+{
+public:
+    /// An argument in a buffer of the plan.
+    struct Argument
+    {
+        int role;
+        BufferId buffer;
+        dnnl::memory::desc layout;
+    };
+
+    /// `fixed` holds the arguments that never move, by role.
+    PrimitiveStep(dnnl::primitive step, std::vector<Argument> moving, std::unordered_map<int, dnnl::memory> fixed,
+        dnnl::engine on)
+        : primitive(std::move(step))
+        , arguments(std::move(moving))
+        , memories(std::move(fixed))
+        , engine(std::move(on))
+    {
+    }
+
+    void bind(const Addresses& addresses) override
+    {
+        for (const Argument& argument : arguments) {
+            memories[argument.role] = dnnl::memory(argument.layout, engine, addresses.at(argument.buffer));
+        }
+    }
+
+    void run(dnnl::stream& stream) override { primitive.execute(stream, memories); }
+
+private:
+    dnnl::primitive primitive;
+    std::vector<Argument> arguments;
+    std::unordered_map<int, dnnl::memory> memories;
+    dnnl::engine engine;
+};
+
+/// A kernel of our own: gets the addresses of its buffers, in the order in which they were named.
+class KernelStep : public Step
+{
+public:
+    using Kernel = std::function<void(float* const* operands)>;
+
+    KernelStep(std::vector<BufferId> used, Kernel function)
+        : buffers(std::move(used))
+        , kernel(std::move(function))
+        , operands(buffers.size())
+    {
+    }
+
+    void bind(const Addresses& addresses) override
+    {
+        for (std::size_t i = 0; i < buffers.size(); ++i) {
+            operands[i] = addresses.floats(buffers[i]);
+        }
+    }
+
+    void run(dnnl::stream&) override { kernel(operands.data()); }
+
+private:
+    std::vector<BufferId> buffers;
+    Kernel kernel;
+    std::vector<float*> operands;
+};
+
+} // namespace scribo::cpu

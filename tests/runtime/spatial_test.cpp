@@ -1,0 +1,143 @@
+#include "operationcase.h"
+#include "reference.h"
+
+namespace scribo::test {
+namespace {
+
+using format::ActivationKind;
+using format::PoolingKind;
+
+std::unique_ptr<format::ActivationT> randomActivation(std::mt19937& random)
+{
+    auto activation = std::make_unique<format::ActivationT>();
+    activation->kind = static_cast<ActivationKind>(pick(random, 0, static_cast<int>(ActivationKind::MAX)));
+    activation->alpha = 0.2F;
+    activation->beta = 0.6F;
+    return activation;
+}
+
+format::ConvolutionT randomConvolution(std::mt19937& random)
+{
+    const auto number = [&](int low, int high) { return static_cast<int>(pick(random, low, high)); };
+    format::ConvolutionT convolution;
+    convolution.strides = {number(1, 3), number(1, 3)};
+    convolution.pads = {number(0, 2), number(0, 2), number(0, 2), number(0, 2)};
+    convolution.dilations = {number(1, 2), number(1, 2)};
+    if (toss(random)) {
+        convolution.activation = randomActivation(random);
+    }
+    return convolution;
+}
+
+TEST(Convolution, EqualsItsDefinition)
+{
+    repeatRandomly(60, [](std::mt19937& random) {
+        format::ConvolutionT convolution = randomConvolution(random);
+        convolution.groups = static_cast<int>(pick(random, 1, 3));
+        const std::int64_t perGroup = pick(random, 1, 9);
+        const std::int64_t outputs = pick(random, 1, 9) * convolution.groups;
+        const Shape kernel = randomShape(random, 2, 4);
+        Array data;
+        Array weights;
+        Array bias;
+        OperationCase test(random);
+        const Shape extents
+            = {pick(random, 1, 2), perGroup * convolution.groups, pick(random, 7, 12), pick(random, 7, 30)};
+        std::vector<int> inputs
+            = {test.computed(extents, &data), test.constant({outputs, perGroup, kernel[0], kernel[1]}, &weights)};
+        const bool biased = toss(random);
+        if (biased) {
+            inputs.push_back(test.constant({outputs}, &bias));
+        }
+        const Array expected = reference::convolution(convolution, data, weights, biased ? &bias : nullptr);
+        test.expect(test.maker.add(convolution, inputs), expected);
+    });
+}
+
+TEST(Convolution, OneChannelPerGroup)
+{
+    repeatRandomly(20, [](std::mt19937& random) {
+        format::ConvolutionT convolution = randomConvolution(random);
+        const std::int64_t channels = pick(random, 2, 40);
+        convolution.groups = static_cast<int>(channels);
+        Array data;
+        Array weights;
+        OperationCase test(random);
+        const int picture = test.computed({1, channels, 9, pick(random, 9, 40)}, &data);
+        const int kernel = test.constant({channels, 1, 3, 3}, &weights);
+        test.expect(test.maker.add(convolution, {picture, kernel, -1}),
+            reference::convolution(convolution, data, weights, nullptr));
+    });
+}
+
+TEST(Convolution, PaddingWiderThanTheKernel)
+{
+    std::mt19937 random(runSeed());
+    format::ConvolutionT convolution;
+    convolution.strides = {2, 1};
+    convolution.pads = {5, 4, 3, 6};
+    convolution.dilations = {1, 1};
+    Array data;
+    Array weights;
+    OperationCase test(random);
+    const std::vector<int> inputs = {test.computed({1, 3, 4, 5}, &data), test.constant({8, 3, 2, 3}, &weights)};
+    test.expect(test.maker.add(convolution, inputs), reference::convolution(convolution, data, weights, nullptr));
+}
+
+TEST(Convolution, OfAConstantIsWorkedOutOnce)
+{
+    std::mt19937 random(runSeed());
+    format::ConvolutionT convolution;
+    convolution.strides = {1, 1};
+    convolution.pads = {1, 1, 1, 1};
+    convolution.dilations = {1, 1};
+    Array data;
+    Array weights;
+    OperationCase test(random);
+    const std::vector<int> inputs = {test.constant({1, 17, 5, 6}, &data), test.constant({19, 17, 3, 3}, &weights)};
+    test.expect(test.maker.add(convolution, inputs), reference::convolution(convolution, data, weights, nullptr));
+}
+
+TEST(Pooling, EqualsItsDefinition)
+{
+    repeatRandomly(120, [](std::mt19937& random) {
+        format::PoolingT pooling;
+        pooling.kind = static_cast<PoolingKind>(pick(random, 0, 2));
+        pooling.ceil_mode = toss(random);
+        for (int axis = 0; axis < 2; ++axis) {
+            pooling.kernel.push_back(static_cast<int>(pick(random, 1, 4)));
+            pooling.strides.push_back(static_cast<int>(pick(random, 1, 4)));
+        }
+        for (int side = 0; side < 4; ++side) {
+            pooling.pads.push_back(
+                static_cast<int>(pick(random, 0, pooling.kernel[static_cast<std::size_t>(side % 2)] - 1)));
+        }
+        Array data;
+        OperationCase test(random);
+        const int picture
+            = test.computed({pick(random, 1, 2), pick(random, 1, 20), pick(random, 4, 9), pick(random, 4, 30)}, &data);
+        test.expect(test.maker.add(pooling, {picture}), reference::pooling(pooling, data));
+    });
+}
+
+TEST(Reduction, EqualsItsDefinition)
+{
+    repeatRandomly(80, [](std::mt19937& random) {
+        const Shape shape = randomShape(random, pick(random, 1, 5), 6);
+        format::ReductionT reduction;
+        reduction.kind = static_cast<format::ReductionKind>(pick(random, 0, 2));
+        reduction.keep_dims = toss(random);
+        for (int axis = 0; axis < static_cast<int>(shape.size()); ++axis) {
+            if (toss(random) || (reduction.axes.empty() && axis + 1 == static_cast<int>(shape.size()))) {
+                reduction.axes.push_back(toss(random) ? axis : axis - static_cast<int>(shape.size()));
+            }
+        }
+        Array data;
+        OperationCase test(random);
+        const int operand = test.operand(shape, &data);
+        test.expect(test.maker.add(reduction, {operand}), reference::reduction(reduction, data));
+    });
+}
+
+} // namespace
+} // namespace scribo::test
