@@ -20,11 +20,20 @@ using Extents = std::vector<std::int64_t>;
 using Integers = std::vector<std::int64_t>;
 using Floats = std::vector<float>;
 
-TensorT floats(Extents extents, const Floats& values) { return makeConstant("", std::move(extents), values); }
+TensorT floats(Extents extents, const Floats& values)
+{
+    return makeConstant("", std::move(extents), values);
+}
 
-TensorT integers(Extents extents, const Integers& values) { return makeConstant("", std::move(extents), values); }
+TensorT integers(Extents extents, const Integers& values)
+{
+    return makeConstant("", std::move(extents), values);
+}
 
-TensorT list(const Integers& values) { return integers({static_cast<std::int64_t>(values.size())}, values); }
+TensorT list(const Integers& values)
+{
+    return integers({static_cast<std::int64_t>(values.size())}, values);
+}
 
 template <class Kind>
 std::optional<TensorT> apply(Kind kind, std::vector<TensorT> inputs)
@@ -75,7 +84,7 @@ TEST(Evaluate, BinaryBroadcastsFloats)
 {
     const auto sum = apply(binary(BinaryKind::Add), {twoByThree, floats({2, 1}, {10, 20})});
     ASSERT_TRUE(sum);
-    EXPECT_EQ(sum->dims, (Extents {2, 3}));
+    EXPECT_EQ(sum->dims, (Extents{2, 3}));
     EXPECT_THAT(floatValues(*sum), ElementsAre(10, 11, 12, 23, 24, 25));
 }
 
@@ -94,9 +103,7 @@ TEST(Evaluate, BinaryKindsOnFloats)
 
 TEST(Evaluate, BinaryKindsOnIntegers)
 {
-    const auto result = [](BinaryKind kind) {
-        return integerValues(*apply(binary(kind), {list({-7, 7}), list({2})}));
-    };
+    const auto result = [](BinaryKind kind) { return integerValues(*apply(binary(kind), {list({-7, 7}), list({2})})); };
     EXPECT_THAT(result(BinaryKind::Add), ElementsAre(-5, 9));
     EXPECT_THAT(result(BinaryKind::Subtract), ElementsAre(-9, 5));
     EXPECT_THAT(result(BinaryKind::Multiply), ElementsAre(-14, 14));
@@ -117,9 +124,8 @@ TEST(Evaluate, BinaryRefusesWhatDoesNotFit)
 
 TEST(Evaluate, UnaryKinds)
 {
-    const auto result = [](UnaryKind kind, float value) {
-        return floatValues(*apply(unary(kind), {floats({1}, {value})})).front();
-    };
+    const auto result
+        = [](UnaryKind kind, float value) { return floatValues(*apply(unary(kind), {floats({1}, {value})})).front(); };
     EXPECT_FLOAT_EQ(result(UnaryKind::Sqrt, 9), 3);
     EXPECT_FLOAT_EQ(result(UnaryKind::Exp, 1), std::exp(1.0f));
     EXPECT_FLOAT_EQ(result(UnaryKind::Log, 5), std::log(5.0f));
@@ -134,8 +140,8 @@ TEST(Evaluate, UnaryKinds)
 
 TEST(Evaluate, ReshapeCopiesAndCompletesExtents)
 {
-    EXPECT_EQ(apply(ReshapeT(), {twoByThree, list({3, 2})})->dims, (Extents {3, 2}));
-    EXPECT_EQ(apply(ReshapeT(), {twoByThree, list({0, -1, 1})})->dims, (Extents {2, 3, 1}));
+    EXPECT_EQ(apply(ReshapeT(), {twoByThree, list({3, 2})})->dims, (Extents{3, 2}));
+    EXPECT_EQ(apply(ReshapeT(), {twoByThree, list({0, -1, 1})})->dims, (Extents{2, 3, 1}));
     EXPECT_FALSE(apply(ReshapeT(), {twoByThree, list({4, 2})}));
     EXPECT_FALSE(apply(ReshapeT(), {twoByThree, list({4, -1})}));
     EXPECT_FALSE(apply(ReshapeT(), {twoByThree, list({-1, -1})}));
@@ -146,10 +152,10 @@ TEST(Evaluate, ReshapeCopiesAndCompletesExtents)
 TEST(Evaluate, SqueezeAndUnsqueeze)
 {
     const TensorT column = floats({1, 3, 1}, {1, 2, 3});
-    EXPECT_EQ(apply(withAxes<SqueezeT>({0, -1}), {column})->dims, (Extents {3}));
+    EXPECT_EQ(apply(withAxes<SqueezeT>({0, -1}), {column})->dims, (Extents{3}));
     EXPECT_FALSE(apply(withAxes<SqueezeT>({1}), {column}));
     EXPECT_FALSE(apply(withAxes<SqueezeT>({3}), {column}));
-    EXPECT_EQ(apply(withAxes<UnsqueezeT>({0, -1}), {twoByThree})->dims, (Extents {1, 2, 3, 1}));
+    EXPECT_EQ(apply(withAxes<UnsqueezeT>({0, -1}), {twoByThree})->dims, (Extents{1, 2, 3, 1}));
     EXPECT_FALSE(apply(withAxes<UnsqueezeT>({0, 0}), {twoByThree}));
     EXPECT_FALSE(apply(withAxes<UnsqueezeT>({4}), {twoByThree}));
 }
@@ -159,7 +165,7 @@ TEST(Evaluate, Transpose)
     TransposeT swap;
     swap.permutation = {1, 0};
     const auto result = apply(swap, {twoByThree});
-    EXPECT_EQ(result->dims, (Extents {3, 2}));
+    EXPECT_EQ(result->dims, (Extents{3, 2}));
     EXPECT_THAT(floatValues(*result), ElementsAre(0, 3, 1, 4, 2, 5));
     swap.permutation = {0, 0};
     EXPECT_FALSE(apply(swap, {twoByThree}));
@@ -170,7 +176,7 @@ TEST(Evaluate, Transpose)
 TEST(Evaluate, Concat)
 {
     const auto result = apply(withAxis<ConcatT>(-1), {twoByThree, floats({2, 1}, {8, 9})});
-    EXPECT_EQ(result->dims, (Extents {2, 4}));
+    EXPECT_EQ(result->dims, (Extents{2, 4}));
     EXPECT_THAT(floatValues(*result), ElementsAre(0, 1, 2, 8, 3, 4, 5, 9));
     EXPECT_FALSE(apply(withAxis<ConcatT>(0), {twoByThree, floats({2, 1}, {8, 9})}));
     EXPECT_FALSE(apply(withAxis<ConcatT>(2), {twoByThree, twoByThree}));
@@ -181,7 +187,7 @@ TEST(Evaluate, Concat)
 TEST(Evaluate, Gather)
 {
     const auto columns = apply(withAxis<GatherT>(1), {twoByThree, integers({1, 2}, {2, -3})});
-    EXPECT_EQ(columns->dims, (Extents {2, 1, 2}));
+    EXPECT_EQ(columns->dims, (Extents{2, 1, 2}));
     EXPECT_THAT(floatValues(*columns), ElementsAre(2, 0, 5, 3));
     const auto scalar = apply(withAxis<GatherT>(0), {list({5, 6, 7}), integers({}, {1})});
     EXPECT_TRUE(scalar->dims.empty());
@@ -213,14 +219,14 @@ TEST(Evaluate, Slice)
     EXPECT_FALSE(slice(digits, {0}, {1}, {0}, {least}));
     EXPECT_FALSE(slice(digits, {0, 0}, {1}, {0}, {1}));
     const auto inner = slice(twoByThree, {0, 1}, {1, 3}, {0, 1}, {1, 1});
-    EXPECT_EQ(inner->dims, (Extents {1, 2}));
+    EXPECT_EQ(inner->dims, (Extents{1, 2}));
     EXPECT_THAT(floatValues(*inner), ElementsAre(1, 2));
 }
 
 TEST(Evaluate, ExpandIsTwoSided)
 {
     const auto result = apply(ExpandT(), {floats({2, 1}, {1, 2}), list({1, 3})});
-    EXPECT_EQ(result->dims, (Extents {2, 3}));
+    EXPECT_EQ(result->dims, (Extents{2, 3}));
     EXPECT_THAT(floatValues(*result), ElementsAre(1, 1, 1, 2, 2, 2));
     EXPECT_FALSE(apply(ExpandT(), {twoByThree, list({4})}));
     EXPECT_FALSE(apply(ExpandT(), {floats({1}, {1}), list({1 << 14, 1 << 14})})) << "too large to keep";

@@ -56,7 +56,7 @@ public:
         convolution.strides = {1, 1};
         convolution.dilations = {1, 1};
         convolution.pads = {0, 0, 0, 0};
-        std::vector<int> inputs = {data, constant({2, 2, 1, 1}, std::vector<float> {1, 2, 3, 4})};
+        std::vector<int> inputs = {data, constant({2, 2, 1, 1}, std::vector<float>{1, 2, 3, 4})};
         if (!bias.empty()) {
             inputs.push_back(constant({2}, bias));
         }
@@ -125,12 +125,12 @@ public:
 TEST(FoldConstants, WorksOutChains)
 {
     Maker maker;
-    const int sum = maker.binary(BinaryKind::Add, maker.constant({1}, std::vector<float> {2}),
-        maker.constant({1}, std::vector<float> {3}));
+    const int sum = maker.binary(
+        BinaryKind::Add, maker.constant({1}, std::vector<float>{2}), maker.constant({1}, std::vector<float>{3}));
     const int product = maker.binary(BinaryKind::Multiply, sum, sum);
     maker.output(maker.binary(BinaryKind::Multiply, 0, product));
     EXPECT_TRUE(foldConstants(maker.network));
-    EXPECT_EQ(maker.kinds(), (Kinds {OperationKind::Binary}));
+    EXPECT_EQ(maker.kinds(), (Kinds{OperationKind::Binary}));
     EXPECT_THAT(floatValues(maker.tensor(product)), ElementsAre(25));
     EXPECT_FALSE(foldConstants(maker.network));
 }
@@ -161,7 +161,7 @@ TEST(FoldShapes, LeavesTwoOpenExtents)
     const int width = maker.add(gather, {shape, maker.list({3})}, ElementType::Int64);
     ConcatT concat;
     const int target = maker.add(concat, {width, width}, ElementType::Int64);
-    const int square = maker.add(ExpandT(), {maker.constant({1, 1}, std::vector<float> {1}), target});
+    const int square = maker.add(ExpandT(), {maker.constant({1, 1}, std::vector<float>{1}), target});
     const int again = maker.add(ShapeOfT(), {square}, ElementType::Int64);
     maker.output(maker.add(ReshapeT(), {square, again}));
     EXPECT_FALSE(foldShapes(maker.network, maker.profile()));
@@ -183,7 +183,7 @@ TEST(RemoveIdentities, DropsWhatChangesNothing)
     data = maker.activation(ActivationKind::None, data);
     maker.output(maker.activation(ActivationKind::Relu, data));
     EXPECT_TRUE(removeIdentities(maker.network));
-    EXPECT_EQ(maker.kinds(), (Kinds {OperationKind::Activation}));
+    EXPECT_EQ(maker.kinds(), (Kinds{OperationKind::Activation}));
     EXPECT_THAT(maker.operation(0).inputs, ElementsAre(0));
     EXPECT_FALSE(removeIdentities(maker.network));
 }
@@ -206,7 +206,7 @@ TEST(RemoveIdentities, JoinsTransposes)
     maker.output(second);
     EXPECT_TRUE(removeIdentities(maker.network));
     removeDead(maker.network);
-    ASSERT_EQ(maker.kinds(), (Kinds {OperationKind::Transpose}));
+    ASSERT_EQ(maker.kinds(), (Kinds{OperationKind::Transpose}));
     EXPECT_THAT(maker.operation(0).kind.AsTranspose()->permutation, ElementsAre(0, 3, 2, 1));
 }
 
@@ -218,7 +218,7 @@ TEST(RemoveIdentities, TransposesThatCancelDisappear)
     maker.output(maker.activation(ActivationKind::Relu, second));
     EXPECT_TRUE(removeIdentities(maker.network));
     removeDead(maker.network);
-    EXPECT_EQ(maker.kinds(), (Kinds {OperationKind::Activation}));
+    EXPECT_EQ(maker.kinds(), (Kinds{OperationKind::Activation}));
 }
 
 TEST(RemoveIdentities, AnOutputKeepsItsName)
@@ -244,16 +244,19 @@ TEST(RemoveIdentities, NeverMakesTheInputAnOutputOrTwoOutputsOne)
     EXPECT_FALSE(removeIdentities(maker.network));
 }
 
-ChannelAffineT affine() { return {}; }
+ChannelAffineT affine()
+{
+    return {};
+}
 
 TEST(FoldAffine, IntoConvolutionWithoutBias)
 {
     Maker maker;
-    const int scale = maker.constant({2}, std::vector<float> {10, 100});
-    const int shift = maker.constant({2}, std::vector<float> {5, 6});
+    const int scale = maker.constant({2}, std::vector<float>{10, 100});
+    const int shift = maker.constant({2}, std::vector<float>{5, 6});
     maker.output(maker.add(affine(), {maker.convolution(0), scale, shift}));
     EXPECT_TRUE(foldAffine(maker.network));
-    ASSERT_EQ(maker.kinds(), (Kinds {OperationKind::Convolution}));
+    ASSERT_EQ(maker.kinds(), (Kinds{OperationKind::Convolution}));
     EXPECT_THAT(floatValues(maker.tensor(maker.operation(0).inputs[1])), ElementsAre(10, 20, 300, 400));
     EXPECT_THAT(floatValues(maker.tensor(maker.operation(0).inputs[2])), ElementsAre(5, 6));
     EXPECT_THAT(maker.network.outputs, ElementsAre(maker.operation(0).outputs[0]));
@@ -263,8 +266,8 @@ TEST(FoldAffine, IntoConvolutionWithoutBias)
 TEST(FoldAffine, IntoConvolutionWithBias)
 {
     Maker maker;
-    const int scale = maker.constant({2}, std::vector<float> {10, 100});
-    const int shift = maker.constant({2}, std::vector<float> {5, 6});
+    const int scale = maker.constant({2}, std::vector<float>{10, 100});
+    const int shift = maker.constant({2}, std::vector<float>{5, 6});
     maker.output(maker.add(affine(), {maker.convolution(0, {1, 2}), scale, shift}));
     EXPECT_TRUE(foldAffine(maker.network));
     EXPECT_THAT(floatValues(maker.tensor(maker.operation(0).inputs[2])), ElementsAre(15, 206));
@@ -274,11 +277,11 @@ TEST(FoldAffine, ProductsAndSumsPerChannel)
 {
     Maker maker;
     int data = maker.binary(
-        BinaryKind::Multiply, maker.constant({1, 2, 1, 1}, std::vector<float> {2, 3}), maker.convolution(0));
-    data = maker.binary(BinaryKind::Add, data, maker.constant({2, 1, 1}, std::vector<float> {4, 5}));
-    maker.output(maker.binary(BinaryKind::Multiply, data, maker.constant({}, std::vector<float> {10})));
+        BinaryKind::Multiply, maker.constant({1, 2, 1, 1}, std::vector<float>{2, 3}), maker.convolution(0));
+    data = maker.binary(BinaryKind::Add, data, maker.constant({2, 1, 1}, std::vector<float>{4, 5}));
+    maker.output(maker.binary(BinaryKind::Multiply, data, maker.constant({}, std::vector<float>{10})));
     EXPECT_TRUE(foldAffine(maker.network));
-    ASSERT_EQ(maker.kinds(), (Kinds {OperationKind::Convolution}));
+    ASSERT_EQ(maker.kinds(), (Kinds{OperationKind::Convolution}));
     EXPECT_THAT(floatValues(maker.tensor(maker.operation(0).inputs[1])), ElementsAre(20, 40, 90, 120));
     EXPECT_THAT(floatValues(maker.tensor(maker.operation(0).inputs[2])), ElementsAre(40, 50));
 }
@@ -286,7 +289,7 @@ TEST(FoldAffine, ProductsAndSumsPerChannel)
 TEST(FoldAffine, LeavesWhatIsNotPerChannel)
 {
     Maker maker;
-    const int column = maker.constant({4, 1}, std::vector<float> {1, 2, 3, 4});
+    const int column = maker.constant({4, 1}, std::vector<float>{1, 2, 3, 4});
     maker.output(maker.binary(BinaryKind::Add, maker.convolution(0), column));
     EXPECT_FALSE(foldAffine(maker.network));
 }
@@ -294,7 +297,7 @@ TEST(FoldAffine, LeavesWhatIsNotPerChannel)
 TEST(FoldAffine, LeavesOtherArithmetic)
 {
     Maker maker;
-    const int number = maker.constant({}, std::vector<float> {2});
+    const int number = maker.constant({}, std::vector<float>{2});
     maker.output(maker.binary(BinaryKind::Divide, number, maker.convolution(0)));
     maker.output(maker.binary(BinaryKind::Add, maker.convolution(0), maker.convolution(0)));
     EXPECT_FALSE(foldAffine(maker.network));
@@ -303,7 +306,7 @@ TEST(FoldAffine, LeavesOtherArithmetic)
 TEST(FoldAffine, LeavesConvolutionsThatOthersReadOrThatActivate)
 {
     Maker maker;
-    const int number = maker.constant({}, std::vector<float> {2});
+    const int number = maker.constant({}, std::vector<float>{2});
     const int shared = maker.convolution(0);
     maker.output(shared);
     maker.output(maker.binary(BinaryKind::Multiply, shared, number));
@@ -320,7 +323,7 @@ TEST(FoldAffine, LeavesSharedWeightsAsTheyAre)
     const int weights = maker.operation(0).inputs[1];
     const int second = maker.convolution(0);
     maker.operation(1).inputs[1] = weights;
-    maker.output(maker.binary(BinaryKind::Multiply, first, maker.constant({}, std::vector<float> {2})));
+    maker.output(maker.binary(BinaryKind::Multiply, first, maker.constant({}, std::vector<float>{2})));
     maker.output(second);
     EXPECT_TRUE(foldAffine(maker.network));
     EXPECT_EQ(maker.operation(1).inputs[1], weights);
@@ -330,11 +333,10 @@ TEST(FoldAffine, LeavesSharedWeightsAsTheyAre)
 TEST(FuseBias, SumsBecomeTheBias)
 {
     Maker maker;
-    int data = maker.binary(
-        BinaryKind::Add, maker.constant({2}, std::vector<float> {1, 2}), maker.fullyConnected());
-    maker.output(maker.binary(BinaryKind::Add, data, maker.constant({}, std::vector<float> {10})));
+    int data = maker.binary(BinaryKind::Add, maker.constant({2}, std::vector<float>{1, 2}), maker.fullyConnected());
+    maker.output(maker.binary(BinaryKind::Add, data, maker.constant({}, std::vector<float>{10})));
     EXPECT_TRUE(fuseBias(maker.network));
-    ASSERT_EQ(maker.kinds(), (Kinds {OperationKind::Transpose, OperationKind::FullyConnected}));
+    ASSERT_EQ(maker.kinds(), (Kinds{OperationKind::Transpose, OperationKind::FullyConnected}));
     ASSERT_EQ(maker.operation(1).inputs.size(), 3u);
     EXPECT_THAT(floatValues(maker.tensor(maker.operation(1).inputs[2])), ElementsAre(11, 12));
     EXPECT_FALSE(fuseBias(maker.network));
@@ -347,13 +349,13 @@ TEST(FuseBias, LeavesWhatIsNoBias)
     const int layer = maker.fullyConnected();
     maker.output(maker.binary(BinaryKind::Add, layer, rows));
     const int product = maker.fullyConnected();
-    maker.output(maker.binary(BinaryKind::Multiply, product, maker.constant({2}, std::vector<float> {1, 2})));
+    maker.output(maker.binary(BinaryKind::Multiply, product, maker.constant({2}, std::vector<float>{1, 2})));
     const int shared = maker.fullyConnected();
     maker.output(shared);
-    maker.output(maker.binary(BinaryKind::Add, shared, maker.constant({2}, std::vector<float> {1, 2})));
+    maker.output(maker.binary(BinaryKind::Add, shared, maker.constant({2}, std::vector<float>{1, 2})));
     const int activated = maker.fullyConnected();
     maker.network.operations.back()->kind.AsFullyConnected()->activation = std::make_unique<ActivationT>();
-    maker.output(maker.binary(BinaryKind::Add, activated, maker.constant({2}, std::vector<float> {1, 2})));
+    maker.output(maker.binary(BinaryKind::Add, activated, maker.constant({2}, std::vector<float>{1, 2})));
     EXPECT_FALSE(fuseBias(maker.network));
 }
 
@@ -362,8 +364,8 @@ TEST(ComposeActivations, RecognisesSwishAndHardSwish)
     Maker maker;
     const int data = maker.activation(ActivationKind::Relu, 0);
     maker.output(maker.binary(BinaryKind::Multiply, data, maker.activation(ActivationKind::Sigmoid, data)));
-    maker.output(maker.binary(
-        BinaryKind::Multiply, maker.activation(ActivationKind::HardSigmoid, data, 1.0f / 6, 0.5f), data));
+    maker.output(
+        maker.binary(BinaryKind::Multiply, maker.activation(ActivationKind::HardSigmoid, data, 1.0f / 6, 0.5f), data));
     EXPECT_TRUE(composeActivations(maker.network));
     removeDead(maker.network);
     ASSERT_EQ(maker.kinds(), (Kinds(3, OperationKind::Activation)));
@@ -377,8 +379,8 @@ TEST(ComposeActivations, LeavesOtherProducts)
     const int data = maker.activation(ActivationKind::Relu, 0);
     maker.output(maker.binary(BinaryKind::Multiply, data, maker.activation(ActivationKind::Sigmoid, 0)));
     maker.output(maker.binary(BinaryKind::Add, data, maker.activation(ActivationKind::Sigmoid, data)));
-    maker.output(maker.binary(
-        BinaryKind::Multiply, data, maker.activation(ActivationKind::HardSigmoid, data, 0.2f, 0.5f)));
+    maker.output(
+        maker.binary(BinaryKind::Multiply, data, maker.activation(ActivationKind::HardSigmoid, data, 0.2f, 0.5f)));
     maker.output(maker.binary(BinaryKind::Multiply, data, maker.activation(ActivationKind::Tanh, data)));
     EXPECT_FALSE(composeActivations(maker.network));
 }
@@ -389,8 +391,8 @@ TEST(FuseActivations, IntoConvolutionAndFullyConnected)
     maker.output(maker.activation(ActivationKind::LeakyRelu, maker.convolution(0), 0.25f));
     maker.output(maker.activation(ActivationKind::Tanh, maker.fullyConnected()));
     EXPECT_TRUE(fuseActivations(maker.network));
-    ASSERT_EQ(maker.kinds(),
-        (Kinds {OperationKind::Convolution, OperationKind::Transpose, OperationKind::FullyConnected}));
+    ASSERT_EQ(
+        maker.kinds(), (Kinds{OperationKind::Convolution, OperationKind::Transpose, OperationKind::FullyConnected}));
     const ActivationT& activation = *maker.operation(0).kind.AsConvolution()->activation;
     EXPECT_EQ(activation.kind, ActivationKind::LeakyRelu);
     EXPECT_EQ(activation.alpha, 0.25f);
@@ -409,7 +411,7 @@ TEST(FuseActivations, OnlyOneAndOnlyForASoleReader)
     maker.output(maker.activation(ActivationKind::Relu, 0));
     EXPECT_TRUE(fuseActivations(maker.network));
     EXPECT_EQ(maker.kinds(),
-        (Kinds {OperationKind::Convolution, OperationKind::Activation, OperationKind::Convolution,
+        (Kinds{OperationKind::Convolution, OperationKind::Activation, OperationKind::Convolution,
             OperationKind::Activation, OperationKind::Activation}));
     EXPECT_FALSE(fuseActivations(maker.network));
 }
@@ -430,8 +432,8 @@ int addLstm(Maker& maker, int hidden, int cell)
 TEST(DropZeroStates, OnlyThoseThatAreZero)
 {
     Maker maker;
-    const int zero = maker.constant({1, 1, 1}, std::vector<float> {0});
-    const int one = maker.constant({1, 1, 1}, std::vector<float> {1});
+    const int zero = maker.constant({1, 1, 1}, std::vector<float>{0});
+    const int one = maker.constant({1, 1, 1}, std::vector<float>{1});
     maker.output(addLstm(maker, zero, one));
     EXPECT_TRUE(dropZeroStates(maker.network));
     EXPECT_EQ(maker.network.operations.back()->inputs[4], -1);
@@ -446,7 +448,7 @@ TEST(RemoveDead, DropsOperationsAndTensorsAndRenumbers)
     maker.activation(ActivationKind::Relu, dead);
     maker.output(maker.activation(ActivationKind::Sigmoid, 0));
     EXPECT_TRUE(removeDead(maker.network));
-    EXPECT_EQ(maker.kinds(), (Kinds {OperationKind::Activation}));
+    EXPECT_EQ(maker.kinds(), (Kinds{OperationKind::Activation}));
     EXPECT_EQ(maker.network.tensors.size(), 2u);
     EXPECT_THAT(maker.network.inputs, ElementsAre(0));
     EXPECT_THAT(maker.network.outputs, ElementsAre(1));

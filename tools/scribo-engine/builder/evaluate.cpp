@@ -134,8 +134,9 @@ private:
         const cpu::Shape& shape = values.back().shape;
         std::vector<float> result(static_cast<std::size_t>(elementCount(shape)));
         const std::vector<float> floats = floatValues(*inputs[input]);
-        cpu::copyStrided<float>({shape, 0, cpu::broadcastStrides(values[input].shape, shape), 0, cpu::denseStrides(shape)},
-            floats.data(), result.data());
+        cpu::copyStrided<float>(
+            {shape, 0, cpu::broadcastStrides(values[input].shape, shape), 0, cpu::denseStrides(shape)}, floats.data(),
+            result.data());
         return result;
     }
 
@@ -153,8 +154,7 @@ private:
     {
         const format::UnaryKind kind = rule.operation.kind_as_Unary()->kind();
         const std::vector<float> data = floatValues(*inputs[0]);
-        std::transform(
-            data.begin(), data.end(), result->begin(), [kind](float x) { return cpu::applyUnary(kind, x); });
+        std::transform(data.begin(), data.end(), result->begin(), [kind](float x) { return cpu::applyUnary(kind, x); });
         return true;
     }
 

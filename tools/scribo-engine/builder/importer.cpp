@@ -16,7 +16,7 @@ const ImportTable& importTable()
     static const ImportTable table = [] {
         ImportTable all;
         for (auto* add : {addConvolutions, addPooling, addReductions, addRecurrent, addProducts, addActivations,
-                 addElementwise, addNormalisation, addLayout, addSlicing, addShapeArithmetic}) {
+                 addElementwise, addNormalisation, addLayout, addSlicing, addShapeArithmetic, addLogic}) {
             add(&all);
         }
         return all;
@@ -24,13 +24,30 @@ const ImportTable& importTable()
     return table;
 }
 
-std::string quoted(const std::string& name) { return "'" + name + "'"; }
+std::string quoted(const std::string& name)
+{
+    return "'" + name + "'";
+}
 
 /// The extent along one axis of the input picture: a number, or -1 for a symbol.
 std::int64_t declaredExtent(const onnx::TensorShapeProto& shape, int axis)
 {
     const auto& dim = shape.dim(axis);
     return dim.value_case() == onnx::TensorShapeProto::Dimension::kDimValue ? dim.dim_value() : -1;
+}
+
+/// Adds the names that the nodes and outputs of `graph`, and of the branches inside it, read.
+void collectReadNames(const onnx::GraphProto& graph, std::unordered_set<std::string>* names)
+{
+    for (const onnx::NodeProto& node : graph.node()) {
+        names->insert(node.input().begin(), node.input().end());
+        for (const onnx::AttributeProto& attribute : node.attribute()) {
+            collectReadNames(attribute.g(), names);
+        }
+    }
+    for (const onnx::ValueInfoProto& output : graph.output()) {
+        names->insert(output.name());
+    }
 }
 
 } // namespace
@@ -41,17 +58,12 @@ Importer::Importer(const onnx::GraphProto& model, int opset, const WidthRange& w
     , range(widths)
     , problems(list)
 {
-    for (const onnx::NodeProto& node : graph.node()) {
-        readNames.insert(node.input().begin(), node.input().end());
-    }
-    for (const onnx::ValueInfoProto& output : graph.output()) {
-        readNames.insert(output.name());
-    }
+    collectReadNames(graph, &readNames);
 }
 
 std::unique_ptr<format::NetworkT> Importer::run()
 {
-    importInitializers();
+    importInitializers(graph);
     importInput();
     for (const onnx::NodeProto& proto : graph.node()) {
         importNode(OnnxNode(proto, problems));
@@ -60,12 +72,12 @@ std::unique_ptr<format::NetworkT> Importer::run()
     return problems->empty() ? std::move(network) : nullptr;
 }
 
-void Importer::importInitializers()
+void Importer::importInitializers(const onnx::GraphProto& source)
 {
-    if (graph.sparse_initializer_size() > 0) {
+    if (source.sparse_initializer_size() > 0) {
         problem("the model holds sparse constants, which are not supported");
     }
-    for (const onnx::TensorProto& proto : graph.initializer()) {
+    for (const onnx::TensorProto& proto : source.initializer()) {
         TensorT constant;
         std::string error;
         if (readTensor(proto, &constant, &error)) {
@@ -259,23 +271,57 @@ std::optional<std::vector<std::int64_t>> Importer::listArgument(
     return node.has(attribute) ? std::optional(node.integers(attribute, {})) : std::nullopt;
 }
 
-std::optional<Extents> Importer::extents(const OnnxNode& node, int index) const
+std::optional<TensorProfile> Importer::profile(const OnnxNode& node, int index) const
 {
-    if (isConstant(tensor(index))) {
-        return tensor(index).dims;
-    }
     if (network->inputs.empty()) {
         return std::nullopt;
     }
-    Profile profile;
+    Profile found;
     std::string error;
-    if (!profileNetwork(*network, range, &profile, &error)) {
+    if (!profileNetwork(*network, range, &found, &error)) {
         if (problems->empty()) {
             node.refuse("the shape of its input cannot be worked out: " + error);
         }
         return std::nullopt;
     }
-    return profile[static_cast<std::size_t>(index)].extents;
+    return found[static_cast<std::size_t>(index)];
+}
+
+std::optional<Extents> Importer::extents(const OnnxNode& node, int index) const
+{
+    if (isConstant(tensor(index))) {
+        return tensor(index).dims;
+    }
+    const std::optional<TensorProfile> known = profile(node, index);
+    return known ? std::optional(known->extents) : std::nullopt;
+}
+
+std::vector<std::int64_t> Importer::fixedIntegers(const OnnxNode& node, int index) const
+{
+    if (tensor(index).type != format::ElementType::Int64) {
+        return {};
+    }
+    if (isConstant(tensor(index))) {
+        return integerValues(tensor(index));
+    }
+    const std::optional<TensorProfile> known = profile(node, index);
+    return known ? known->integers : std::vector<std::int64_t>();
+}
+
+void Importer::importBranch(const OnnxNode& node, const onnx::GraphProto& branch)
+{
+    importInitializers(branch);
+    for (const onnx::NodeProto& proto : branch.node()) {
+        importNode(OnnxNode(proto, problems));
+    }
+    for (int i = 0; i < branch.output_size(); ++i) {
+        const auto found = tensors.find(branch.output(i).name());
+        if (found == tensors.end()) {
+            node.refuse("output " + quoted(branch.output(i).name()) + " of its branch is given by no operation");
+        } else if (found->second >= 0) {
+            bind(node, i, found->second);
+        }
+    }
 }
 
 int Importer::addTensor(TensorT tensor)

@@ -60,6 +60,9 @@ public:
     /// missing for that reason alone, and nothing more is said.
     std::optional<Extents> extents(const OnnxNode& node, int index) const;
 
+    /// The elements of an integer tensor that is the same at every width; none for others.
+    std::vector<std::int64_t> fixedIntegers(const OnnxNode& node, int index) const;
+
     template <class Values>
     int constant(Extents dims, const Values& values)
     {
@@ -84,14 +87,17 @@ public:
     }
     /// From here on the output of the node at `position` means this tensor.
     void bind(const OnnxNode& node, int position, int index);
+    /// Imports the nodes of `branch` in place of `node`, whose outputs are those of the branch.
+    void importBranch(const OnnxNode& node, const onnx::GraphProto& branch);
 
 private:
-    void importInitializers();
+    void importInitializers(const onnx::GraphProto& source);
     void importInput();
     void importNode(const OnnxNode& node);
     void importOutputs();
     bool readable(const OnnxNode& node, const ImportRule& rule) const;
     void defineRest(const OnnxNode& node, bool imported);
+    std::optional<TensorProfile> profile(const OnnxNode& node, int index) const;
     std::vector<int> add(const OnnxNode& node, format::OperationT operation, int count);
     void define(const std::string& name, int index);
     void problem(const std::string& sentence) { problems->push_back(sentence); }

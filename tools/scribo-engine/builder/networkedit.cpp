@@ -29,7 +29,10 @@ OperationT* Uses::producer(int tensor) const
     return tensor < 0 ? nullptr : producers[static_cast<std::size_t>(tensor)];
 }
 
-int Uses::readers(int tensor) const { return tensor < 0 ? 0 : readerCounts[static_cast<std::size_t>(tensor)]; }
+int Uses::readers(int tensor) const
+{
+    return tensor < 0 ? 0 : readerCounts[static_cast<std::size_t>(tensor)];
+}
 
 OperationT* Uses::soleProducer(int tensor, format::OperationKind kind) const
 {

@@ -95,6 +95,13 @@ int OnnxNode::axis(const char* attribute, int fallback) const
     return static_cast<int>(value);
 }
 
+const onnx::GraphProto* OnnxNode::graph(const char* attribute) const
+{
+    const auto type = AttributeProto::GRAPH;
+    const AttributeProto* found = find(attribute, &type);
+    return found ? &found->g() : nullptr;
+}
+
 const onnx::TensorProto* OnnxNode::tensor(const char* attribute) const
 {
     const auto type = AttributeProto::TENSOR;

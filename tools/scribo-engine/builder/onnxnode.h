@@ -42,6 +42,8 @@ public:
     /// has is a problem.
     int axis(const char* attribute, int fallback) const;
     /// Null where it is absent.
+    const onnx::GraphProto* graph(const char* attribute) const;
+    /// Null where it is absent.
     const onnx::TensorProto* tensor(const char* attribute) const;
     /// Says that an attribute is known and has no bearing on the result.
     void ignore(const char* attribute) const { asked.insert(attribute); }

@@ -85,6 +85,13 @@ std::vector<std::int64_t> readIntegers(const TensorProto& proto)
     }
 }
 
+std::string typeName(int dataType)
+{
+    return TensorProto::DataType_IsValid(dataType)
+        ? TensorProto::DataType_Name(static_cast<TensorProto::DataType>(dataType))
+        : std::to_string(dataType);
+}
+
 } // namespace
 
 bool elementType(int dataType, format::ElementType* type)
@@ -112,8 +119,7 @@ bool readTensor(const TensorProto& proto, TensorT* tensor, std::string* error)
     const std::string title = "constant '" + proto.name() + "' ";
     format::ElementType type;
     if (!elementType(proto.data_type(), &type)) {
-        *error = title + "has an element type that is not supported ("
-            + TensorProto::DataType_Name(static_cast<TensorProto::DataType>(proto.data_type())) + ")";
+        *error = title + "has an element type that is not supported (" + typeName(proto.data_type()) + ")";
         return false;
     }
     if (proto.data_location() == TensorProto::EXTERNAL) {

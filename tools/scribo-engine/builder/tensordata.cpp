@@ -51,11 +51,20 @@ std::int64_t elementCount(const Extents& extents)
     return empty ? 0 : count;
 }
 
-bool isConstant(const TensorT& tensor) { return !tensor.constant.empty(); }
+bool isConstant(const TensorT& tensor)
+{
+    return !tensor.constant.empty();
+}
 
-std::vector<float> floatValues(const TensorT& tensor) { return valuesOf<float>(tensor); }
+std::vector<float> floatValues(const TensorT& tensor)
+{
+    return valuesOf<float>(tensor);
+}
 
-std::vector<std::int64_t> integerValues(const TensorT& tensor) { return valuesOf<std::int64_t>(tensor); }
+std::vector<std::int64_t> integerValues(const TensorT& tensor)
+{
+    return valuesOf<std::int64_t>(tensor);
+}
 
 TensorT makeConstant(std::string name, Extents extents, const std::vector<float>& values)
 {

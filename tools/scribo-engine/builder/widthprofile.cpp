@@ -36,13 +36,18 @@ bool mergeAll(Profile* profile, const std::vector<cpu::Value>& values)
 
 } // namespace
 
-bool profileNetwork(
-    const format::NetworkT& network, const WidthRange& range, Profile* profile, std::string* error)
+bool profileNetwork(const format::NetworkT& network, const WidthRange& range, Profile* profile, std::string* error)
 {
     flatbuffers::FlatBufferBuilder buffer;
     buffer.Finish(format::Network::Pack(buffer, &network));
     const auto* packed = flatbuffers::GetRoot<format::Network>(buffer.GetBufferPointer());
     profile->clear();
+    if (network.operations.empty()) {
+        for (const auto& tensor : network.tensors) {
+            profile->push_back({tensor->dims, {}});
+        }
+        return true;
+    }
     for (int width = range.minimum; width <= range.maximum; ++width) {
         std::vector<cpu::Value> values;
         std::string reason;

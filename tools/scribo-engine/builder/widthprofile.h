@@ -27,7 +27,6 @@ using Profile = std::vector<TensorProfile>;
 
 /// Works out the network at every width of `range`, so that what holds here holds for the engine.
 /// False, with the width and the reason in `error`, when it cannot be run at one.
-bool profileNetwork(
-    const format::NetworkT& network, const WidthRange& range, Profile* profile, std::string* error);
+bool profileNetwork(const format::NetworkT& network, const WidthRange& range, Profile* profile, std::string* error);
 
 } // namespace scribo::builder

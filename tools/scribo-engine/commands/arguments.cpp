@@ -13,7 +13,7 @@ Arguments::Arguments(const char* name, const char* text, const char* file)
 std::optional<ExitCode> Arguments::read(const QStringList& arguments, Streams streams)
 {
     // The parser takes the first entry for the program's name.
-    const bool understood = parser.parse(QStringList {QString::fromLatin1(command)} + arguments);
+    const bool understood = parser.parse(QStringList{QString::fromLatin1(command)} + arguments);
     if (!understood) {
         return wrongUsage(parser.errorText(), streams);
     }

@@ -47,10 +47,16 @@ bool prove(const std::vector<std::uint8_t>& engine, const builder::WidthRange& w
 
 bool save(const QString& path, const std::vector<std::uint8_t>& engine, QString* error)
 {
+    // Replacing a device by a file is never what was meant.
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
+        *error = QStringLiteral("this is no file that could be replaced");
+        return false;
+    }
     QSaveFile file(path);
     const auto size = static_cast<qint64>(engine.size());
+    // Without the flush a small file meets a full disk inside commit(), which does not notice.
     if (!file.open(QIODevice::WriteOnly) || file.write(reinterpret_cast<const char*>(engine.data()), size) != size
-        || !file.commit()) {
+        || !file.flush() || !file.commit()) {
         *error = file.errorString();
         return false;
     }
@@ -91,11 +97,12 @@ ExitCode build(const QString& model, const QString& output, const builder::Width
     if (!save(output, engine, &error)) {
         return fail(streams, output, error);
     }
-    const QString summary = QStringLiteral("%1: %2, %3, widths %4 to %5, built in %6 s\n")
-                                .arg(output, bytesText(engine.size()), countText(network->operations.size(), "operation"))
-                                .arg(widths.minimum)
-                                .arg(widths.maximum)
-                                .arg(static_cast<double>(timer.elapsed()) / 1000, 0, 'f', 1);
+    const QString summary
+        = QStringLiteral("%1: %2, %3, widths %4 to %5, built in %6 s\n")
+              .arg(output, bytesText(engine.size()), countText(network->operations.size(), "operation"))
+              .arg(widths.minimum)
+              .arg(widths.maximum)
+              .arg(static_cast<double>(timer.elapsed()) / 1000, 0, 'f', 1);
     streams.out << summary.toStdString();
     return Success;
 }

@@ -37,8 +37,8 @@ ExitCode checkCommand(const QStringList& arguments, Streams streams)
         streams.out << "warning: " << warning.toStdString() << "\n";
     }
     if (!report.faults.isEmpty()) {
-        streams.out << name << ": "
-                    << countText(static_cast<std::size_t>(report.faults.size()), "fault").toStdString() << "\n";
+        streams.out << name << ": " << countText(static_cast<std::size_t>(report.faults.size()), "fault").toStdString()
+                    << "\n";
         return Failure;
     }
     streams.out << name << ": no faults (" << report.summary.toStdString() << ")\n";

@@ -81,7 +81,8 @@ bool EngineRunner::execute(int width, const std::vector<float>& picture, std::ve
             outputs->push_back({{extents.d, extents.d + extents.nbDims}, std::vector<float>(elements(extents))});
         }
     }
-    bool done = cudaMemcpyAsync(bindings[0], picture.data(), picture.size() * sizeof(float), cudaMemcpyHostToDevice, stream)
+    bool done
+        = cudaMemcpyAsync(bindings[0], picture.data(), picture.size() * sizeof(float), cudaMemcpyHostToDevice, stream)
             == cudaSuccess
         && context->enqueueV2(bindings.data(), stream, nullptr) && cudaStreamSynchronize(stream) == cudaSuccess;
     for (std::size_t i = 0; done && i < outputs->size(); ++i) {

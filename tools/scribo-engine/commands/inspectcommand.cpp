@@ -72,13 +72,13 @@ QString asText(const EngineReport& report, const LoadedEngine& engine, const QSt
     const QString widest = QStringLiteral("at width %1").arg(report.maximumWidth);
     QList<QStringList> rows = {{"", "binding", "name", "shape", narrowest, widest}};
     for (const BindingReport& binding : report.bindings) {
-        rows << QStringList {QString::number(rows.size() - 1), binding.isInput ? "input" : "output", binding.name,
+        rows << QStringList{QString::number(rows.size() - 1), binding.isInput ? "input" : "output", binding.name,
             shapeText(binding.declared), shapeText(binding.narrowest), shapeText(binding.widest)};
     }
     text += table(rows) + QLatin1Char('\n');
     rows = {{"", "operation", "node", narrowest, widest, "weights", "details"}};
     for (const OperationReport& operation : report.operations) {
-        rows << QStringList {QString::number(rows.size() - 1), operation.kind, operation.name,
+        rows << QStringList{QString::number(rows.size() - 1), operation.kind, operation.name,
             shapeText(operation.narrowest), shapeText(operation.widest), shapesText(operation.weights),
             operation.details};
     }

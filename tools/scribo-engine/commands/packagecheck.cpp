@@ -22,7 +22,10 @@ namespace {
 /// The names that the plug-in lists in its model folder.
 const QString listedNames = QStringLiteral("ocr_*_p*_*_*.*");
 
-QString quoted(const std::string& text) { return QLatin1Char('\'') + QString::fromStdString(text) + QLatin1Char('\''); }
+QString quoted(const std::string& text)
+{
+    return QLatin1Char('\'') + QString::fromStdString(text) + QLatin1Char('\'');
+}
 
 /// One check of a package: every step adds what it finds to the report.
 class PackageCheck
@@ -156,8 +159,7 @@ void PackageCheck::checkInput()
         }
     }
     if (input().declared[1] != 3) {
-        fault(QStringLiteral("the engine takes %1 channels; pictures are handed over with 3")
-                  .arg(input().declared[1]));
+        fault(QStringLiteral("the engine takes %1 channels; pictures are handed over with 3").arg(input().declared[1]));
     }
 }
 
@@ -218,11 +220,10 @@ void PackageCheck::checkAlphabet()
     QSet<QString> seen;
     for (const std::string& entry : detector().alphabet) {
         const QString character = QString::fromStdString(entry);
-        if (character.contains(QChar::ReplacementCharacter)) {
-            warn(QStringLiteral("the alphabet holds a character beyond U+FFFF, which counts as two and reads as none"));
-        }
         if (seen.contains(character)) {
-            warn(QStringLiteral("the alphabet holds '%1' more than once").arg(character));
+            // A character beyond U+FFFF is two entries, and half of one turns into a question mark.
+            const char* hint = character == QLatin1String("?") ? ", or characters beyond U+FFFF" : "";
+            warn(QStringLiteral("the alphabet holds '%1' more than once%2").arg(character, QLatin1String(hint)));
         }
         seen << character;
     }
@@ -244,6 +245,9 @@ void PackageCheck::checkRuns()
 
 } // namespace
 
-PackageReport checkPackage(const QString& enginePath) { return PackageCheck(enginePath).run(); }
+PackageReport checkPackage(const QString& enginePath)
+{
+    return PackageCheck(enginePath).run();
+}
 
 } // namespace scribo::tool

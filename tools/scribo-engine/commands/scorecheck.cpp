@@ -42,14 +42,15 @@ ScoreReport checkScores(const FileBytes& engine, int width)
         return report;
     }
     for (const RunOutput& output : outputs) {
-        const bool finite = std::all_of(
-            output.values.begin(), output.values.end(), [](float score) { return std::isfinite(score); });
+        const bool finite
+            = std::all_of(output.values.begin(), output.values.end(), [](float score) { return std::isfinite(score); });
         if (!finite) {
             report.faults << QStringLiteral("a trial run at width %1 gives scores that are not finite").arg(width);
         } else if (!output.extents.empty()
             && !softmaxRows(output.values, static_cast<std::size_t>(output.extents.back()))) {
-            report.warnings << QStringLiteral("at width %1 the scores are not those of a soft-max (0 to 1, adding up to "
-                                              "1 in each step); scores of 0.1 or less read as nothing")
+            report.warnings << QStringLiteral(
+                "at width %1 the scores are not those of a soft-max (0 to 1, adding up to "
+                "1 in each step); scores of 0.1 or less read as nothing")
                                    .arg(width);
         }
     }

@@ -31,8 +31,8 @@ void importConv(Importer& importer, const OnnxNode& node)
     }
     int weightIndex = importer.tensor(node, 1);
     if (window->overOneAxis) {
-        weightIndex = importer.constant(
-            {weights->dims[0], weights->dims[1], 1, weights->dims[2]}, floatValues(*weights));
+        weightIndex
+            = importer.constant({weights->dims[0], weights->dims[1], 1, weights->dims[2]}, floatValues(*weights));
     }
     std::vector<int> inputs = {liftInput(importer, node, *window, importer.tensor(node, 0)), weightIndex};
     if (importer.tensor(node, 2) >= 0) {
@@ -52,6 +52,9 @@ void importConv(Importer& importer, const OnnxNode& node)
 
 } // namespace
 
-void addConvolutions(ImportTable* table) { (*table)["Conv"] = {importConv, 2, 3}; }
+void addConvolutions(ImportTable* table)
+{
+    (*table)["Conv"] = {importConv, 2, 3};
+}
 
 } // namespace scribo::builder

@@ -68,7 +68,7 @@ void importFlatten(Importer& importer, const OnnxNode& node)
         return;
     }
     const std::vector<std::int64_t> shape
-        = head < 1 ? std::vector<std::int64_t> {-1, tail} : std::vector<std::int64_t> {head, -1};
+        = head < 1 ? std::vector<std::int64_t>{-1, tail} : std::vector<std::int64_t>{head, -1};
     importer.bind(node, 0, importer.emit(node, format::ReshapeT(), {data, importer.constant({2}, shape)}));
 }
 

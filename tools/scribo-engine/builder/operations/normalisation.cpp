@@ -38,8 +38,8 @@ void importBatchNormalization(Importer& importer, const OnnxNode& node)
     const Extents dims = {static_cast<std::int64_t>(scale.size())};
     const int scaleIndex = importer.constant(dims, scale);
     const int shiftIndex = importer.constant(dims, shift);
-    importer.bind(node, 0,
-        importer.emit(node, format::ChannelAffineT(), {importer.tensor(node, 0), scaleIndex, shiftIndex}));
+    importer.bind(
+        node, 0, importer.emit(node, format::ChannelAffineT(), {importer.tensor(node, 0), scaleIndex, shiftIndex}));
 }
 
 void importLayerNormalization(Importer& importer, const OnnxNode& node)

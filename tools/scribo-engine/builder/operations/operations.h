@@ -16,5 +16,6 @@ void addNormalisation(ImportTable* table);
 void addLayout(ImportTable* table);
 void addSlicing(ImportTable* table);
 void addShapeArithmetic(ImportTable* table);
+void addLogic(ImportTable* table);
 
 } // namespace scribo::builder

@@ -37,8 +37,8 @@ void importMaxPool(Importer& importer, const OnnxNode& node)
 void importAveragePool(Importer& importer, const OnnxNode& node)
 {
     const bool includePad = node.integer("count_include_pad", 0) != 0;
-    importPool(importer, node,
-        includePad ? format::PoolingKind::AverageIncludePad : format::PoolingKind::AverageExcludePad);
+    importPool(
+        importer, node, includePad ? format::PoolingKind::AverageIncludePad : format::PoolingKind::AverageExcludePad);
 }
 
 } // namespace

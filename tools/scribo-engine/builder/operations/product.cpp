@@ -30,7 +30,7 @@ int scaled(Importer& importer, const OnnxNode& node, int data, float factor)
     }
     format::BinaryT multiply;
     multiply.kind = format::BinaryKind::Multiply;
-    return importer.emit(node, multiply, {data, importer.constant({}, std::vector<float> {factor})});
+    return importer.emit(node, multiply, {data, importer.constant({}, std::vector<float>{factor})});
 }
 
 /// alpha * A * B + beta * C, with A and B transposed on demand.

@@ -7,7 +7,16 @@ namespace {
 using format::CellKind;
 
 /// Input positions of ONNX's LSTM and GRU.
-enum { Data = 0, Weights = 1, RecurrentWeights = 2, Bias = 3, Lengths = 4, InitialHidden = 5, InitialCell = 6, Peepholes = 7 };
+enum {
+    Data = 0,
+    Weights = 1,
+    RecurrentWeights = 2,
+    Bias = 3,
+    Lengths = 4,
+    InitialHidden = 5,
+    InitialCell = 6,
+    Peepholes = 7
+};
 
 std::optional<format::Direction> readDirection(const OnnxNode& node)
 {
@@ -28,8 +37,8 @@ std::optional<format::Direction> readDirection(const OnnxNode& node)
 /// Whether the node asks for exactly the functions that a cell has by default.
 bool defaultActivations(const OnnxNode& node, CellKind cell, int directions)
 {
-    const std::vector<std::string> one = cell == CellKind::Lstm ? std::vector<std::string> {"Sigmoid", "Tanh", "Tanh"}
-                                                                : std::vector<std::string> {"Sigmoid", "Tanh"};
+    const std::vector<std::string> one = cell == CellKind::Lstm ? std::vector<std::string>{"Sigmoid", "Tanh", "Tanh"}
+                                                                : std::vector<std::string>{"Sigmoid", "Tanh"};
     std::vector<std::string> expected;
     for (int i = 0; i < directions; ++i) {
         expected.insert(expected.end(), one.begin(), one.end());
@@ -77,14 +86,13 @@ bool weightsFit(const Importer& importer, const OnnxNode& node, int directions, 
         return false;
     }
     const std::int64_t rows = gates * hidden;
-    const bool weightsRight
-        = weights->dims.size() == 3 && weights->dims[0] == directions && weights->dims[1] == rows;
-    const bool recurrentRight = recurrent->dims == Extents {directions, rows, hidden};
+    const bool weightsRight = weights->dims.size() == 3 && weights->dims[0] == directions && weights->dims[1] == rows;
+    const bool recurrentRight = recurrent->dims == Extents{directions, rows, hidden};
     const int bias = importer.tensor(node, Bias);
     if (bias >= 0 && !importer.floats(node, Bias, "bias")) {
         return false;
     }
-    const bool biasRight = bias < 0 || importer.tensor(bias).dims == Extents {directions, 2 * rows};
+    const bool biasRight = bias < 0 || importer.tensor(bias).dims == Extents{directions, 2 * rows};
     if (!weightsRight || !recurrentRight || !biasRight) {
         node.refuse("its weights do not fit a hidden size of " + std::to_string(hidden));
         return false;
@@ -114,18 +122,29 @@ void importRecurrent(Importer& importer, const OnnxNode& node, CellKind cell)
     layer.hidden_size = static_cast<int>(hidden);
     layer.linear_before_reset = cell == CellKind::Gru && node.integer("linear_before_reset", 0) != 0;
     std::vector<int> inputs;
-    for (int position : {Data, Weights, RecurrentWeights, Bias, InitialHidden, InitialCell}) {
+    for (int position : {Data, Weights, RecurrentWeights, Bias, InitialHidden}) {
         inputs.push_back(importer.tensor(node, position));
     }
-    const std::vector<int> outputs = importer.emitAll(node, layer, inputs, 3);
-    for (int i = 0; i < 3; ++i) {
+    int results = 2;
+    if (cell == CellKind::Lstm) {
+        inputs.push_back(importer.tensor(node, InitialCell));
+        results = 3;
+    }
+    const std::vector<int> outputs = importer.emitAll(node, layer, inputs, results);
+    for (int i = 0; i < results; ++i) {
         importer.bind(node, i, outputs[static_cast<std::size_t>(i)]);
     }
 }
 
-void importLstm(Importer& importer, const OnnxNode& node) { importRecurrent(importer, node, CellKind::Lstm); }
+void importLstm(Importer& importer, const OnnxNode& node)
+{
+    importRecurrent(importer, node, CellKind::Lstm);
+}
 
-void importGru(Importer& importer, const OnnxNode& node) { importRecurrent(importer, node, CellKind::Gru); }
+void importGru(Importer& importer, const OnnxNode& node)
+{
+    importRecurrent(importer, node, CellKind::Gru);
+}
 
 } // namespace
 

@@ -21,9 +21,9 @@ void importConstant(Importer& importer, const OnnxNode& node)
             node.refuse(error);
         }
     } else if (node.has("value_float")) {
-        importer.bind(node, 0, importer.constant({}, std::vector<float> {node.real("value_float", 0)}));
+        importer.bind(node, 0, importer.constant({}, std::vector<float>{node.real("value_float", 0)}));
     } else if (node.has("value_int")) {
-        importer.bind(node, 0, importer.constant({}, std::vector<std::int64_t> {node.integer("value_int", 0)}));
+        importer.bind(node, 0, importer.constant({}, std::vector<std::int64_t>{node.integer("value_int", 0)}));
     } else if (const std::vector<float> reals = node.reals("value_floats"); !reals.empty()) {
         importer.bind(node, 0, importer.constant({static_cast<std::int64_t>(reals.size())}, reals));
     } else if (const std::vector<std::int64_t> integers = node.integers("value_ints", {}); !integers.empty()) {
@@ -45,7 +45,7 @@ void importShape(Importer& importer, const OnnxNode& node)
     }
     std::vector<int> inputs = {shape};
     for (std::int64_t argument : {start, end, std::int64_t(0), std::int64_t(1)}) {
-        inputs.push_back(importer.constant({1}, std::vector<std::int64_t> {argument}));
+        inputs.push_back(importer.constant({1}, std::vector<std::int64_t>{argument}));
     }
     importer.bind(node, 0, importer.emit(node, format::SliceT(), inputs));
 }
@@ -87,18 +87,40 @@ void importExpand(Importer& importer, const OnnxNode& node)
     }
 }
 
+/// 0 and 1 from integers: min(1, |x|).
+void castToTruth(Importer& importer, const OnnxNode& node, int data)
+{
+    const auto combine = [&](format::BinaryKind kind, int left, int right) {
+        format::BinaryT binary;
+        binary.kind = kind;
+        return importer.emit(node, binary, {left, right});
+    };
+    if (importer.tensor(data).type != ElementType::Int64) {
+        node.refuse("a cast from floats to truth values is not supported");
+        return;
+    }
+    const int zero = importer.constant({}, std::vector<std::int64_t>{0});
+    const int one = importer.constant({}, std::vector<std::int64_t>{1});
+    const int negative = combine(format::BinaryKind::Subtract, zero, data);
+    const int absolute = combine(format::BinaryKind::Maximum, data, negative);
+    importer.bind(node, 0, combine(format::BinaryKind::Minimum, absolute, one));
+}
+
 void importCast(Importer& importer, const OnnxNode& node)
 {
     // How a cast to an 8-bit float rounds; there are none here.
     node.ignore("saturate");
     const std::int64_t wanted = node.integer("to", 0);
     format::CastT cast;
-    if (wanted == onnx::TensorProto::BOOL || wanted < 0 || wanted > onnx::TensorProto::BFLOAT16
-        || !elementType(static_cast<int>(wanted), &cast.to)) {
+    if (wanted < 0 || wanted > onnx::TensorProto::BFLOAT16 || !elementType(static_cast<int>(wanted), &cast.to)) {
         node.refuse("a cast to element type " + std::to_string(wanted) + " is not supported");
         return;
     }
     const int data = importer.tensor(node, 0);
+    if (wanted == onnx::TensorProto::BOOL) {
+        castToTruth(importer, node, data);
+        return;
+    }
     importer.bind(node, 0, importer.tensor(data).type == cast.to ? data : importer.emit(node, cast, {data}));
 }
 

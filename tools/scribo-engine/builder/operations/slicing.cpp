@@ -125,6 +125,30 @@ void importSplit(Importer& importer, const OnnxNode& node)
     }
 }
 
+/// Repeats along every axis as often as the node says, one axis after the other.
+void importTile(Importer& importer, const OnnxNode& node)
+{
+    const std::optional<std::vector<std::int64_t>> repeats = importer.integers(node, 1, "repeats");
+    if (!repeats) {
+        return;
+    }
+    int result = importer.tensor(node, 0);
+    for (std::size_t axis = 0; axis < repeats->size(); ++axis) {
+        constexpr std::int64_t mostRepeats = 1024;
+        const std::int64_t times = (*repeats)[axis];
+        if (times < 1 || times > mostRepeats) {
+            node.refuse("repeating " + std::to_string(times) + " times is not supported");
+            return;
+        }
+        if (times > 1) {
+            format::ConcatT concat;
+            concat.axis = static_cast<int>(axis);
+            result = importer.emit(node, concat, std::vector<int>(static_cast<std::size_t>(times), result));
+        }
+    }
+    importer.bind(node, 0, result);
+}
+
 /// Spreads the pads of the axes in input 3 (opset 18) over all `rank` axes. False, with the node
 /// refused, when they do not fit.
 bool spreadPads(const Importer& importer, const OnnxNode& node, std::size_t rank, std::vector<std::int64_t>* pads)
@@ -195,6 +219,7 @@ void addSlicing(ImportTable* table)
     (*table)["Gather"] = {importGather, 2, 2};
     (*table)["Slice"] = {importSlice, 3, 5};
     (*table)["Split"] = {importSplit, 1, 2};
+    (*table)["Tile"] = {importTile, 2, 2};
     (*table)["Pad"] = {importPad, 2, 4};
 }
 

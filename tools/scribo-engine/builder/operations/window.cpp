@@ -9,8 +9,8 @@ namespace {
 /// Larger windows, steps and pads than any picture are damage, and would overflow.
 constexpr std::int64_t largestExtent = 1 << 14;
 
-bool fill(const OnnxNode& node, const char* attribute, std::size_t count, std::int64_t fallback,
-    std::int64_t smallest, std::vector<int>* list)
+bool fill(const OnnxNode& node, const char* attribute, std::size_t count, std::int64_t fallback, std::int64_t smallest,
+    std::vector<int>* list)
 {
     const std::vector<std::int64_t> values = node.integers(attribute, std::vector<std::int64_t>(count, fallback));
     const auto possible = [smallest](std::int64_t value) { return value >= smallest && value <= largestExtent; };
@@ -35,8 +35,8 @@ bool applyAutoPad(const OnnxNode& node, Window* window)
     if (mode == "VALID") {
         return true;
     }
-    const bool unitSteps = std::all_of(
-        window->strides.begin(), window->strides.end(), [](int stride) { return stride == 1; });
+    const bool unitSteps
+        = std::all_of(window->strides.begin(), window->strides.end(), [](int stride) { return stride == 1; });
     if ((mode != "SAME_UPPER" && mode != "SAME_LOWER") || !unitSteps) {
         node.refuse("auto_pad '" + mode + "' is not supported with these strides; export explicit pads");
         return false;

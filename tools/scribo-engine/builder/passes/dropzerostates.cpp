@@ -12,7 +12,7 @@ bool dropZeroStates(NetworkT& network)
             continue;
         }
         // The initial hidden and cell state, behind data, weights, recurrent weights and bias.
-        for (std::size_t position : {4u, 5u}) {
+        for (std::size_t position = 4; position < operation->inputs.size(); ++position) {
             const TensorT* state = constantAt(network, operation->inputs[position]);
             const std::vector<float> values = state ? floatValues(*state) : std::vector<float>();
             if (state && std::all_of(values.begin(), values.end(), [](float value) { return value == 0; })) {

@@ -29,7 +29,7 @@ std::optional<std::vector<float>> perChannel(const TensorT& constant, std::size_
     }
     Extents dims = constant.dims;
     dims.insert(dims.begin(), 4 - dims.size(), 1);
-    const bool alongChannels = dims == Extents {1, static_cast<std::int64_t>(channels), 1, 1};
+    const bool alongChannels = dims == Extents{1, static_cast<std::int64_t>(channels), 1, 1};
     return alongChannels ? std::optional(values) : std::nullopt;
 }
 

@@ -34,8 +34,8 @@ bool foldShapes(NetworkT& network, const Profile& profile)
         const int output = operation->outputs.front();
         if (operation->kind.type == format::OperationKind::Reshape && !constantAt(network, operation->inputs[1])) {
             if (const auto target = constantTarget(profile[static_cast<std::size_t>(output)].extents)) {
-                operation->inputs[1] = addTensor(
-                    network, makeConstant({}, {static_cast<std::int64_t>(target->size())}, *target));
+                operation->inputs[1]
+                    = addTensor(network, makeConstant({}, {static_cast<std::int64_t>(target->size())}, *target));
                 changed = true;
             }
         }

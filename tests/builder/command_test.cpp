@@ -1,0 +1,283 @@
+// The commands through their arguments and streams.
+
+#include "testpackage.h"
+#include "tool.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sstream>
+
+#include <sys/resource.h>
+
+namespace {
+
+using namespace scribo::tool;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+struct Outcome
+{
+    ExitCode code = Success;
+    std::string out;
+    std::string err;
+};
+
+Outcome call(const QStringList& arguments)
+{
+    std::ostringstream out, err;
+    const ExitCode code = run(arguments, {out, err});
+    return {code, out.str(), err.str()};
+}
+
+void expectWrongUsage(const QStringList& arguments, const std::string& reason)
+{
+    const Outcome outcome = call(arguments);
+    EXPECT_EQ(outcome.code, WrongUsage);
+    EXPECT_THAT(outcome.out, IsEmpty());
+    EXPECT_THAT(outcome.err, HasSubstr(reason));
+    EXPECT_THAT(outcome.err, HasSubstr("--help"));
+}
+
+class Commands : public testing::Test
+{
+protected:
+    Commands() { package.writeFile("small.onnx", QByteArray::fromStdString(smallRecogniser(5).bytes())); }
+
+    TestPackage package;
+    QString model = package.path("small.onnx");
+    QString output = package.path("new.trt");
+};
+
+TEST(Usage, HelpFitsAScreen)
+{
+    for (const QStringList& arguments :
+        {QStringList{"--help"}, {"-h"}, {"build", "--help"}, {"inspect", "--help"}, {"check", "-h"}}) {
+        const Outcome outcome = call(arguments);
+        EXPECT_EQ(outcome.code, Success);
+        EXPECT_THAT(outcome.err, IsEmpty());
+        EXPECT_THAT(
+            outcome.out, HasSubstr("scribo-engine " + (arguments.size() > 1 ? arguments[0].toStdString() : "")));
+        const QStringList lines = QString::fromStdString(outcome.out).split('\n');
+        EXPECT_LE(lines.size(), 24);
+        for (const QString& line : lines) {
+            EXPECT_LE(line.size(), 100) << line.toStdString();
+        }
+    }
+}
+
+TEST(Usage, Version)
+{
+    const Outcome outcome = call({"--version"});
+    EXPECT_EQ(outcome.code, Success);
+    EXPECT_THAT(outcome.out, MatchesRegex("scribo-engine [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+TEST(Usage, Wrong)
+{
+    expectWrongUsage({}, "a command is needed: build, inspect or check");
+    expectWrongUsage({"bild"}, "there is no command or option 'bild'");
+    expectWrongUsage({"--verbose"}, "there is no command or option '--verbose'");
+    expectWrongUsage({"build"}, "MODEL.onnx is missing");
+    expectWrongUsage({"inspect"}, "ENGINE.trt is missing");
+    expectWrongUsage({"check"}, "FOLDER/ENGINE.trt is missing");
+    expectWrongUsage({"build", "a.onnx"}, "-o ENGINE.trt is missing");
+    expectWrongUsage({"build", "a.onnx", "-o"}, "Missing value after '-o'");
+    expectWrongUsage({"build", "a.onnx", "-o", "b", "--fast"}, "Unknown option 'fast'");
+    expectWrongUsage({"inspect", "a", "--yaml", "--xml"}, "Unknown options: yaml, xml");
+    expectWrongUsage({"check", "a", "b", "c"}, "one FOLDER/ENGINE.trt at a time, but 'b', 'c' follows");
+}
+
+TEST(Usage, WrongWidths)
+{
+    expectWrongUsage({"build", "a", "-o", "b", "--min-width", "wide"}, "--min-width needs a whole number, not 'wide'");
+    expectWrongUsage({"build", "a", "-o", "b", "--max-width", "1.5"}, "--max-width needs a whole number, not '1.5'");
+    for (const QStringList& widths : {QStringList{"0", "320"}, {"-3", "320"}, {"64", "63"}, {"32", "4097"}}) {
+        expectWrongUsage({"build", "a", "-o", "b", "--min-width", widths[0], "--max-width", widths[1]},
+            "widths go from 1 to 4096, the smallest first");
+    }
+}
+
+TEST_F(Commands, BuildWritesAnEngine)
+{
+    const Outcome outcome = call({"build", model, "-o", output, "--min-width", "16", "--max-width", "100"});
+    EXPECT_EQ(outcome.code, Success) << outcome.err;
+    EXPECT_THAT(outcome.out,
+        MatchesRegex(output.toStdString() + ": .* kB, 5 operations, widths 16 to 100, built in [0-9]+\\.[0-9] s\n"));
+    EXPECT_EQ(call({"inspect", output}).code, Success);
+}
+
+TEST_F(Commands, BuildReplacesAnEngineWhole)
+{
+    package.writeFile("new.trt", QByteArray(1 << 20, 'x'));
+    EXPECT_EQ(call({"build", model, "-o", output}).code, Success);
+    EXPECT_EQ(call({"inspect", output}).code, Success);
+}
+
+TEST_F(Commands, BuildNamesEverythingThatIsNotSupported)
+{
+    ModelMaker maker;
+    maker.node("NonMaxSuppression", {"x"}, {"a"}, "/det/nms");
+    maker.node("Resize", {"x"}, {"y"}, "/up");
+    package.writeFile("bad.onnx", QByteArray::fromStdString(maker.bytes()));
+    const std::string bad = package.path("bad.onnx").toStdString();
+    const Outcome outcome = call({"build", package.path("bad.onnx"), "-o", output});
+    EXPECT_EQ(outcome.code, Failure);
+    EXPECT_EQ(outcome.err,
+        bad + ": operation 'NonMaxSuppression' of node '/det/nms' is not supported\n" + bad
+            + ": operation 'Resize' of node '/up' is not supported\n");
+    EXPECT_FALSE(QFile::exists(output));
+}
+
+TEST_F(Commands, AFailedBuildLeavesTheOldEngine)
+{
+    package.writeFile("new.trt", "old");
+    package.writeFile("bad.onnx", "bad");
+    EXPECT_EQ(call({"build", package.path("bad.onnx"), "-o", output}).code, Failure);
+    QFile file(output);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "old");
+}
+
+TEST_F(Commands, BuildWithoutAModel)
+{
+    const QString nowhere = package.path("nowhere.onnx");
+    EXPECT_EQ(call({"build", nowhere, "-o", output}).err, nowhere.toStdString() + ": No such file or directory\n");
+    EXPECT_EQ(call({"build", package.path("."), "-o", output}).err,
+        package.path(".").toStdString() + ": this is a folder, not a file\n");
+}
+
+TEST_F(Commands, BuildToWhereNothingCanBeWritten)
+{
+    for (const QString& place : {package.path("no/such/folder.trt"), model + "/below.trt", package.path(".")}) {
+        const Outcome outcome = call({"build", model, "-o", place});
+        EXPECT_EQ(outcome.code, Failure);
+        EXPECT_THAT(outcome.err, StartsWith(place.toStdString() + ": "));
+    }
+    EXPECT_EQ(QDir(QFileInfo(output).path()).entryList({"*.trt*"}, QDir::Files), QStringList{"ocr_small_p1_1_v1.trt"});
+}
+
+TEST_F(Commands, BuildReplacesNoDevice)
+{
+    const Outcome outcome = call({"build", model, "-o", "/dev/null"});
+    EXPECT_EQ(outcome.code, Failure);
+    EXPECT_EQ(outcome.err, "/dev/null: this is no file that could be replaced\n");
+}
+
+/// While it lives, files cannot grow beyond `bytes`: writing fails as on a full disk.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit limit = {bytes, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        signalBefore = std::signal(SIGXFSZ, SIG_IGN);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, signalBefore);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit before{};
+    void (*signalBefore)(int) = nullptr;
+};
+
+TEST_F(Commands, BuildLeavesTheOldEngineWhenTheDiskIsFull)
+{
+    package.writeFile("new.trt", "old");
+    Outcome outcome;
+    {
+        const FileSizeLimit limit(100);
+        outcome = call({"build", model, "-o", output});
+    }
+    EXPECT_EQ(outcome.code, Failure);
+    EXPECT_THAT(outcome.err, StartsWith(output.toStdString() + ": "));
+    QFile file(output);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "old");
+    EXPECT_EQ(QDir(QFileInfo(output).path()).entryList({"new.trt*"}, QDir::Files), QStringList{"new.trt"});
+}
+
+TEST_F(Commands, InspectShowsTheEngine)
+{
+    const Outcome outcome = call({"inspect", package.engine()});
+    EXPECT_EQ(outcome.code, Success);
+    for (const char* part : {"widths 32 to 320", "15 weights", "120 multiply-adds at width 32, 1,200 at width 320",
+             "from small.onnx", "format 1", "input    input   1x3x32xW  1x3x32x32    1x3x32x320",
+             "output   output  Wx1x5     8x1x5        80x1x5", "Pooling",
+             "AverageExcludePad, kernel 32 4, strides 32 4", "Convolution  scores", "5x3x1x1", "Softmax"}) {
+        EXPECT_THAT(outcome.out, HasSubstr(part));
+    }
+}
+
+TEST_F(Commands, InspectForPrograms)
+{
+    const Outcome outcome = call({"inspect", "--json", package.engine()});
+    EXPECT_EQ(outcome.code, Success);
+    const QJsonObject engine = QJsonDocument::fromJson(QByteArray::fromStdString(outcome.out)).object();
+    EXPECT_EQ(engine["file"].toString(), package.engine());
+    EXPECT_EQ(engine["bytes"].toInt(), QFileInfo(package.engine()).size());
+    EXPECT_EQ(engine["formatVersion"].toInt(), 1);
+    EXPECT_EQ(engine["source"].toString(), "small.onnx");
+    EXPECT_EQ(engine["minimumWidth"].toInt(), 32);
+    EXPECT_EQ(engine["maximumWidth"].toInt(), 320);
+    EXPECT_EQ(engine["weights"].toInt(), 15);
+    EXPECT_EQ(engine["multiplyAddsAtMaximumWidth"].toInt(), 1200);
+    const QJsonArray bindings = engine["bindings"].toArray();
+    ASSERT_EQ(bindings.size(), 2);
+    EXPECT_EQ(bindings[0].toObject()["shape"].toArray(), (QJsonArray{1, 3, 32, -1}));
+    EXPECT_EQ(bindings[1].toObject()["name"].toString(), "output");
+    const QJsonArray operations = engine["operations"].toArray();
+    ASSERT_EQ(operations.size(), 5);
+    EXPECT_EQ(operations[1].toObject()["kind"].toString(), "Convolution");
+    EXPECT_EQ(operations[1].toObject()["weights"].toArray(), (QJsonArray{QJsonArray{5, 3, 1, 1}}));
+    EXPECT_EQ(operations[4].toObject()["shapeAtMaximumWidth"].toArray(), (QJsonArray{80, 1, 5}));
+}
+
+TEST_F(Commands, InspectWhatIsNoEngine)
+{
+    const Outcome outcome = call({"inspect", model});
+    EXPECT_EQ(outcome.code, Failure);
+    EXPECT_THAT(outcome.out, IsEmpty());
+    EXPECT_THAT(outcome.err, StartsWith(model.toStdString() + ": "));
+    EXPECT_EQ(call({"inspect", package.path("nothing")}).code, Failure);
+}
+
+TEST_F(Commands, CheckTellsThatAllIsWell)
+{
+    const Outcome outcome = call({"check", package.engine()});
+    EXPECT_EQ(outcome.code, Success);
+    EXPECT_EQ(outcome.out,
+        "ocr_small_p1_1_v1.trt: no faults (4 characters, widths 32 to 320, 80 time steps at the widest)\n");
+}
+
+TEST_F(Commands, CheckTellsFaultsAndWarnings)
+{
+    package.set("alphabet", "AA");
+    package.setDimension("height", 48);
+    const Outcome outcome = call({"check", package.engine()});
+    EXPECT_EQ(outcome.code, Failure);
+    EXPECT_EQ(outcome.out,
+        "fault: \"height\" is 48 in the configuration and 32 in the engine\n"
+        "fault: the alphabet has 2 characters; output 'output' has 5 classes, the blank and 4 characters\n"
+        "warning: the alphabet holds 'A' more than once\n"
+        "ocr_small_p1_1_v1.trt: 2 faults\n");
+}
+
+} // namespace

@@ -1,0 +1,493 @@
+// Models that are refused, each with the reason; and the forms that PyTorch's exporter does not write.
+
+#include "build.h"
+#include "modelmaker.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using scribo::builder::buildNetwork;
+using scribo::builder::Problems;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Integers = std::vector<std::int64_t>;
+
+Problems problemsOf(const std::string& bytes, scribo::builder::WidthRange widths = {32, 64})
+{
+    Problems problems;
+    const auto network = buildNetwork(bytes.data(), bytes.size(), {widths, "test.onnx"}, &problems);
+    EXPECT_EQ(network == nullptr, !problems.empty());
+    return problems;
+}
+
+Problems problemsOf(const ModelMaker& maker)
+{
+    return problemsOf(maker.bytes());
+}
+
+/// The problems of a model of one node with attributes, reading 'x' and what else is given.
+template <class Prepare>
+Problems problemsOfNode(const std::string& operation, std::vector<std::string> inputs, Prepare prepare, int opset = 13)
+{
+    ModelMaker maker(opset);
+    maker.constant("filters", {4, 3, 3, 3}, std::vector<float>(108, 0.1f));
+    maker.constant("number", {}, {2});
+    maker.constant("vector", {3}, {1, 2, 3});
+    maker.constant("weights", {1, 8, 3}, std::vector<float>(24, 0.1f));
+    maker.constant("recurrent", {1, 8, 2}, std::vector<float>(16, 0.1f));
+    maker.integers("integers", {1, 2});
+    inputs.insert(inputs.begin(), "x");
+    prepare(maker.node(operation, inputs, {"y"}, "node"));
+    return problemsOf(maker);
+}
+
+Problems problemsOfNode(const std::string& operation, const std::vector<std::string>& inputs)
+{
+    return problemsOfNode(operation, inputs, [](onnx::NodeProto&) {});
+}
+
+TEST(ImportFile, NotAModel)
+{
+    EXPECT_THAT(problemsOf(""), ElementsAre("the file is empty"));
+    EXPECT_THAT(problemsOf("no model"), ElementsAre("this is not an ONNX model, or it is damaged"));
+    EXPECT_THAT(problemsOf(onnx::ModelProto().SerializeAsString()), ElementsAre("the file is empty"));
+    onnx::ModelProto model;
+    model.set_ir_version(7);
+    EXPECT_THAT(
+        problemsOf(model.SerializeAsString()), ElementsAre("this is not an ONNX model: it holds no operations"));
+}
+
+TEST(ImportFile, Opsets)
+{
+    for (int opset : {11, 13, 21}) {
+        ModelMaker maker(opset);
+        maker.node("Relu", {"x"}, {"y"});
+        EXPECT_THAT(problemsOf(maker), IsEmpty()) << opset;
+    }
+    for (int opset : {0, 10, 22}) {
+        ModelMaker maker(opset);
+        maker.node("Relu", {"x"}, {"y"});
+        EXPECT_THAT(problemsOf(maker),
+            ElementsAre("the model is written for opset " + std::to_string(opset) + "; opsets 11 to 21 are supported"));
+    }
+    ModelMaker maker;
+    maker.node("Relu", {"x"}, {"y"});
+    maker.model.mutable_opset_import(0)->set_domain("com.example");
+    EXPECT_THAT(problemsOf(maker), ElementsAre("the model does not say which opset it is written for"));
+    maker.model.mutable_opset_import(0)->set_domain("ai.onnx");
+    EXPECT_THAT(problemsOf(maker), IsEmpty());
+}
+
+TEST(ImportFile, Widths)
+{
+    ModelMaker maker;
+    maker.node("Relu", {"x"}, {"y"});
+    for (const scribo::builder::WidthRange widths : {scribo::builder::WidthRange{0, 5}, {6, 5}, {1, 4097}}) {
+        EXPECT_THAT(problemsOf(maker.bytes(), widths), ElementsAre(HasSubstr("make no sense")));
+    }
+    EXPECT_THAT(problemsOf(maker.bytes(), {5, 5}), IsEmpty());
+}
+
+TEST(ImportInput, MustBeOnePictureOfFloats)
+{
+    ModelMaker maker;
+    maker.node("Relu", {"x"}, {"y"});
+    *maker.graph().add_input() = maker.graph().input(0);
+    maker.graph().mutable_input(1)->set_name("z");
+    EXPECT_THAT(problemsOf(maker), ElementsAre("the model has 2 inputs; exactly one, the picture, is supported"));
+    maker.graph().clear_input();
+    EXPECT_THAT(problemsOf(maker),
+        ElementsAre("the model has 0 inputs; exactly one, the picture, is supported",
+            "operation 'Relu' of node 'y': it reads 'x', which nothing before it gives"));
+}
+
+TEST(ImportInput, TypeAndShape)
+{
+    ModelMaker maker;
+    maker.node("Relu", {"x"}, {"y"});
+    maker.graph().mutable_input(0)->mutable_type()->mutable_tensor_type()->set_elem_type(onnx::TensorProto::UINT8);
+    EXPECT_THAT(problemsOf(maker), ElementsAre("input 'x' is not a tensor of 32-bit floats"));
+    maker.inputShape({1, 3, -1});
+    EXPECT_THAT(
+        problemsOf(maker), ElementsAre("input 'x' has 3 dimensions; batch, channels, height and width are needed"));
+    maker.inputShape({2, -1, 8, 100});
+    EXPECT_THAT(problemsOf(maker),
+        ElementsAre("input 'x' has a batch of 2; 1 is supported",
+            "input 'x' must have a fixed number of channels and a fixed height",
+            "input 'x' has a fixed width of 100; export the model with a dynamic width (dynamic_axes)"));
+    maker.inputShape({1, 3, -1, -1});
+    EXPECT_THAT(problemsOf(maker), ElementsAre("input 'x' must have a fixed number of channels and a fixed height"));
+    maker.inputShape({-1, 3, 8, -1});
+    EXPECT_THAT(problemsOf(maker), IsEmpty()) << "an open batch is run with 1";
+}
+
+TEST(ImportInput, ConstantsAmongTheInputsAreNoInputs)
+{
+    ModelMaker maker;
+    maker.constant("c", {1}, {2});
+    maker.graph().add_input()->set_name("c");
+    maker.node("Mul", {"x", "c"}, {"y"});
+    EXPECT_THAT(problemsOf(maker), IsEmpty());
+}
+
+TEST(ImportOutput, MustBeComputedFloats)
+{
+    ModelMaker maker;
+    maker.constant("c", {1}, {2});
+    maker.node("Relu", {"x"}, {"r"});
+    maker.node("Shape", {"x"}, {"s"});
+    maker.node("Identity", {"r"}, {"y"});
+    for (const char* name : {"x", "c", "s", "r", "nothing"}) {
+        maker.graph().add_output()->set_name(name);
+    }
+    EXPECT_THAT(problemsOf(maker),
+        ElementsAre("output 'x' is not computed from the picture", "output 'c' is not computed from the picture",
+            "output 's' is not a tensor of floats", "output 'r' is the same as output 'y'",
+            "output 'nothing' is given by no operation"));
+    maker.graph().clear_output();
+    EXPECT_THAT(problemsOf(maker), ElementsAre("the model has no outputs"));
+}
+
+TEST(ImportOutput, ThatFoldsToAConstant)
+{
+    ModelMaker maker;
+    maker.integers("channels", {1});
+    maker.node("Shape", {"x"}, {"s"});
+    maker.node("Gather", {"s", "channels"}, {"g"});
+    setAttribute(maker.node("Cast", {"g"}, {"y"}), "to", std::int64_t(onnx::TensorProto::FLOAT));
+    EXPECT_THAT(problemsOf(maker), ElementsAre("output 'y' is not computed from the picture"));
+}
+
+TEST(ImportNodes, EveryUnsupportedOperationIsNamed)
+{
+    ModelMaker maker;
+    maker.node("NonMaxSuppression", {"x"}, {"a"}, "/det/nms");
+    maker.node("Relu", {"a"}, {"b"});
+    maker.node("FusedConv", {"b"}, {"c"}).set_domain("com.microsoft");
+    maker.node("Resize", {"x"}, {"y"}, "/up");
+    EXPECT_THAT(problemsOf(maker),
+        ElementsAre("operation 'NonMaxSuppression' of node '/det/nms' is not supported",
+            "operation 'com.microsoft.FusedConv' of node 'c' is not supported",
+            "operation 'Resize' of node '/up' is not supported"));
+}
+
+TEST(ImportNodes, GraphFaults)
+{
+    ModelMaker maker;
+    maker.node("Relu", {"later"}, {"a"}, "first");
+    maker.node("Relu", {"x"}, {"later"});
+    maker.node("Relu", {"x"}, {"later"});
+    maker.node("Add", {"x", ""}, {"b"}, "half");
+    maker.node("Relu", {"x", "x"}, {"y"}, "double");
+    EXPECT_THAT(problemsOf(maker),
+        ElementsAre("operation 'Relu' of node 'first': it reads 'later', which nothing before it gives",
+            "two values of the model are called 'later'", "operation 'Add' of node 'half': input 1 is missing",
+            "operation 'Relu' of node 'double': it has 2 inputs; at most 1 are supported"));
+}
+
+TEST(ImportNodes, OutputsThatSomeoneReadsMustBeSupported)
+{
+    ModelMaker maker;
+    onnx::NodeProto& pool = maker.node("MaxPool", {"x"}, {"y", "indices"}, "pool");
+    setAttribute(pool, "kernel_shape", Integers{2, 2});
+    EXPECT_THAT(problemsOf(maker), IsEmpty()) << "nobody reads the indices";
+    maker.node("Relu", {"indices"}, {"z"});
+    EXPECT_THAT(
+        problemsOf(maker), ElementsAre("operation 'MaxPool' of node 'pool': its output 'indices' is not supported"));
+}
+
+TEST(ImportNodes, AttributesThatNobodyKnows)
+{
+    const auto problems = problemsOfNode("Relu", {}, [](onnx::NodeProto& node) {
+        setAttribute(node, "colour", std::int64_t(1));
+        setAttribute(node, "shade", 0.5f);
+    });
+    EXPECT_THAT(problems,
+        ElementsAre("operation 'Relu' of node 'node': attribute 'colour' is not supported",
+            "operation 'Relu' of node 'node': attribute 'shade' is not supported"));
+    EXPECT_THAT(problemsOfNode("LeakyRelu", {}, [](auto& node) { setAttribute(node, "alpha", "0.1"); }),
+        ElementsAre("operation 'LeakyRelu' of node 'node': attribute 'alpha' is not of the type that it should be"));
+}
+
+TEST(ImportConstants, ThatCannotBeRead)
+{
+    ModelMaker maker;
+    maker.node("Relu", {"x"}, {"y"});
+    maker.constant("short", {4}, {1, 2, 3});
+    maker.constant("empty", {0}, {});
+    maker.constant("negative", {-2}, {1});
+    maker.constant("huge", {1 << 20, 1 << 20}, {1});
+    maker.constant("outside", {1}, {1});
+    maker.graph().mutable_initializer(4)->set_data_location(onnx::TensorProto::EXTERNAL);
+    maker.constant("text", {1}, {1});
+    maker.graph().mutable_initializer(5)->set_data_type(onnx::TensorProto::STRING);
+    maker.constant("unknown", {1}, {1});
+    maker.graph().mutable_initializer(6)->set_data_type(99);
+    maker.constant("odd", {1}, {});
+    maker.graph().mutable_initializer(7)->set_raw_data("12345");
+    EXPECT_THAT(problemsOf(maker),
+        ElementsAre("constant 'short' does not hold as many values as its dimensions say", "constant 'empty' is empty",
+            "constant 'negative' has impossible dimensions", "constant 'huge' has impossible dimensions",
+            "constant 'outside' keeps its data in another file; export the model as a single file",
+            "constant 'text' has an element type that is not supported (STRING)",
+            "constant 'unknown' has an element type that is not supported (99)",
+            "constant 'odd' does not hold as many values as its dimensions say"));
+    maker.graph().clear_initializer();
+    maker.graph().add_sparse_initializer();
+    EXPECT_THAT(problemsOf(maker), ElementsAre("the model holds sparse constants, which are not supported"));
+}
+
+/// One node, what is set on it, and what is said about it.
+struct Refusal
+{
+    const char* what;
+    const char* operation;
+    std::vector<std::string> inputs;
+    void (*prepare)(onnx::NodeProto& node);
+    const char* reason;
+    int opset = 13;
+};
+
+void nothing(onnx::NodeProto&)
+{
+}
+
+template <std::int64_t size>
+void hidden(onnx::NodeProto& node)
+{
+    setAttribute(node, "hidden_size", size);
+}
+
+const Refusal refusals[] = {
+    {"ConvComputedWeights", "Conv", {"x"}, nothing, "its weights must be constant floats"},
+    {"ConvFlatWeights", "Conv", {"vector"}, nothing, "its weights have 1 dimensions"},
+    {"ConvComputedBias", "Conv", {"filters", "x"}, nothing, "its bias must be constant floats"},
+    {"ConvGroups", "Conv", {"filters"}, [](auto& node) { setAttribute(node, "group", std::int64_t(3)); },
+        "attribute 'group' does not divide its 4 filters"},
+    {"ConvKernel", "Conv", {"filters"},
+        [](auto& node) {
+            setAttribute(node, "kernel_shape", Integers{5, 5});
+        },
+        "attribute 'kernel_shape' contradicts its weights"},
+    {"ConvStrides", "Conv", {"filters"},
+        [](auto& node) {
+            setAttribute(node, "strides", Integers{0, 1});
+        },
+        "attribute 'strides' makes no sense"},
+    {"ConvPads", "Conv", {"filters"},
+        [](auto& node) {
+            setAttribute(node, "pads", Integers{1, 1});
+        },
+        "attribute 'pads' makes no sense"},
+    {"ConvNegativePads", "Conv", {"filters"},
+        [](auto& node) {
+            setAttribute(node, "pads", Integers{-1, 0, 0, 0});
+        },
+        "attribute 'pads' makes no sense"},
+    {"ConvSameStrided", "Conv", {"filters"},
+        [](auto& node) {
+            setAttribute(node, "strides", Integers{2, 2});
+            setAttribute(node, "auto_pad", "SAME_UPPER");
+        },
+        "auto_pad 'SAME_UPPER' is not supported with these strides; export explicit pads"},
+    {"ConvUnknownPadding", "Conv", {"filters"}, [](auto& node) { setAttribute(node, "auto_pad", "MOST"); },
+        "auto_pad 'MOST' is not supported with these strides; export explicit pads"},
+    {"PoolWithoutKernel", "MaxPool", {}, nothing, "a window over 0 axes is not supported"},
+    {"PoolKernel", "MaxPool", {},
+        [](auto& node) {
+            setAttribute(node, "kernel_shape", Integers{0, 2});
+        },
+        "its kernel makes no sense"},
+    {"PoolDilations", "MaxPool", {},
+        [](auto& node) {
+            setAttribute(node, "kernel_shape", Integers{2, 2});
+            setAttribute(node, "dilations", Integers{2, 2});
+        },
+        "dilations are not supported"},
+    {"ReduceAxis", "ReduceMean", {}, [](auto& node) { setAttribute(node, "axes", Integers{4}); },
+        "axis 4 does not exist"},
+    {"LstmDirection", "LSTM", {"weights", "recurrent"}, [](auto& node) { setAttribute(node, "direction", "sideways"); },
+        "direction 'sideways' is not known"},
+    {"LstmHidden", "LSTM", {"weights", "recurrent"}, nothing, "attribute 'hidden_size' is missing or makes no sense"},
+    {"LstmWeights", "LSTM", {"weights", "recurrent"}, hidden<5>, "its weights do not fit a hidden size of 5"},
+    {"LstmComputedWeights", "LSTM", {"x", "recurrent"}, hidden<2>, "its weights must be constant floats"},
+    {"LstmActivations", "LSTM", {"weights", "recurrent"},
+        [](auto& node) {
+            hidden<2>(node);
+            onnx::AttributeProto& attribute = *node.add_attribute();
+            attribute.set_name("activations");
+            attribute.set_type(onnx::AttributeProto::STRINGS);
+            attribute.add_strings("Relu");
+        },
+        "other activations than the default ones are not supported"},
+    {"LstmLayout", "LSTM", {"weights", "recurrent"},
+        [](auto& node) {
+            hidden<2>(node);
+            setAttribute(node, "layout", std::int64_t(1));
+        },
+        "layout 1 is not supported"},
+    {"LstmClip", "LSTM", {"weights", "recurrent"},
+        [](auto& node) {
+            hidden<2>(node);
+            setAttribute(node, "clip", 1.0f);
+        },
+        "attribute 'clip' is not supported"},
+    {"LstmInputForget", "LSTM", {"weights", "recurrent"},
+        [](auto& node) {
+            hidden<2>(node);
+            setAttribute(node, "input_forget", std::int64_t(1));
+        },
+        "attribute 'input_forget' is not supported"},
+    {"LstmLengths", "LSTM", {"weights", "recurrent", "", "integers"}, hidden<2>, "sequence lengths are not supported"},
+    {"LstmPeepholes", "LSTM", {"weights", "recurrent", "", "", "", "", "vector"}, hidden<2>,
+        "peepholes are not supported"},
+    {"GemmIntegers", "Gemm", {"integers"}, nothing, "it is supported on floats only"},
+    {"PReluChannels", "PRelu", {"vector"}, nothing, "a slope for each channel is not supported"},
+    {"PReluComputed", "PRelu", {"x"}, nothing, "its slope must be constant floats"},
+    {"GeluTanh", "Gelu", {}, [](auto& node) { setAttribute(node, "approximate", "tanh"); },
+        "approximation 'tanh' is not supported", 20},
+    {"ClipComputed", "Clip", {"x"}, nothing, "its limits must be constant floats"},
+    {"AddTypes", "Add", {"integers"}, nothing, "its inputs are of different types"},
+    {"BatchNormTraining", "BatchNormalization", {"vector", "vector", "vector", "vector"},
+        [](auto& node) { setAttribute(node, "training_mode", std::int64_t(1)); },
+        "it was exported in training mode; call eval() before the export", 14},
+    {"BatchNormComputed", "BatchNormalization", {"x", "vector", "vector", "vector"}, nothing,
+        "its scale must be constant floats"},
+    {"BatchNormLengths", "BatchNormalization", {"vector", "number", "vector", "vector"}, nothing,
+        "its constants are of different lengths"},
+    {"SoftmaxAxis", "Softmax", {}, [](auto& node) { setAttribute(node, "axis", std::int64_t(99)); },
+        "attribute 'axis' makes no sense"},
+    {"SoftmaxFlatAxis", "Softmax", {}, [](auto& node) { setAttribute(node, "axis", std::int64_t(5)); },
+        "axis 5 does not exist", 11},
+    {"TransposePermutation", "Transpose", {},
+        [](auto& node) {
+            setAttribute(node, "perm", Integers{0, 1, 2, 7});
+        },
+        "attribute 'perm' makes no sense"},
+    {"ReshapeZero", "Reshape", {"integers"}, [](auto& node) { setAttribute(node, "allowzero", std::int64_t(1)); },
+        "attribute 'allowzero' is not supported", 14},
+    {"ReshapeFloats", "Reshape", {"vector"}, nothing, "its shape must be integers"},
+    {"FlattenAxis", "Flatten", {}, [](auto& node) { setAttribute(node, "axis", std::int64_t(5)); },
+        "attribute 'axis' makes no sense"},
+    {"SqueezeComputed", "Squeeze", {"x"}, nothing, "its axes must be constant integers"},
+    {"UnsqueezeNothing", "Unsqueeze", {}, nothing, "it names no axes"},
+    {"UnsqueezeAxis", "Unsqueeze", {}, [](auto& node) { setAttribute(node, "axes", Integers{77}); },
+        "axis 77 does not exist", 11},
+    {"ConcatAxis", "Concat", {"x"}, nothing, "attribute 'axis' is missing"},
+    {"ConcatGap", "Concat", {""}, [](auto& node) { setAttribute(node, "axis", std::int64_t(0)); },
+        "an input is missing"},
+    {"GatherFloats", "Gather", {"vector"}, nothing, "its indices must be integers"},
+    {"SliceFloats", "Slice", {"vector", "vector"}, nothing, "its limits must be integers"},
+    {"SliceScalar", "Slice", {"number", "number"}, nothing, "its starts make no sense"},
+    {"SplitUneven", "Split", {}, [](auto& node) { setAttribute(node, "axis", std::int64_t(3)); },
+        "it cannot be split into 1 equal parts"},
+    {"SplitOutputs", "Split", {"integers"}, nothing, "it has 1 outputs for 2 parts"},
+    {"TileZero", "Tile", {"x"}, nothing, "its repeats must be constant integers"},
+    {"PadReflect", "Pad", {"integers"}, [](auto& node) { setAttribute(node, "mode", "reflect"); },
+        "mode 'reflect' is not supported"},
+    {"PadLength", "Pad", {"integers"}, nothing, "its pads do not fit its input"},
+    {"FillFloats", "ConstantOfShape", {}, nothing, "its shape must be integers"},
+    {"ExpandFloats", "Expand", {"vector"}, nothing, "its shape must be integers"},
+    {"CastToText", "Cast", {}, [](auto& node) { setAttribute(node, "to", std::int64_t(8)); },
+        "a cast to element type 8 is not supported"},
+    {"CastToNonsense", "Cast", {}, [](auto& node) { setAttribute(node, "to", std::int64_t(-5)); },
+        "a cast to element type -5 is not supported"},
+    {"CastToTruth", "Cast", {}, [](auto& node) { setAttribute(node, "to", std::int64_t(9)); },
+        "a cast from floats to truth values is not supported"},
+    {"EqualFloats", "Equal", {"x"}, nothing, "it is supported on integers only"},
+    {"IfWithoutBranches", "If", {}, nothing, "a branch that is not always the same is not supported"},
+    {"DropoutTraining", "Dropout", {"", "integers"}, nothing,
+        "it was exported in training mode; call eval() before the export"},
+};
+
+class Refused : public testing::TestWithParam<Refusal>
+{
+};
+
+TEST_P(Refused, WithItsNodeAndReason)
+{
+    const Refusal& refusal = GetParam();
+    const Problems problems = problemsOfNode(refusal.operation, refusal.inputs, refusal.prepare, refusal.opset);
+    EXPECT_THAT(
+        problems, ElementsAre("operation '" + std::string(refusal.operation) + "' of node 'node': " + refusal.reason));
+}
+
+INSTANTIATE_TEST_SUITE_P(Nodes, Refused, testing::ValuesIn(refusals), [](const auto& one) { return one.param.what; });
+
+TEST(ImportShapes, AreCheckedAtEveryWidth)
+{
+    ModelMaker maker;
+    onnx::NodeProto& pool = maker.node("MaxPool", {"x"}, {"y"}, "pool");
+    setAttribute(pool, "kernel_shape", Integers{1, 40});
+    EXPECT_THAT(problemsOf(maker), ElementsAre(HasSubstr("at width 32: Pooling 'pool': ")));
+    EXPECT_THAT(problemsOf(maker.bytes(), {40, 64}), IsEmpty());
+}
+
+TEST(ImportShapes, ThatDoNotFitAreTheNodesFault)
+{
+    const Problems problems = problemsOfNode("Add", {"vector"});
+    EXPECT_THAT(problems, ElementsAre(HasSubstr("at width 32: Binary 'node': ")));
+}
+
+/// A condition on the width, and two branches.
+onnx::NodeProto& addIf(ModelMaker& maker, std::int64_t compared)
+{
+    maker.integers("compared", {compared});
+    maker.integers("last", {3});
+    maker.node("Shape", {"x"}, {"shape"});
+    maker.node("Gather", {"shape", "last"}, {"width"});
+    maker.node("Equal", {"width", "compared"}, {"condition"});
+    onnx::NodeProto& node = maker.node("If", {"condition"}, {"y"}, "choice");
+    for (const char* name : {"then_branch", "else_branch"}) {
+        onnx::AttributeProto& attribute = *node.add_attribute();
+        attribute.set_name(name);
+        attribute.set_type(onnx::AttributeProto::GRAPH);
+        onnx::NodeProto& inner = *attribute.mutable_g()->add_node();
+        inner.set_op_type(std::string(name) == "then_branch" ? "Relu" : "Tanh");
+        inner.add_input("x");
+        inner.add_output(std::string(name) + "_result");
+        attribute.mutable_g()->add_output()->set_name(inner.output(0));
+    }
+    return node;
+}
+
+TEST(ImportBranches, TheOneThatIsAlwaysTaken)
+{
+    ModelMaker maker;
+    addIf(maker, 1000);
+    const std::string bytes = maker.bytes();
+    Problems problems;
+    const auto network = buildNetwork(bytes.data(), bytes.size(), {{32, 64}, ""}, &problems);
+    ASSERT_TRUE(network) << testing::PrintToString(problems);
+    ASSERT_EQ(network->operations.size(), 1u);
+    EXPECT_EQ(network->operations[0]->kind.AsActivation()->kind, scribo::format::ActivationKind::Tanh);
+    EXPECT_EQ(network->tensors[static_cast<std::size_t>(network->outputs[0])]->name, "y");
+}
+
+TEST(ImportBranches, OneThatDependsOnTheWidthIsRefused)
+{
+    ModelMaker maker;
+    addIf(maker, 40);
+    EXPECT_THAT(problemsOf(maker),
+        ElementsAre("operation 'If' of node 'choice': a branch that is not always the same is not supported"));
+}
+
+TEST(ImportNetwork, TellsItsOriginAndShapes)
+{
+    const std::string bytes = smallRecogniser(5).bytes();
+    Problems problems;
+    const auto network = buildNetwork(bytes.data(), bytes.size(), {{32, 320}, "small.onnx"}, &problems);
+    ASSERT_TRUE(network) << testing::PrintToString(problems);
+    EXPECT_EQ(network->source, "small.onnx");
+    EXPECT_THAT(network->builder, HasSubstr("scribo-engine "));
+    EXPECT_EQ(network->minimum_width, 32);
+    EXPECT_EQ(network->maximum_width, 320);
+    const auto& output = *network->tensors[static_cast<std::size_t>(network->outputs.at(0))];
+    EXPECT_EQ(output.name, "output");
+    EXPECT_THAT(output.dims, ElementsAre(-1, 1, 5));
+}
+
+} // namespace
