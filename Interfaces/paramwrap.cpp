@@ -2,6 +2,7 @@
 
 #include <QJsonArray>
 
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -50,9 +51,11 @@ QJsonValue writeNumber(quint32 valueType, const void* source)
     }
 }
 
+/// Bit for bit, so that no number changes on the way.
 void copyNumber(quint32 valueType, const void* source, void* target)
 {
-    readNumber(writeNumber(valueType, source), valueType, target);
+    static_assert(sizeof(qint32) == sizeof(float));
+    std::memcpy(target, source, valueType == LineEditParam::DoubleValue ? sizeof(double) : sizeof(float));
 }
 
 } // namespace

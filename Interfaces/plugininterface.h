@@ -15,6 +15,6 @@ public:
     virtual QString displayName() = 0;
     virtual QString version() = 0;
     virtual QString description() = 0;
-    /// The picture that the host shows beside the name. Needs a running QGuiApplication.
+    /// The picture that the host shows beside the name; a null one without a running QGuiApplication.
     virtual QPixmap titleImage() = 0;
 };

@@ -10,9 +10,13 @@ namespace {
 
 // clang-format off
 const QString classifiedSaving = QString::fromUtf8(
-    u8"/// 2.");
+    u8"/// 2. 分类存图 ./AISavePic/tavoro_p1_1_C1_T1/Ng/毛发/ROI1_20211112_094323_3421.bmp   \r"
+    u8"///                 |           |           |   |       文件格式：区域-年月日-时分秒-毫秒序号.bmp    /0表示无框使用原图  \r"
+    u8"///                 |           |           |   ng分类：根据config设置 \r"
+    u8"///                 |           |           分类类别：OK/NG  \r"
+    u8"///                 父文件夹     模型文件夹：模型标识-相机标识-工具标识   \r");
 const QString saveLimit = QString::fromUtf8(
-    u8"/// 3.");
+    u8"/// 3. 存图到达指定数目后不再存图，需清理目标文件夹。挂载移动硬盘时，不受数目限制。由存图开关控制 \r");
 const QString modelNaming = QString::fromUtf8(
     u8"/// 4. 模型及配置文件命名规则：tavoro_p1_1_tfr_s1.pb    tavoro_p1_1_class.txt \r"
     u8"///                        客户简单-工程序号-模型序号-模型类别（tfc:分类,tfr:目标）-模型版本.pb \r");

@@ -11,6 +11,7 @@
 
 #include <QDebug>
 #include <QDynamicPropertyChangeEvent>
+#include <QGuiApplication>
 
 #include <algorithm>
 #include <exception>
@@ -19,6 +20,8 @@ namespace {
 
 const QString paramsKey = QStringLiteral("paramsWrap");
 constexpr char scoreLimitsProperty[] = "scoreLimits";
+
+const QString unknownError = QStringLiteral("unknown error!");
 
 /// The upstream tool whose pose the regions follow: syringe segmentation.
 const QString poseTool = QStringLiteral("注射器分割");
@@ -160,6 +163,9 @@ QString Scribo::description()
 
 QPixmap Scribo::titleImage()
 {
+    // Pixmaps belong to the window system: where there is none, making one would end the process.
+    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr)
+        return {};
     return QPixmap(QStringLiteral(":/TitleImage.png"));
 }
 
@@ -212,11 +218,9 @@ void Scribo::process(Tool* tool, int index)
     try {
         inspect(tool, index);
     } catch (const std::exception& error) {
-        // Out of memory, or a picture that the host could not hand over. The item must not pass.
+        // Out of memory, or a tool of the host's that throws. The item must not pass.
         qCritical() << "Inspecting item" << index << "failed:" << error.what();
-        Item item;
-        item.isOk = false;
-        recordItem(index, item);
+        recordItem(index, failedItem());
     }
     workingImage.release();
 }
@@ -237,11 +241,26 @@ void Scribo::inspect(Tool* tool, int index)
     workingImage = tool->image(index);
     archivedRecords = 0;
     refreshSaveLocation();
+    if (workingImage.empty()) {
+        // No region can lie inside it, and an item of which nothing was inspected would pass.
+        qWarning() << "Item" << index << "has no picture";
+        recordItem(index, failedItem());
+        return;
+    }
     Item item;
     for (const QRectF& region : regions)
         if (const auto pixels = regionPixels(region, pictureSize()))
             inspectRegion(tool, index, *pixels, &item);
     recordItem(index, item);
+}
+
+/// An item that could not be inspected at all.
+Scribo::Item Scribo::failedItem()
+{
+    Item item;
+    item.isOk = false;
+    item.lines.append(messageLine(unknownError, cv::Rect()));
+    return item;
 }
 
 cv::Size Scribo::pictureSize() const
@@ -271,7 +290,7 @@ void Scribo::inspectRegion(Tool* tool, int index, const cv::Rect& region, Item* 
         isOk = isModelDisabled() || readRegion(image, region, item, &message);
     } catch (const std::exception& error) {
         qWarning() << "Reading a region of item" << index << "failed:" << error.what();
-        message += "unknown error!";
+        message += unknownError;
     }
     if (!message.isEmpty())
         item->lines.append(messageLine(message, region));
@@ -294,7 +313,7 @@ bool Scribo::readRegion(const cv::Mat& image, const cv::Rect& region, Item* item
     addModelEntry();
     std::vector<SOrgAI_ResInfo> lines;
     if (analyser->execute(image, lines) != 1) {
-        *message += "unknown error!";
+        *message += unknownError;
         return false;
     }
     return judgeLines(lines, region, item);

@@ -128,6 +128,7 @@ private:
 
     bool isModelDisabled() const;
     void inspect(Tool* tool, int index);
+    static Item failedItem();
     cv::Size pictureSize() const;
     cv::Mat regionImage(Tool* tool, int index, const cv::Rect& region) const;
     void inspectRegion(Tool* tool, int index, const cv::Rect& region, Item* item);
