@@ -22,7 +22,8 @@ QList<Mount> diskPartitions(const QByteArray& table)
     static const QRegularExpression partition(QStringLiteral(R"(^(/dev/sd\w\d+)\s(\S+)\s(\S+)\s.*)"));
 
     QList<Mount> mounts;
-    const QStringList lines = QString::fromUtf8(table).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const QStringList lines
+        = QString::fromUtf8(table.constData(), table.size()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     for (const QString& line : lines) {
         const QRegularExpressionMatch match = partition.match(line);
         if (match.hasMatch())

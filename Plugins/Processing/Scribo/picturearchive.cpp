@@ -13,6 +13,9 @@
 
 namespace {
 
+/// How far the time in a name may run ahead of the clock, in milliseconds.
+constexpr qint64 maxStampLead = 1000;
+
 /// A host may hand over an object that is no Tool; it has no directory and no picture is saved for it.
 Tool* asTool(ToolInterface* tool)
 {
@@ -129,13 +132,28 @@ void PictureArchive::drainPendingPictures()
     queue->drain();
 }
 
+/// The time in the name of picture `number`. Time and number together always grow, which makes the name unique.
+QDateTime PictureArchive::stampFor(int number)
+{
+    QDateTime stamp = clock();
+    if (lastStamp.isValid()) {
+        const QDateTime earliest = number > lastNumber ? lastStamp : lastStamp.addMSecs(1);
+        const qint64 behind = stamp.msecsTo(earliest);
+        if (behind > 0 && behind < maxStampLead) // more: the clock was set back, and its word counts
+            stamp = earliest;
+    }
+    lastStamp = stamp;
+    lastNumber = number;
+    return stamp;
+}
+
 void PictureArchive::savePicture(
     Tool* tool, const QString& modelName, const SOrgAI_ResInfo& record, int number, const cv::Mat& image)
 {
     if (!tool)
         return;
-    // One look at the clock, so that at midnight name and folder agree on the day.
-    const QDateTime now = clock();
+    // One time for both, so that at midnight name and folder agree on the day.
+    const QDateTime now = stampFor(number);
     const QString toolId = tool->toolIdentity();
     const QString folder = folderAt(now, tool, modelName, record, toolId);
     if (folder.isEmpty())

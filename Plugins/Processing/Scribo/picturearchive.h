@@ -29,9 +29,9 @@ struct PluginSettings;
 /// without a cap.
 ///
 /// The inspecting thread only copies a picture; writers on Qt's global thread pool convert and save it. All
-/// operations but drainPendingPictures() belong to that one inspecting thread. Destroying the archive waits for
-/// nothing: pictures that were queued are still written, and the thread pool finishes its work before the
-/// application ends.
+/// operations but queuePicture() and drainPendingPictures() belong to that one inspecting thread. Destroying the
+/// archive waits for nothing: pictures that were queued are still written, and the thread pool finishes its work before
+/// the application ends.
 ///
 /// The cap looks at the files in the folder alone. Pictures that are still queued are not among them, so a
 /// folder can come to hold as many more than its limit as may be queued or in a writer's hands just then.
@@ -65,13 +65,18 @@ public:
         ToolInterface* tool, const QString& modelName, const SOrgAI_ResInfo& record, const QString& toolId);
 
     /// Queues a deep copy of `image` (8 bits, 1, 3 or 4 channels) to be written to `path`, unless the tool
-    /// forbids saving. Red and blue of a three-channel picture change places.
+    /// forbids saving. Red and blue of a three-channel picture change places. A picture that waits under the same
+    /// path is replaced. Thread-safe as far as the tool is.
     void queuePicture(ToolInterface* tool, const cv::Mat& image, const QString& path);
 
     /// Writes waiting pictures on the calling thread until none is left. Thread-safe.
     void drainPendingPictures();
 
-    /// Saves the picture of one result record; `number` counts the records of the inspection from 1.
+    /// Saves the picture of one result record; `number` counts the records of the inspection from 1. The name says
+    /// tool, number, time and text: C1_T1ROI1_1121_142233_718_LOT4827.bmp.
+    ///
+    /// Inspections of one archive never give two pictures the same name: where several fall into one millisecond, the
+    /// later ones are named after the milliseconds that follow.
     void savePicture(
         Tool* tool, const QString& modelName, const SOrgAI_ResInfo& record, int number, const cv::Mat& image);
 
@@ -79,6 +84,7 @@ public:
     void prepareFolders(ToolInterface* tool, const QString& modelName, const std::vector<std::string>& classNames);
 
 private:
+    QDateTime stampFor(int number);
     QString folderAt(const QDateTime& now, ToolInterface* tool, const QString& modelName, const SOrgAI_ResInfo& record,
         const QString& toolId);
 
@@ -87,5 +93,7 @@ private:
     Clock clock;
     PacedFileCount removableOkCount;
     PacedFileCount removableNgCount;
+    QDateTime lastStamp; ///< with lastNumber, the greatest yet given to a picture
+    int lastNumber = 0;
     std::shared_ptr<PictureQueue> queue;
 };

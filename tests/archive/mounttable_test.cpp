@@ -1,0 +1,187 @@
+#include "mounttable.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class MountTableTest : public testing::Test
+{
+protected:
+    void writeTable(const QByteArray& text) const
+    {
+        QFile file(tablePath());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+
+    QString tablePath() const { return directory.filePath(QStringLiteral("mounts")); }
+
+    QStringList mountsOf(const QByteArray& text)
+    {
+        writeTable(text);
+        return table.findRemovableMounts();
+    }
+
+    QTemporaryDir directory;
+    QStringList devices{QStringLiteral("/dev/sda")};
+    int parses = 0;
+    MountTable table{tablePath(), [this](const QString& name) {
+                         ++parses;
+                         return devices.contains(name);
+                     }};
+};
+
+constexpr char systemLine[] = "/dev/sda1 / ext4 rw 0 0\n";
+constexpr char diskLine[] = "/dev/sdb1 /media/root/USB vfat rw 0 0\n";
+
+const QStringList none;
+const QStringList usb{QStringLiteral("/media/root/USB")};
+
+} // namespace
+
+TEST_F(MountTableTest, findsTheDiskBelowMediaRoot)
+{
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + diskLine), usb);
+}
+
+TEST_F(MountTableTest, ignoresADiskMountedElsewhere)
+{
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1 /mnt/usb vfat rw 0 0\n"), none);
+}
+
+TEST_F(MountTableTest, ignoresTheOtherPartitionsOfTheSystemDisk)
+{
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sda12 /media/root/DATA vfat rw 0 0\n"), none);
+}
+
+TEST_F(MountTableTest, findsNothingWithoutASystemDisk)
+{
+    EXPECT_EQ(mountsOf(diskLine), none);
+    EXPECT_EQ(mountsOf(QByteArray("/dev/sda1 / xfs rw 0 0\n") + diskLine), none);
+}
+
+TEST_F(MountTableTest, findsNothingWhenTheSystemDiskHasNoDeviceFile)
+{
+    devices.clear();
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + diskLine), none);
+}
+
+TEST_F(MountTableTest, takesEveryKindOfExtFileSystemForTheSystemDisk)
+{
+    for (const char* fileSystem : {"ext2", "ext3", "ext4", "fuseblk.ext4"})
+        EXPECT_EQ(mountsOf(QByteArray("/dev/sda1 / ") + fileSystem + " rw 0 0\n" + diskLine), usb) << fileSystem;
+    EXPECT_EQ(mountsOf(QByteArray("/dev/sda1 / EXT4 rw 0 0\n") + diskLine), none) << "case matters";
+}
+
+TEST_F(MountTableTest, theLastExtPartitionNamesTheSystemDisk)
+{
+    devices.append(QStringLiteral("/dev/sdb"));
+    // A removable disk that is itself ext4 takes the system disk's place, wherever it is mounted.
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1 /media/root/USB ext4 rw 0 0\n"), none);
+    EXPECT_EQ(mountsOf(QByteArray("/dev/sdb1 /media/root/USB ext4 rw 0 0\n") + systemLine), usb);
+}
+
+TEST_F(MountTableTest, removesAllTrailingDigitsFromThePartition)
+{
+    EXPECT_EQ(mountsOf(QByteArray("/dev/sda123 / ext4 rw 0 0\n") + diskLine), usb);
+}
+
+TEST_F(MountTableTest, keepsTheOrderOfTheTable)
+{
+    const QStringList expected{QStringLiteral("/media/root/Z"), QStringLiteral("/media/root/A")};
+    EXPECT_EQ(mountsOf(QByteArray("/dev/sdc1 /media/root/Z exfat rw 0 0\n") + systemLine
+                  + "/dev/sdb2 /media/root/A vfat rw 0 0\n"),
+        expected);
+}
+
+TEST_F(MountTableTest, skipsLinesThatAreNoDiskPartition)
+{
+    const QByteArray others = "proc /proc proc rw 0 0\n"
+                              "/dev/nvme0n1p1 /media/root/NVME vfat rw 0 0\n"
+                              "/dev/mmcblk0p1 /media/root/CARD vfat rw 0 0\n"
+                              "/dev/sdb /media/root/WHOLE vfat rw 0 0\n"
+                              "/dev/sdaa1 /media/root/TWENTYSEVENTH vfat rw 0 0\n"
+                              " /dev/sdb1 /media/root/INDENTED vfat rw 0 0\n"
+                              "tmpfs /dev/sdb1 /media/root/LATER vfat rw 0 0\n";
+    EXPECT_EQ(mountsOf(systemLine + others), none);
+    EXPECT_EQ(mountsOf(systemLine + others + diskLine), usb);
+}
+
+TEST_F(MountTableTest, fieldsAreSeparatedByExactlyOneBlankOrTab)
+{
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1\t/media/root/USB\tvfat\trw 0 0\n"), usb);
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1  /media/root/USB vfat rw 0 0\n"), none);
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1 /media/root/USB vfat\n"), none) << "no options";
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1 /media/root/USB vfat \n"), usb) << "empty options";
+}
+
+TEST_F(MountTableTest, aMissingLastNewlineAndEmptyLinesDoNoHarm)
+{
+    EXPECT_EQ(mountsOf("\n\n" + QByteArray(systemLine) + "\n/dev/sdb1 /media/root/USB vfat rw 0 0"), usb);
+}
+
+TEST_F(MountTableTest, keepsTheKernelsEscapes)
+{
+    const QStringList expected{QStringLiteral(R"(/media/root/MY\040DISK\011A\134B)")};
+    EXPECT_EQ(mountsOf(systemLine + QByteArray(R"(/dev/sdb1 /media/root/MY\040DISK\011A\134B vfat rw 0 0)")), expected);
+}
+
+TEST_F(MountTableTest, readsUtf8AndSurvivesWhatIsNot)
+{
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + u8"/dev/sdb1 /media/root/硬盘 vfat rw 0 0\n"),
+        QStringList{QStringLiteral("/media/root/硬盘")});
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + QByteArray("\xff\xfe\0\n", 4) + diskLine), usb);
+}
+
+TEST_F(MountTableTest, anEmptyTableHasNoDisk)
+{
+    EXPECT_EQ(mountsOf(""), none);
+    EXPECT_EQ(parses, 0);
+}
+
+TEST_F(MountTableTest, parsesAgainOnlyWhenTheTextHasChanged)
+{
+    writeTable(QByteArray(systemLine) + diskLine);
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(table.findRemovableMounts(), usb);
+    EXPECT_EQ(parses, 1);
+
+    EXPECT_EQ(mountsOf(systemLine), none);
+    EXPECT_EQ(parses, 2);
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + diskLine), usb);
+    EXPECT_EQ(parses, 3);
+}
+
+TEST_F(MountTableTest, aTableThatCannotBeReadForAWhileHasNoDisk)
+{
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + diskLine), usb);
+    QFile::remove(tablePath());
+    EXPECT_EQ(table.findRemovableMounts(), none);
+    EXPECT_EQ(mountsOf(QByteArray(systemLine) + diskLine), usb) << "back, with the text of before";
+}
+
+TEST_F(MountTableTest, readsATableThatIsLargerThanOneRead)
+{
+    QByteArray text = systemLine;
+    for (int i = 0; i < 20000; ++i)
+        text += "overlay /var/lib/containers/" + QByteArray::number(i) + " overlay rw 0 0\n";
+    EXPECT_EQ(mountsOf(text + diskLine), usb);
+}
+
+TEST(MountTable, readsTheKernelsOwnTableWhole)
+{
+    QFile file(QStringLiteral("/proc/self/mounts"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    ASSERT_EQ(file.size(), 0) << "what makes such files special";
+    // The disks of this machine are unknown, so only that reading ends and says twice the same.
+    MountTable table;
+    EXPECT_EQ(table.findRemovableMounts(), table.findRemovableMounts());
+}
+
+TEST(MountTable, aFolderInPlaceOfTheTableHasNoDisk)
+{
+    EXPECT_EQ(MountTable(QStringLiteral("/proc")).findRemovableMounts(), none);
+}
