@@ -1,0 +1,99 @@
+#include "hostlog.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QMutexLocker>
+
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr qint64 largestFile = 10'000'000;
+
+HostLog* active = nullptr;
+
+QByteArray levelName(QtMsgType type)
+{
+    switch (type) {
+    case QtDebugMsg:
+        return "debug";
+    case QtInfoMsg:
+        return "info";
+    case QtWarningMsg:
+        return "warning";
+    case QtCriticalMsg:
+        return "critical";
+    default:
+        return "fatal";
+    }
+}
+
+} // namespace
+
+HostLog::HostLog()
+{
+    active = this;
+    qInstallMessageHandler(&HostLog::handleQtMessage);
+    for (int severity = 0; severity < google::NUM_SEVERITIES; ++severity)
+        google::SetLogDestination(severity, ""); // no files of glog's own
+    google::SetStderrLogging(google::GLOG_FATAL); // which ends the process, and must not do so silently
+    google::AddLogSink(this);
+}
+
+HostLog::~HostLog()
+{
+    google::RemoveLogSink(this);
+    qInstallMessageHandler(nullptr);
+    active = nullptr;
+}
+
+bool HostLog::open(const QString& path, QString* error)
+{
+    const QMutexLocker lock(&mutex);
+    file.setFileName(path);
+    const auto start = QFileInfo(path).size() > largestFile ? QIODevice::Truncate : QIODevice::Append;
+    if (file.open(QIODevice::WriteOnly | start))
+        return true;
+    *error = path + QStringLiteral(": cannot be written: ") + file.errorString();
+    return false;
+}
+
+void HostLog::send(google::LogSeverity severity, const char* /*fullName*/, const char* baseName, int line,
+    const google::LogMessageTime& /*time*/, const char* message, size_t length)
+{
+    write(QByteArray(google::GetLogSeverityName(severity)).toLower(),
+        QByteArray(baseName) + ':' + QByteArray::number(line), QByteArray(message, static_cast<int>(length)));
+}
+
+void HostLog::handleQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (active == nullptr)
+        return;
+    const QByteArray source = context.file != nullptr ? QFileInfo(context.file).fileName().toUtf8() : QByteArray("Qt");
+    if (type == QtFatalMsg)
+        active->setVerbose(true); // the process ends, and must not do so silently
+    active->write(levelName(type), source + ':' + QByteArray::number(context.line), message.toUtf8());
+}
+
+void HostLog::write(const QByteArray& level, const QByteArray& place, const QByteArray& message)
+{
+    const QByteArray time = QDateTime::currentDateTime().toString(Qt::ISODateWithMs).toLatin1();
+    const QByteArray line = time + ' ' + level + ' ' + place + "  " + message + '\n';
+    const QMutexLocker lock(&mutex);
+    if (file.isOpen()) {
+        file.write(line);
+        file.flush();
+    }
+    if (showsOnTerminal) {
+        std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+        std::fflush(stderr);
+    }
+}
+
+QString defaultLogFile()
+{
+    return QDir::temp().filePath(QStringLiteral("scribo-inspect-%1.log").arg(getuid()));
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QFile>
+#include <QMutex>
+#include <QString>
+
+#include <glog/logging.h>
+
+/// Takes the log of both loggers, Qt's and glog's, away from the terminal and into one file, in the order of
+/// time. There can be one at a time; the loggers must not be in use by other threads while it comes and goes.
+class HostLog : public google::LogSink
+{
+public:
+    HostLog();
+    ~HostLog() override;
+    HostLog(const HostLog&) = delete;
+    HostLog& operator=(const HostLog&) = delete;
+
+    /// Appends to `path` from now on; a file that has grown beyond 10 MB starts over. Returns false with the
+    /// file and the reason in `error`; the log then goes nowhere.
+    bool open(const QString& path, QString* error);
+    /// Shows the log on the terminal too.
+    void setVerbose(bool verbose) { showsOnTerminal = verbose; }
+
+    using google::LogSink::send;
+    void send(google::LogSeverity severity, const char* fullName, const char* baseName, int line,
+        const google::LogMessageTime& time, const char* message, size_t length) override;
+
+private:
+    static void handleQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message);
+    void write(const QByteArray& level, const QByteArray& place, const QByteArray& message);
+
+    QFile file;
+    QMutex mutex; ///< guards the file; both loggers are called from any thread
+    bool showsOnTerminal = false;
+};
+
+/// Where the log goes unless somebody says otherwise: a file of the user's below the folder for temporary files.
+QString defaultLogFile();

@@ -1,0 +1,4 @@
+#pragma once
+
+/// What --help prints; fits on one screen.
+extern const char helpText[];

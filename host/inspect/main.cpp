@@ -1,0 +1,34 @@
+#include "command.h"
+#include "help.h"
+
+#include <QGuiApplication>
+#include <QTextCodec>
+
+#include <cstdio>
+
+int main(int argc, char** argv)
+{
+    // File names and texts are UTF-8 whatever the locale: a station's service often runs without one.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    // Overlays are drawn with fonts, which need a window system; none is asked for, since no window opens.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
+    google::InitGoogleLogging(argv[0]);
+
+    Options options;
+    QString error;
+    if (!parseOptions(QCoreApplication::arguments(), &options, &error)) {
+        std::fprintf(stderr, "scribo-inspect: %s\nTry: scribo-inspect --help\n", error.toUtf8().constData());
+        return ExitCode::fault;
+    }
+    if (options.help) {
+        std::fputs(helpText, stdout);
+        return ExitCode::allOk;
+    }
+    if (options.version) {
+        std::puts("scribo-inspect " SCRIBO_VERSION);
+        return ExitCode::allOk;
+    }
+    return Command(options).run();
+}

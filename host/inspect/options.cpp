@@ -1,0 +1,161 @@
+#include "options.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+
+namespace {
+
+const QStringList valueOptions = {"archive", "compare", "count", "identity", "log", "model", "overlay", "plugin",
+    "records", "reference", "region", "regions", "removable", "save", "save-settings", "set", "settings", "work"};
+const QStringList repeatable = {"records", "region", "set"};
+const QStringList flags = {"help", "json", "list-models", "list-params", "quiet", "version"};
+
+class Reader
+{
+public:
+    Reader(Options& options, QString& error)
+        : options(options)
+        , error(error)
+    {
+        for (const QString& name : valueOptions)
+            parser.addOption({name, {}, QStringLiteral("VALUE")});
+        for (const QString& name : flags)
+            parser.addOption(QCommandLineOption(name));
+        parser.addOption(QCommandLineOption(QStringLiteral("v")));
+        parser.addOption(QCommandLineOption(QStringLiteral("h")));
+        parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    }
+
+    bool read(const QStringList& arguments)
+    {
+        if (!parser.parse(arguments))
+            return fail(parser.errorText());
+        readFlags();
+        if (options.help || options.version)
+            return true;
+        readPaths();
+        return checkValues() && readRegions() && readJudging() && readArchive() && checkPictures();
+    }
+
+private:
+    bool fail(const QString& reason)
+    {
+        error = reason;
+        return false;
+    }
+
+    QString path(const char* name) const
+    {
+        const QString value = parser.value(QLatin1String(name));
+        return value.isEmpty() ? QString() : QFileInfo(value).absoluteFilePath();
+    }
+
+    void readFlags()
+    {
+        options.help = parser.isSet("help") || parser.isSet("h");
+        options.version = parser.isSet("version");
+        options.json = parser.isSet("json");
+        options.quiet = parser.isSet("quiet");
+        options.verbose = parser.isSet("v");
+        options.listModels = parser.isSet("list-models");
+        options.listParameters = parser.isSet("list-params");
+    }
+
+    void readPaths()
+    {
+        options.pictures = parser.positionalArguments();
+        options.regionsFile = path("regions");
+        options.settings = path("settings");
+        options.saveSettings = path("save-settings");
+        options.overlay = path("overlay");
+        for (const QString& file : parser.values("records"))
+            options.records.append(QFileInfo(file).absoluteFilePath());
+        options.archive = path("archive");
+        options.removable = path("removable");
+        options.work = path("work");
+        options.plugin = path("plugin");
+        options.log = path("log");
+        options.model = parser.value("model");
+        options.assignments = parser.values("set");
+    }
+
+    /// An option without its value, or given twice, is more likely a slip than a wish.
+    bool checkValues()
+    {
+        for (const QString& name : valueOptions) {
+            const QStringList values = parser.values(name);
+            if (values.size() > 1 && !repeatable.contains(name))
+                return fail(QStringLiteral("--%1 is given more than once").arg(name));
+            if (values.contains(QString()) && name != QLatin1String("reference"))
+                return fail(QStringLiteral("--%1 needs a value").arg(name));
+        }
+        return true;
+    }
+
+    bool readRegions()
+    {
+        for (const QString& text : parser.values("region")) {
+            TaughtRegion region;
+            if (!parseRegion(text, &region.rect))
+                return fail(QStringLiteral("--region %1: must be X,Y,WIDTH,HEIGHT in pixels, at least 1 wide and high")
+                                .arg(text));
+            options.regions.append(region);
+        }
+        if (!options.regions.isEmpty() && !options.regionsFile.isEmpty())
+            return fail(QStringLiteral("--region and --regions exclude each other"));
+        return true;
+    }
+
+    bool readJudging()
+    {
+        const QString compare = parser.value("compare");
+        const QStringList names = {"off", "fixed", "auto"};
+        if (parser.isSet("compare")) {
+            if (!names.contains(compare))
+                return fail(QStringLiteral("--compare %1: must be off, fixed or auto").arg(compare));
+            options.compare = static_cast<Comparison>(names.indexOf(compare));
+        }
+        if (parser.isSet("reference"))
+            options.reference = parser.value("reference");
+        options.count = parser.value("count");
+        CountRange range;
+        if (parser.isSet("count") && !parseCount(options.count, &range))
+            return fail(QStringLiteral("--count %1: must be MIN:MAX, whole numbers from 0").arg(options.count));
+        return true;
+    }
+
+    bool readArchive()
+    {
+        if (parser.isSet("identity"))
+            options.identity = parser.value("identity");
+        if (options.identity.contains(QLatin1Char('/')))
+            return fail(QStringLiteral("--identity %1: is part of file names, so without \"/\"").arg(options.identity));
+        options.saveGiven = parser.isSet("save");
+        for (const QString& word : parser.value("save").split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+            if (word != QLatin1String("ok") && word != QLatin1String("ng"))
+                return fail(QStringLiteral("--save %1: must be ok, ng or ok,ng").arg(parser.value("save")));
+            (word == QLatin1String("ok") ? options.saveOk : options.saveNg) = true;
+        }
+        if (options.saveGiven && options.archive.isEmpty() && options.removable.isEmpty())
+            return fail(QStringLiteral("--save needs --archive DIR or --removable DIR"));
+        return true;
+    }
+
+    bool checkPictures()
+    {
+        if (options.pictures.isEmpty() && !options.listModels && !options.listParameters)
+            return fail(QStringLiteral("no pictures given"));
+        return true;
+    }
+
+    QCommandLineParser parser;
+    Options& options;
+    QString& error;
+};
+
+} // namespace
+
+bool parseOptions(const QStringList& arguments, Options* options, QString* error)
+{
+    return Reader(*options, *error).read(arguments);
+}

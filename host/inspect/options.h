@@ -1,0 +1,51 @@
+#pragma once
+
+#include "inspectionresult.h"
+#include "regionplan.h"
+
+#include <QStringList>
+
+#include <optional>
+
+/// The command line of scribo-inspect. Files and folders are absolute, since the command changes its working
+/// directory; empty: not given.
+struct Options
+{
+    QStringList pictures; ///< pictures and folders, as they were given
+
+    QList<TaughtRegion> regions;
+    QString regionsFile;
+
+    std::optional<Comparison> compare;
+    std::optional<QString> reference;
+    QString count; ///< "MIN:MAX"
+
+    QString model;
+    QString settings;
+    QString saveSettings;
+    QStringList assignments; ///< "NUMBER=VALUE"
+
+    QString overlay;
+    QStringList records;
+    QString archive;
+    QString removable;
+    bool saveGiven = false;
+    bool saveOk = false;
+    bool saveNg = false;
+    QString identity = QStringLiteral("C1_T1");
+
+    QString work;
+    QString plugin;
+    QString log;
+
+    bool json = false;
+    bool quiet = false;
+    bool verbose = false;
+    bool listModels = false;
+    bool listParameters = false;
+    bool help = false;
+    bool version = false;
+};
+
+/// Reads the command line, whose first element is the program. Returns false with the reason in `error`.
+bool parseOptions(const QStringList& arguments, Options* options, QString* error);

@@ -1,0 +1,30 @@
+#include "overlayfolder.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QImageWriter>
+
+bool OverlayFolder::open(const QString& path, QString* error)
+{
+    folder = path;
+    if (QDir().mkpath(path))
+        return true;
+    *error = path + QStringLiteral(": the folder cannot be made");
+    return false;
+}
+
+bool OverlayFolder::write(const QString& picture, const QImage& overlay, QString* error)
+{
+    const QString base = QFileInfo(picture).completeBaseName();
+    QString name = base;
+    for (int number = 2; used.contains(name); ++number)
+        name = base + QStringLiteral("_%1").arg(number);
+    used.insert(name);
+
+    const QString path = QDir(folder).filePath(name + QStringLiteral(".png"));
+    QImageWriter writer(path, "png");
+    if (writer.write(overlay))
+        return true;
+    *error = path + QStringLiteral(": cannot be written: ") + writer.errorString();
+    return false;
+}

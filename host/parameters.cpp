@@ -1,0 +1,281 @@
+#include "parameters.h"
+
+#include "parameternumbers.h"
+
+#include <QJsonArray>
+#include <QRegularExpression>
+#include <QtMath>
+
+#include <optional>
+
+namespace {
+
+const QString valuesKey = QStringLiteral("values");
+
+/// Category of values that the processor shows while it runs.
+constexpr quint32 runTimeCategory = 2;
+
+bool isKind(ParamWrap& parameter, const char* name)
+{
+    return parameter.typeName() == QLatin1String(name);
+}
+
+bool isChoice(ParamWrap& parameter)
+{
+    return isKind(parameter, "RadioBoxParam") || isKind(parameter, "CheckBoxParam");
+}
+
+bool isLine(ParamWrap& parameter)
+{
+    return isKind(parameter, "LineEditParam") || isKind(parameter, "LimitLineEditParam");
+}
+
+ParamWrap* findParameter(ProcessorInterface& processor, int number)
+{
+    const QList<ParamWrap*>* const parameters = processor.params();
+    return parameters == nullptr ? nullptr : parameters->value(number - 1, nullptr);
+}
+
+QString quoted(const QString& text)
+{
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+QJsonObject stateOf(ParamWrap& parameter)
+{
+    QJsonObject state;
+    parameter.writeJson(state);
+    return state;
+}
+
+void setState(ParamWrap& parameter, const QString& key, const QJsonValue& value)
+{
+    QJsonObject state = stateOf(parameter);
+    state[key] = value;
+    parameter.readJson(state);
+}
+
+// Drop-down lists
+
+bool setSelection(ComboBoxParam_ByValue& parameter, const QString& value, QString* error)
+{
+    const QStringList& entries = *parameter.itemValues;
+    QStringList matches = entries.filter(QRegularExpression(QLatin1Char('^') + QRegularExpression::escape(value)));
+    if (entries.contains(value))
+        matches = QStringList(value);
+    if (matches.size() == 1 && !value.isEmpty()) {
+        setState(parameter, QStringLiteral("selectedText"), matches.first());
+        return true;
+    }
+    const QString choices = entries.isEmpty() ? QStringLiteral("there are none") : entries.join(QStringLiteral(", "));
+    *error = matches.size() > 1 && !value.isEmpty()
+        ? QStringLiteral("%1 %2 stands for several: %3").arg(parameter.name, quoted(value), matches.join(", "))
+        : QStringLiteral("no such %1: %2 (%3)").arg(parameter.name, quoted(value), choices);
+    return false;
+}
+
+// Choices
+
+std::optional<bool> parseSwitch(const QString& text)
+{
+    const QString word = text.trimmed().toLower();
+    if (word == QLatin1String("on") || word == QLatin1String("true"))
+        return true;
+    if (word == QLatin1String("off") || word == QLatin1String("false"))
+        return false;
+    return std::nullopt;
+}
+
+bool setSwitches(RadioBoxParam& parameter, const QString& value, QString* error)
+{
+    const QStringList words = value.split(QLatin1Char(','));
+    QJsonArray values;
+    for (const QString& word : words)
+        if (const auto isOn = parseSwitch(word))
+            values.append(*isOn);
+    if (words.size() != parameter.count || values.size() != parameter.count) {
+        *error = QStringLiteral("%1 must be \"on\" or \"off\" for each of %2 choices, separated by commas")
+                     .arg(quoted(value))
+                     .arg(parameter.count);
+        return false;
+    }
+    setState(parameter, valuesKey, values);
+    return true;
+}
+
+bool setChoice(RadioBoxParam& parameter, const QString& value, QString* error)
+{
+    bool isNumber = false;
+    int chosen = value.toInt(&isNumber) - 1;
+    for (int i = 0; i < parameter.count && !isNumber; ++i)
+        if (parameter.names[i] == value) {
+            chosen = i;
+            isNumber = true;
+        }
+    if (!isNumber || chosen < 0 || chosen >= parameter.count) {
+        *error = QStringLiteral("%1 is none of the choices: %2").arg(quoted(value), describeParameter(parameter));
+        return false;
+    }
+    QJsonArray values;
+    for (int i = 0; i < parameter.count; ++i)
+        values.append(i == chosen);
+    setState(parameter, valuesKey, values);
+    return true;
+}
+
+// Numbers and texts
+
+/// The number as the parameter's type has it; nothing when it is none, or out of the parameter's range.
+std::optional<QJsonValue> parseNumber(const LineEditParam& parameter, const QString& text, QString* error)
+{
+    bool isNumber = false;
+    QJsonValue value;
+    if (parameter.valueType == LineEditParam::IntValue)
+        value = text.trimmed().toInt(&isNumber);
+    else
+        value = text.trimmed().toDouble(&isNumber);
+    if (!isNumber || !qIsFinite(value.toDouble())) {
+        *error = quoted(text) + QStringLiteral(" is not a number");
+        return std::nullopt;
+    }
+    const bool hasRange = parameter.rangeMin != nullptr && parameter.rangeMax != nullptr;
+    if (hasRange && (value.toDouble() < *parameter.rangeMin || value.toDouble() > *parameter.rangeMax)) {
+        *error = QStringLiteral("%1 is not between %2 and %3")
+                     .arg(text.trimmed())
+                     .arg(*parameter.rangeMin)
+                     .arg(*parameter.rangeMax);
+        return std::nullopt;
+    }
+    return value;
+}
+
+bool setLimits(LimitLineEditParam& parameter, const QStringList& limits, QString* error)
+{
+    const auto low = parseNumber(parameter, limits[0], error);
+    const auto high = low ? parseNumber(parameter, limits[1], error) : std::nullopt;
+    if (!high)
+        return false;
+    if (low->toDouble() > high->toDouble()) {
+        *error = QStringLiteral("the lower limit %1 is above the upper limit %2").arg(limits[0], limits[1]);
+        return false;
+    }
+    setState(parameter, QStringLiteral("lowThresh"), *low);
+    setState(parameter, QStringLiteral("highThresh"), *high);
+    return true;
+}
+
+bool setLine(LineEditParam& parameter, const QString& value, QString* error)
+{
+    if (parameter.valueType == LineEditParam::StringValue) {
+        setState(parameter, valuesKey, value);
+        return true;
+    }
+    if (parameter.valueType == LineEditParam::BoolValue) {
+        const auto isOn = parseSwitch(value);
+        if (isOn)
+            setState(parameter, valuesKey, *isOn);
+        else
+            *error = quoted(value) + QStringLiteral(" must be \"on\" or \"off\"");
+        return isOn.has_value();
+    }
+    const QStringList limits = value.split(QLatin1Char(':'));
+    if (limits.size() == 2 && isKind(parameter, "LimitLineEditParam"))
+        return setLimits(static_cast<LimitLineEditParam&>(parameter), limits, error);
+    const auto number = parseNumber(parameter, value, error);
+    if (number)
+        setState(parameter, valuesKey, *number);
+    return number.has_value();
+}
+
+bool setValue(ParamWrap& parameter, const QString& value, QString* error)
+{
+    if (parameter.category == runTimeCategory) {
+        *error = QStringLiteral("is written by the processor itself");
+        return false;
+    }
+    if (isKind(parameter, "ComboBoxParam_ByValue"))
+        return setSelection(static_cast<ComboBoxParam_ByValue&>(parameter), value, error);
+    if (isKind(parameter, "CheckBoxParam"))
+        return setSwitches(static_cast<CheckBoxParam&>(parameter), value, error);
+    if (isKind(parameter, "RadioBoxParam"))
+        return setChoice(static_cast<RadioBoxParam&>(parameter), value, error);
+    if (isLine(parameter))
+        return setLine(static_cast<LineEditParam&>(parameter), value, error);
+    *error = QStringLiteral("is a heading, which has no value");
+    return false;
+}
+
+// Descriptions
+
+QString describeChoices(const RadioBoxParam& parameter)
+{
+    QStringList choices;
+    for (int i = 0; i < parameter.count; ++i) {
+        const QString choice = QStringLiteral("%1 %2").arg(i + 1).arg(parameter.names[i]);
+        choices.append(parameter.values[i] ? QLatin1Char('[') + choice + QLatin1Char(']') : choice);
+    }
+    return choices.join(QStringLiteral(" | "));
+}
+
+QString describeLine(LineEditParam& parameter)
+{
+    const QJsonObject state = stateOf(parameter);
+    const QString value = state[valuesKey].toVariant().toString();
+    if (parameter.valueType == LineEditParam::StringValue)
+        return quoted(value);
+    if (!state.contains(QStringLiteral("lowThresh")))
+        return value;
+    return QStringLiteral("%1 (limits %2:%3)")
+        .arg(value, state[QStringLiteral("lowThresh")].toVariant().toString(),
+            state[QStringLiteral("highThresh")].toVariant().toString());
+}
+
+} // namespace
+
+QJsonObject parameterState(ProcessorInterface& processor, int number)
+{
+    ParamWrap* const parameter = findParameter(processor, number);
+    return parameter == nullptr ? QJsonObject() : stateOf(*parameter);
+}
+
+QString describeParameter(ParamWrap& parameter)
+{
+    if (isKind(parameter, "ComboBoxParam_ByValue"))
+        return *static_cast<ComboBoxParam_ByValue&>(parameter).selectedText;
+    if (isChoice(parameter))
+        return describeChoices(static_cast<RadioBoxParam&>(parameter));
+    if (isLine(parameter))
+        return describeLine(static_cast<LineEditParam&>(parameter));
+    return {};
+}
+
+bool setParameter(ProcessorInterface& processor, int number, const QString& value, QString* error)
+{
+    ParamWrap* const parameter = findParameter(processor, number);
+    QString reason;
+    if (parameter == nullptr)
+        reason = QStringLiteral("the processor has no such parameter (see --list-params)");
+    else if (setValue(*parameter, value, &reason))
+        return true;
+    *error = QStringLiteral("parameter %1: %2").arg(number).arg(reason);
+    return false;
+}
+
+bool setParameter(ProcessorInterface& processor, const QString& assignment, QString* error)
+{
+    const int equals = assignment.indexOf(QLatin1Char('='));
+    bool isNumber = false;
+    const int number = assignment.left(equals).toInt(&isNumber);
+    if (equals > 0 && isNumber)
+        return setParameter(processor, number, assignment.mid(equals + 1), error);
+    *error = quoted(assignment) + QStringLiteral(" is not NUMBER=VALUE");
+    return false;
+}
+
+QStringList modelNames(ProcessorInterface& processor)
+{
+    ParamWrap* const parameter = findParameter(processor, ParameterNumber::model);
+    if (parameter == nullptr || !isKind(*parameter, "ComboBoxParam_ByValue"))
+        return {};
+    return *static_cast<ComboBoxParam_ByValue*>(parameter)->itemValues;
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "processorinterface.h"
+
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+
+/// The processor's parameters by their number from 1, as texts that people read and write.
+
+/// The parameter in its persisted form; empty when there is no such parameter.
+QJsonObject parameterState(ProcessorInterface& processor, int number);
+
+/// The value for people: a choice group with all its choices, the chosen ones in brackets.
+QString describeParameter(ParamWrap& parameter);
+
+/// Sets a parameter from a text:
+///
+/// - a drop-down list: an entry, or the beginning of exactly one
+/// - a choice: the choice's number from 1 or its label
+/// - independent choices: "on" or "off" for each of them, separated by commas
+/// - a number with limits: "LOW:HIGH" for the limits, a number for the value
+/// - a number or a text: as it is
+///
+/// Headings, and values that the processor itself writes, cannot be set. Returns false with the reason in
+/// `error`, and leaves the parameter as it was.
+bool setParameter(ProcessorInterface& processor, int number, const QString& value, QString* error);
+
+/// The same for "NUMBER=VALUE".
+bool setParameter(ProcessorInterface& processor, const QString& assignment, QString* error);
+
+/// The models that the processor offers, in its order; empty when it has no such list.
+QStringList modelNames(ProcessorInterface& processor);

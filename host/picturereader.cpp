@@ -1,0 +1,100 @@
+#include "picturereader.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include <exception>
+
+namespace {
+
+/// 65535 becomes 255.
+constexpr double eightBitsPerSixteen = 1.0 / 257.0;
+
+bool readBytes(const QString& path, QByteArray* bytes, QString* error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("cannot be opened: ") + file.errorString();
+        return false;
+    }
+    *bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        *error = QStringLiteral("cannot be read: ") + file.errorString();
+        return false;
+    }
+    if (bytes->isEmpty()) {
+        *error = QStringLiteral("is empty");
+        return false;
+    }
+    return true;
+}
+
+cv::Mat decode(const QByteArray& bytes)
+{
+    const cv::Mat buffer(1, bytes.size(), CV_8UC1, const_cast<char*>(bytes.constData()));
+    return cv::imdecode(buffer, cv::IMREAD_UNCHANGED);
+}
+
+/// Red, green and blue of a picture with an alpha channel, laid on white.
+cv::Mat onWhite(const cv::Mat& bgra)
+{
+    cv::Mat picture(bgra.size(), CV_8UC3);
+    for (int y = 0; y < bgra.rows; ++y)
+        for (int x = 0; x < bgra.cols; ++x) {
+            const cv::Vec4b& from = bgra.at<cv::Vec4b>(y, x);
+            cv::Vec3b& to = picture.at<cv::Vec3b>(y, x);
+            for (int c = 0; c < 3; ++c)
+                to[c] = cv::saturate_cast<uchar>((from[2 - c] * from[3] + 255 * (255 - from[3])) / 255.0);
+        }
+    return picture;
+}
+
+bool convert(const cv::Mat& decoded, cv::Mat* picture, QString* error)
+{
+    cv::Mat bytes = decoded;
+    if (decoded.depth() == CV_16U) {
+        decoded.convertTo(bytes, CV_8U, eightBitsPerSixteen);
+    } else if (decoded.depth() != CV_8U) {
+        *error = QStringLiteral("has samples that are neither 8 nor 16 bits without sign");
+        return false;
+    }
+    switch (bytes.channels()) {
+    case 1:
+        *picture = bytes;
+        return true;
+    case 3:
+        cv::cvtColor(bytes, *picture, cv::COLOR_BGR2RGB);
+        return true;
+    case 4:
+        *picture = onWhite(bytes);
+        return true;
+    default:
+        *error = QStringLiteral("has %1 channels").arg(bytes.channels());
+        return false;
+    }
+}
+
+} // namespace
+
+bool readPicture(const QString& path, cv::Mat* picture, QString* error)
+{
+    if (QFileInfo(path).isDir()) {
+        *error = QStringLiteral("is a folder");
+        return false;
+    }
+    QByteArray bytes;
+    if (!readBytes(path, &bytes, error))
+        return false;
+    try {
+        const cv::Mat decoded = decode(bytes);
+        if (!decoded.empty())
+            return convert(decoded, picture, error);
+        *error = QStringLiteral("is damaged, or not a picture in a known format");
+    } catch (const std::exception& exception) {
+        *error = QStringLiteral("cannot be decoded: ") + QString::fromUtf8(exception.what()).simplified();
+    }
+    return false;
+}

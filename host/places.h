@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+
+/// The processor plug-in to load: `given` if it is not empty, else the file that the environment variable
+/// SCRIBO_PLUGIN names, else the one that was built or installed together with the program in
+/// `programFolder`. Returns an absolute path, to a file that need not exist; relative ones belong to the
+/// current directory.
+QString findPlugin(const QString& given, const QString& programFolder);
+
+/// The folder to work in, whose folder "model" holds the models: `given` if it is not empty, else the
+/// current directory if it has such a folder, else the one that was built or installed together with the
+/// program. Returns false with the reason in `error` when there is none.
+bool findWorkFolder(const QString& given, const QString& programFolder, QString* folder, QString* error);

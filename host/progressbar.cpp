@@ -1,0 +1,44 @@
+#include "progressbar.h"
+
+#include <string>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr int barWidth = 40;
+constexpr char eraseLine[] = "\r\033[K";
+
+} // namespace
+
+ProgressBar::ProgressBar(std::FILE* stream, int total)
+    : stream(stream)
+    , total(total)
+    , isTerminal(isatty(fileno(stream)) == 1)
+{
+}
+
+ProgressBar::~ProgressBar()
+{
+    hide();
+}
+
+void ProgressBar::show(int done)
+{
+    if (!isTerminal || total < 1)
+        return;
+    const int filled = static_cast<int>(static_cast<long long>(barWidth) * done / total);
+    const std::string bar = std::string(filled, '#') + std::string(barWidth - filled, '.');
+    std::fprintf(stream, "%s[%s] %d/%d", eraseLine, bar.c_str(), done, total);
+    std::fflush(stream);
+    isVisible = true;
+}
+
+void ProgressBar::hide()
+{
+    if (!isVisible)
+        return;
+    std::fputs(eraseLine, stream);
+    std::fflush(stream);
+    isVisible = false;
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdio>
+
+/// A line "[####......] 12/30" that is drawn over itself. Draws nothing unless the stream is a terminal, so
+/// that files and pipes stay clean.
+class ProgressBar
+{
+public:
+    ProgressBar(std::FILE* stream, int total);
+    ~ProgressBar();
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+    void show(int done);
+    /// Takes the bar away, before something else is written to the terminal.
+    void hide();
+
+private:
+    std::FILE* stream;
+    int total;
+    bool isTerminal;
+    bool isVisible = false;
+};
