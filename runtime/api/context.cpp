@@ -52,22 +52,20 @@ Context::Context(std::shared_ptr<Model> source, nvinfer1::ILogger& reports)
 {
 }
 
-/// Carries out `action` unless another thread is at work in this context.
+/// Carries out `action` unless another thread is at work in this context. What it has to report is
+/// still part of it.
 template <class Action>
 bool Context::alone(const char* what, Action action) const noexcept
 {
-    return guarded(logger, what, [&](std::string* error) {
-        if (busy.exchange(true, std::memory_order_acquire)) {
+    if (busy.exchange(true, std::memory_order_acquire)) {
+        return guarded(logger, what, [](std::string* error) {
             *error = "the context is in use by another thread";
             return false;
-        }
-        struct Release
-        {
-            std::atomic<bool>& flag;
-            ~Release() { flag.store(false, std::memory_order_release); }
-        } const release{busy};
-        return action(error);
-    });
+        });
+    }
+    const bool done = guarded(logger, what, action);
+    busy.store(false, std::memory_order_release);
+    return done;
 }
 
 bool Context::checkBinding(std::int32_t index, std::string* error) const

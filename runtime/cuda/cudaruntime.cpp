@@ -62,14 +62,18 @@ Direction direction(cudaMemcpyKind kind, const void* destination, const void* so
     return {memory.touches(source, size), memory.touches(destination, size)};
 }
 
-/// Whether `size` bytes at `pointer` are what a side of a copy claims to be.
-cudaError_t checkSide(const void* pointer, std::size_t size, bool device)
+/// Whether both sides of a copy are what `sides` says.
+cudaError_t checkSides(const Direction& sides, const void* destination, const void* source, std::size_t size)
 {
     const DeviceMemory& memory = DeviceMemory::instance();
-    if (device) {
-        return memory.contains(pointer, size) ? cudaSuccess : cudaErrorInvalidValue;
+    if ((sides.toDevice && !memory.contains(destination, size))
+        || (sides.fromDevice && !memory.contains(source, size))) {
+        return cudaErrorInvalidValue;
     }
-    return memory.touches(pointer, size) ? cudaErrorInvalidMemcpyDirection : cudaSuccess;
+    if ((!sides.toDevice && memory.touches(destination, size)) || (!sides.fromDevice && memory.touches(source, size))) {
+        return cudaErrorInvalidMemcpyDirection;
+    }
+    return cudaSuccess;
 }
 
 } // namespace
@@ -110,11 +114,9 @@ cudaError_t cudaMemcpyAsync(
         return cudaErrorInvalidValue;
     }
     const Direction sides = direction(kind, destination, source, size);
-    for (const cudaError_t error :
-        {checkSide(source, size, sides.fromDevice), checkSide(destination, size, sides.toDevice)}) {
-        if (error != cudaSuccess) {
-            return error;
-        }
+    const cudaError_t error = checkSides(sides, destination, source, size);
+    if (error != cudaSuccess) {
+        return error;
     }
     std::memmove(destination, source, size);
     return cudaSuccess;

@@ -22,11 +22,16 @@ struct Geometry
     std::int64_t source[2];
     std::int64_t result[2];
 
-    /// How far the last window goes beyond the source.
-    std::int64_t reachAfter(int axis) const
+    /// The padding behind the source that makes oneDNN, which rounds down, come to the same number of
+    /// windows: what is given, or what the last window needs. Below 0 when there is none.
+    std::int64_t padAfter(int axis) const
     {
         const PoolWindow& window = windows[axis];
-        return (result[axis] - 1) * window.stride + window.kernel - window.padBefore - source[axis];
+        const std::int64_t needed
+            = (result[axis] - 1) * window.stride + window.kernel - window.padBefore - source[axis];
+        const std::int64_t most = std::max(needed, window.padAfter);
+        const std::int64_t room = source[axis] + window.padBefore + most - window.kernel;
+        return room / window.stride + 1 == result[axis] ? most : needed;
     }
 };
 
@@ -38,13 +43,12 @@ Geometry describe(const PlanBuilder& plan, const format::Pooling& pooling)
         {result[2], result[3]}};
 }
 
-/// oneDNN divides by the whole window even where it goes beyond the padding, PyTorch does not; and
-/// oneDNN takes no padding that the windows do not fill.
+/// oneDNN divides by the whole window even where it goes beyond the padding; PyTorch does not.
 bool fitsPrimitive(const Geometry& pooling)
 {
     for (int axis = 0; axis < 2; ++axis) {
         const bool overhangs = pooling.windows[axis].overhangs(pooling.source[axis], pooling.result[axis]);
-        if ((overhangs && pooling.kind == PoolingKind::AverageIncludePad) || pooling.reachAfter(axis) < 0) {
+        if ((overhangs && pooling.kind == PoolingKind::AverageIncludePad) || pooling.padAfter(axis) < 0) {
             return false;
         }
     }
@@ -71,7 +75,7 @@ void addPrimitive(PlanBuilder& plan, const Geometry& pooling)
     const PoolWindow& columns = pooling.windows[1];
     const pooling_forward::desc kind(dnnl::prop_kind::forward_inference, primitiveKind(pooling.kind), source.layout,
         anyLayout(plan.shape(plan.output(0))), {rows.stride, columns.stride}, {rows.kernel, columns.kernel},
-        {rows.padBefore, columns.padBefore}, {pooling.reachAfter(0), pooling.reachAfter(1)});
+        {rows.padBefore, columns.padBefore}, {pooling.padAfter(0), pooling.padAfter(1)});
     const pooling_forward::primitive_desc description(kind, PlanBuilder::attributes(), plan.engine());
     const Operand result = plan.result(plan.output(0), description.dst_desc());
     plan.addPrimitive(pooling_forward(description), description.scratchpad_desc(),

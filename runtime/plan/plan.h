@@ -21,9 +21,10 @@ public:
     const std::vector<Shape>& bindingShapes() const { return shapes; }
     /// Bytes of working memory that a run needs.
     std::size_t arenaSize() const { return arenaBytes; }
-    /// Bytes that the plan itself holds: values worked out once, for all its runs.
+    /// Bytes of values that were worked out once, for all runs.
     std::size_t fixedSize() const;
-    std::size_t stepCount() const { return steps.size(); }
+    /// About how many bytes the plan holds, without the arena.
+    std::size_t heldSize() const { return fixedSize() + steps.size() * stepSize; }
 
     /// Makes the following runs work in `arena` (arenaSize() bytes, cache line aligned) and on
     /// `bindings`, one address for each binding. Cheap when nothing has changed.
@@ -33,6 +34,10 @@ public:
 
 private:
     friend class PlanBuilder;
+
+    /// Bytes of an average step, with oneDNN's descriptions and generated code; measured on 289
+    /// widths of a network of 14 steps, which took 63 megabytes.
+    static constexpr std::size_t stepSize = std::size_t(16) << 10;
 
     struct Entry
     {

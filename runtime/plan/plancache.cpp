@@ -17,8 +17,10 @@ Plan* PlanCache::find(int width)
 
 Plan* PlanCache::insert(std::unique_ptr<Plan> plan)
 {
+    total += plan->heldSize();
     plans.push_front(std::move(plan));
-    if (plans.size() > most) {
+    while (total > most && plans.size() > 1) {
+        total -= plans.back()->heldSize();
         plans.pop_back();
     }
     return plans.front().get();

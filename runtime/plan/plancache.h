@@ -11,24 +11,27 @@ namespace scribo::cpu {
 class PlanCache
 {
 public:
-    /// Every width that a detector of the usual 32 to 320 columns can ask for finds a place; a wider
-    /// range forgets what it has not used for longest.
-    static constexpr std::size_t maximumPlans = 320;
+    /// Bytes of plans that are kept. A small recogniser's detector, which asks for widths from 32 to
+    /// 320, finds all of them again; a network of hundreds of steps keeps the last dozen or so.
+    static constexpr std::size_t maximumSize = std::size_t(96) << 20;
 
-    explicit PlanCache(std::size_t limit = maximumPlans)
+    explicit PlanCache(std::size_t limit = maximumSize)
         : most(limit)
     {
     }
 
     /// The plan for `width`, from now on the one used last; null when there is none.
     Plan* find(int width);
-    /// Keeps `plan` as the one used last, and drops the one not used for longest if there are too many.
+    /// Keeps `plan` as the one used last, and drops those not used for longest until the rest fits.
     Plan* insert(std::unique_ptr<Plan> plan);
 
-    std::size_t size() const { return plans.size(); }
+    std::size_t count() const { return plans.size(); }
+    /// Bytes, as Plan::heldSize() counts them.
+    std::size_t size() const { return total; }
 
 private:
     std::size_t most;
+    std::size_t total = 0;
     /// The one used last in front.
     std::list<std::unique_ptr<Plan>> plans;
 };

@@ -15,6 +15,10 @@ dnnl::memory WeightStore::get(
     Weights weights = make();
     float* source = weights.own.empty() ? const_cast<float*>(weights.data) : weights.own.data();
     dnnl::memory from(weights.layout, engine, source);
+    if (weights.own.empty() && weights.layout == layout) {
+        known.push_back({layout, std::nullopt, from});
+        return from;
+    }
     AlignedBuffer buffer(layout.get_size());
     dnnl::memory to(layout, engine, buffer.data());
     dnnl::stream stream(engine);
@@ -30,7 +34,7 @@ std::size_t WeightStore::size() const
     std::size_t total = 0;
     for (const auto& [key, layouts] : entries) {
         for (const Entry& entry : layouts) {
-            total += entry.buffer.size();
+            total += entry.buffer ? entry.buffer->size() : 0;
         }
     }
     return total;

@@ -7,6 +7,7 @@
 #include <list>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -40,7 +41,8 @@ private:
     struct Entry
     {
         Layout layout;
-        AlignedBuffer buffer;
+        /// Nothing when the weights lie in the engine's bytes as they are wanted.
+        std::optional<AlignedBuffer> buffer;
         dnnl::memory memory;
     };
 
