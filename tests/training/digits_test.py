@@ -1,0 +1,45 @@
+"""A training from nothing must learn ten digits: the whole kit from drawing to the exported model, in about a minute."""
+import tempfile
+import unittest
+from pathlib import Path
+
+import cv2
+import torch
+
+from scribokit.batches import Batches
+from scribokit.exporting import write_onnx
+from scribokit.maker import PictureMaker
+from scribokit.model import Crnn, Shape
+from scribokit.readers import onnx_reader
+from scribokit.training import Trainer, learning_rate
+
+DIGITS = "0123456789"
+STEPS = 1000
+WANTED = 0.9
+
+
+def digits(dice):
+    return "".join(dice.choice(DIGITS) for _ in range(dice.randint(2, 4)))
+
+
+class TenDigits(unittest.TestCase):
+    def test_are_learned_to_nine_lines_in_ten(self):
+        cv2.setNumThreads(1)
+        torch.set_num_threads(1)
+        torch.manual_seed(1)
+        batches = Batches(PictureMaker("clean", DIGITS, 1, write=digits), 1536)
+        trainer = Trainer(Crnn(Shape((12, 24, 32, 32, 48, 64), 48, 11)), DIGITS)
+        for step in range(STEPS):
+            trainer.step(*batches.next(), learning_rate(step, step / STEPS, 4e-3))
+        unseen = PictureMaker("clean", DIGITS, 2, held_out=True, write=digits)
+        with tempfile.TemporaryDirectory() as folder:
+            model = Path(folder) / "digits.onnx"
+            write_onnx(trainer.model, model)
+            reader = onnx_reader(model, DIGITS)
+            pictures = [unseen.draw() for _ in range(300)]
+            right = sum(reader.read(picture) == label for picture, label in pictures)
+        self.assertGreaterEqual(right / len(pictures), WANTED)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,35 @@
+"""Batches for training: pictures of one width each, collected while others of that width are drawn."""
+import numpy as np
+
+from .ctc import steps_needed
+from .maker import network_input
+
+WIDTH_STEP = 16
+
+
+class Batches:
+    """next() gives (pictures count×3×32×width bytes, labels). Widths are rounded to WIDTH_STEP, which stretches a
+    picture by a few per cent; pictures wider than `widest` are drawn again, so that training can begin narrow."""
+
+    def __init__(self, maker, columns, widest=320):
+        self._maker = maker
+        self._columns = columns
+        self._widest = widest
+        self._waiting = {}
+
+    def next(self):
+        while True:
+            picture, label = self._maker.draw()
+            rows, columns = picture.shape[:2]
+            natural = max(32, columns / rows * 32)
+            if natural > self._widest + WIDTH_STEP / 2 and self._widest < 320:
+                continue
+            width = int(min(320, max(32, round(natural / WIDTH_STEP) * WIDTH_STEP)))
+            if steps_needed(label) > width // 4:
+                continue
+            waiting = self._waiting.setdefault(width, [])
+            waiting.append((network_input(picture, width), label))
+            if len(waiting) * width >= self._columns:
+                del self._waiting[width]
+                pictures = np.stack([image for image, _ in waiting]).transpose(0, 3, 1, 2)
+                return np.ascontiguousarray(pictures), [text for _, text in waiting]

@@ -1,0 +1,137 @@
+"""The camera: turns a scene into a picture as a lens, a sensor and a file give it."""
+import math
+
+import cv2
+import numpy as np
+
+from .scene import CLUTTER, FAINT, OUTSIDE, TEXT
+
+
+def shoot(scene, box, view, paint, dice, noise):
+    """A picture (height×width×3 bytes, BGR) of the scene's box (x0, y0, x1, y1), as `view` and `paint` say."""
+    planes = _project(scene, box, view, dice)
+    picture = _coloured(planes, paint, dice, noise)
+    picture = _lit(picture, view, dice, noise)
+    return _recorded(picture, view, dice, noise)
+
+
+def _project(scene, box, view, dice):
+    """Warps the layers so that the box's outline, turned and seen at an angle, fills the picture."""
+    x0, y0, x1, y1 = box
+    centre = np.array([(x0 + x1) / 2, (y0 + y1) / 2])
+    corners = np.array([[x0, y0], [x1, y0], [x1, y1], [x0, y1]]) - centre
+    angle = math.radians(dice.gauss(0, view.tilt))
+    shear = dice.gauss(0, view.shear)
+    turn = np.array([[math.cos(angle), -math.sin(angle)], [math.sin(angle), math.cos(angle)]])
+    seen = corners @ (turn @ np.array([[view.stretch, shear], [0, 1.0]])).T
+    for axis in (0, 1):
+        keystone = dice.gauss(0, view.keystone)
+        seen *= 1 + keystone * seen[:, axis:axis + 1] / max(np.abs(seen[:, axis]).max(), 1)
+    low, high = seen.min(0), seen.max(0)
+    size = high - low
+    for edge in (low, high):
+        edge += size * np.array([dice.gauss(0, view.jitter * 0.4), dice.gauss(0, view.jitter)])
+    size = np.maximum(high - low, 8)
+    height = view.height
+    width = int(max(8, min(round(size[0] / size[1] * height), 12 * height)))
+    scale = np.array([width, height]) / size
+    target = (seen - low) * scale
+    source = np.float32([[x0, y0], [x1, y0], [x1, y1], [x0, y1]])
+    planes = cv2.merge(scene.planes)
+    if scale[1] < 0.62:
+        half = 0.5
+        planes = cv2.resize(planes, None, fx=half, fy=half, interpolation=cv2.INTER_AREA)
+        source = source * half
+    matrix = cv2.getPerspectiveTransform(source, np.float32(target))
+    planes = cv2.warpPerspective(planes, matrix, (width, height), flags=cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE)
+    return _curved(planes, view.curvature) if view.curvature else planes
+
+
+def _curved(planes, curvature):
+    """Seen round a can: columns squeezed to the sides and sunk along an arc."""
+    height, width = planes.shape[:2]
+    x = np.linspace(-1, 1, width, dtype=np.float32)
+    span = math.asin(min(0.95, abs(curvature)))
+    across = (np.arcsin(x * math.sin(span)) / span * 0.5 + 0.5) * (width - 1)
+    sink = (np.sqrt(1 - (x * math.sin(span)) ** 2) - 1) * curvature * height * 0.3
+    map_x = np.repeat(across[None], height, 0).astype(np.float32)
+    map_y = (np.arange(height, dtype=np.float32)[:, None] + sink[None]).astype(np.float32)
+    return cv2.remap(planes, map_x, map_y, cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE)
+
+
+def _coloured(planes, paint, dice, noise):
+    cover = planes.astype(np.float32) * (1 / 255)
+    shape = planes.shape[:2]
+    surface = np.empty(shape + (3,), np.float32)
+    surface[:] = paint.surface
+    if paint.grain:
+        surface += (noise.field(shape, dice, dice.choice((1, 2, 4, 8))) * paint.grain)[:, :, None]
+    if cover[:, :, FAINT].any():
+        surface += cover[:, :, FAINT, None] * (np.float32(paint.faint) - surface)
+    around = cover[:, :, OUTSIDE, None]
+    if around.any():
+        outside = np.float32(paint.outside) + (noise.field(shape, dice, 8) * paint.outside_grain)[:, :, None]
+        surface += around * (outside - surface)
+    if cover[:, :, CLUTTER].any():
+        surface += cover[:, :, CLUTTER, None] * (np.float32(paint.clutter) - surface)
+    text = cover[:, :, TEXT, None]
+    if paint.relief:
+        blurred = cv2.GaussianBlur(cover[:, :, TEXT], (0, 0), max(0.5, shape[0] / 40))
+        slope = np.roll(blurred, paint.relief_shift, (0, 1)) - blurred
+        surface += (slope * paint.relief)[:, :, None]
+        text = text * paint.relief_ink
+    surface += text * (np.float32(paint.ink) - surface)
+    return surface
+
+
+def _lit(picture, view, dice, noise):
+    height, width = picture.shape[:2]
+    if view.uneven:
+        lamp = np.array([[1 + dice.gauss(0, view.uneven) for _ in range(3)] for _ in range(2)], np.float32)
+        picture *= cv2.resize(lamp, (width, height), interpolation=cv2.INTER_LINEAR)[:, :, None]
+    if dice.random() < view.shadow:
+        mask = np.zeros((height, width), np.float32)
+        x, lean = dice.uniform(0, width), dice.uniform(-2, 2) * height
+        side = dice.choice((0, width))
+        cv2.fillPoly(mask, [np.int32([[x, 0], [x + lean, height], [side, height], [side, 0]])], 1)
+        if dice.random() < 0.5:
+            edge = int(dice.uniform(0.1, 0.5) * height)
+            mask[:edge] = 1
+        picture *= 1 - (cv2.blur(mask, (3, 3)) * dice.uniform(0.2, 0.6))[:, :, None]
+    if dice.random() < view.glare:
+        mask = np.zeros((height, width), np.float32)
+        centre = int(dice.uniform(0, width)), int(dice.uniform(0, height))
+        cv2.ellipse(mask, centre, (int(height * dice.uniform(0.3, 1.5)), int(height * dice.uniform(0.1, 0.5))), dice.uniform(0, 180),
+                    0, 360, dice.uniform(40, 160), -1)
+        picture += cv2.GaussianBlur(mask, (0, 0), max(0.8, height * 0.12))[:, :, None]
+    if dice.random() < view.dirt:
+        spots = np.clip(noise.field((height, width), dice, dice.choice((4, 8))) - dice.uniform(1.0, 2.0), 0, 1)
+        picture += (spots * dice.uniform(0.3, 1))[:, :, None] * (dice.uniform(20, 140) - picture)
+    return picture
+
+
+def _recorded(picture, view, dice, noise):
+    height, width = picture.shape[:2]
+    if view.blur > 0:
+        picture = cv2.GaussianBlur(picture, (0, 0), view.blur * height / 32)
+    if view.motion > 1:
+        length = max(2, int(round(view.motion * height / 32)))
+        kernel = np.zeros((length, length), np.float32)
+        if dice.random() < 0.7:
+            kernel[length // 2] = 1 / length
+        else:
+            kernel[:, length // 2] = 1 / length
+        picture = cv2.filter2D(picture, -1, kernel, borderType=cv2.BORDER_REPLICATE)
+    if view.noise:
+        grain = noise.grain((height, width), dice)
+        picture = picture + (grain if view.colour_noise else grain[:, :, :1]) * view.noise
+    picture = np.clip(picture, 0, 255).astype(np.uint8)
+    if view.grey:
+        picture = cv2.cvtColor(cv2.cvtColor(picture, cv2.COLOR_BGR2GRAY), cv2.COLOR_GRAY2BGR)
+    if view.detail < 1:
+        small = cv2.resize(picture, None, fx=view.detail, fy=view.detail, interpolation=cv2.INTER_AREA)
+        picture = cv2.resize(small, (width, height), interpolation=dice.choice((cv2.INTER_LINEAR, cv2.INTER_CUBIC)))
+    if view.jpeg:
+        _, data = cv2.imencode(".jpg", picture, (cv2.IMWRITE_JPEG_QUALITY, view.jpeg))
+        picture = cv2.imdecode(data, cv2.IMREAD_COLOR)
+    return picture

@@ -1,0 +1,73 @@
+"""Export: a trained network as ONNX, checked, and the model package around it."""
+import json
+import shutil
+from pathlib import Path
+
+import numpy as np
+import onnx
+import torch
+
+from .model import folded, from_onnx
+
+OPSET = 13
+TOLERANCE = 1e-4
+
+
+def write_onnx(model, path):
+    """Writes the network with normalisation folded and soft-max inside: input `input` 1×3×32×width, output `output`
+    steps×1×classes. Fails with RuntimeError when what was written does not compute what PyTorch does."""
+    plain = folded(model).eval()
+    plain.scores = True
+    example = torch.zeros(1, 3, 32, 160)
+    torch.onnx.export(plain, example, str(path), opset_version=OPSET, input_names=["input"], output_names=["output"],
+                      dynamic_axes={"input": {3: "width"}, "output": {0: "steps"}}, do_constant_folding=True)
+    onnx.checker.check_model(onnx.load(str(path)))
+    difference = export_difference(model, path)
+    if not difference <= TOLERANCE:
+        raise RuntimeError(f"{path}: scores differ from PyTorch's by {difference:g}")
+    return difference
+
+
+def export_difference(model, path):
+    """The largest difference between the scores of a network and of the weights read back from its ONNX file, over
+    pictures of several widths."""
+    dice = np.random.default_rng(3)
+    written = from_onnx(path).eval()
+    written.scores = True
+    model.eval()
+    worst = 0.0
+    with torch.no_grad():
+        for width in (32, 100, 161, 320):
+            picture = torch.from_numpy(dice.uniform(-1, 1, (1, 3, 32, width)).astype(np.float32))
+            worst = max(worst, float((model(picture).exp() - written(picture)).abs().max()))
+    return worst
+
+
+def write_package(model, alphabet, folder, name, configuration, card):
+    """NAME.onnx, NAME.json (the given configuration with this alphabet) and NAME.md in a folder; gives their paths."""
+    folder = Path(folder)
+    folder.mkdir(parents=True, exist_ok=True)
+    files = [folder / f"{name}.{suffix}" for suffix in ("onnx", "json", "md")]
+    beside = files[0].with_suffix(".part")
+    write_onnx(model, beside)
+    shutil.move(beside, files[0])
+    text = Path(configuration).read_text(encoding="utf-8")
+    if json.loads(text).get("alphabet") != alphabet:
+        text = json.dumps({**json.loads(text), "alphabet": alphabet}, indent=4, ensure_ascii=False) + "\n"
+    files[1].write_text(text, encoding="utf-8")
+    files[2].write_text(card, encoding="utf-8")
+    return files
+
+
+def card_text(name, model, alphabet, training, results, weaknesses, fonts):
+    """The model card: what the model is, how it was trained (rows of name and value), what it reached."""
+    channels = model.shape.channels
+    rows = [("network", f"{len(channels)} convolutions ({channels[0]} to {channels[-1]} channels) with ReLU, four max pools, one "
+                        f"bidirectional LSTM of {model.shape.hidden}, one linear layer; {sum(p.numel() for p in folded(model).parameters()):,} weights"),
+            ("input", "`input`, 1×3×32×width, float32, value / 127.5 − 1, width 32 to 320"),
+            ("output", f"`output`, steps×1×{len(alphabet) + 1} soft-max scores, steps = width / 4; class 0 is the blank, class k the "
+                       "k-th character of the alphabet"),
+            ("alphabet", f"`{alphabet}`")] + list(training)
+    table = "\n".join(f"| {key} | {value} |" for key, value in rows)
+    return (f"# Model card: {name}\n\n| | |\n| --- | --- |\n{table}\n\n## Accuracy\n\n{results}\n\n"
+            f"## Known weaknesses\n\n{weaknesses}\n\n## Fonts\n\n{fonts}\n")

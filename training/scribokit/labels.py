@@ -1,0 +1,42 @@
+"""Labelled pictures in a folder: labels from a CSV file beside them, or from the file names."""
+import csv
+import re
+from pathlib import Path
+
+CSV_NAME = "labels.csv"
+PICTURE_SUFFIXES = (".png", ".jpg", ".jpeg", ".bmp", ".tif", ".tiff")
+
+
+def read_labels(folder, table=None):
+    """(path, label) pairs of a folder. With a CSV file (the given one, or labels.csv in the folder; columns `file` and
+    `text`) its rows, else every picture whose name is LABEL or LABEL_NUMBER. ValueError when there is none."""
+    folder = Path(folder)
+    table = Path(table) if table else folder / CSV_NAME
+    if table.exists():
+        pairs = _from_table(folder, table)
+    else:
+        pairs = [(path, label_of_name(path.name)) for path in sorted(folder.iterdir()) if path.suffix.lower() in PICTURE_SUFFIXES]
+    if not pairs:
+        raise ValueError(f"{folder}: no labelled pictures")
+    return pairs
+
+
+def _from_table(folder, table):
+    with open(table, newline="", encoding="utf-8") as file:
+        rows = csv.DictReader(file)
+        if not {"file", "text"} <= set(rows.fieldnames or ()):
+            raise ValueError(f"{table}: the first row must name the columns file and text")
+        return [(folder / row["file"], row["text"]) for row in rows if row["file"] and row["text"]]
+
+
+def label_of_name(name):
+    """The label in a file name: what stands before the suffix and an underscore with a number."""
+    return re.sub(r"_\d+$", "", Path(name).stem)
+
+
+def write_labels(table, rows):
+    """Writes (file, text) rows as a CSV file that read_labels takes."""
+    with open(table, "w", newline="", encoding="utf-8") as file:
+        writer = csv.writer(file)
+        writer.writerow(("file", "text"))
+        writer.writerows(rows)

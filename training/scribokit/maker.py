@@ -1,0 +1,113 @@
+"""The picture maker: draws labelled pictures of one recipe from a seed, the same ones each time."""
+import random
+
+import cv2
+import numpy as np
+
+from . import camera, conditions, layouts, texts
+from .faces import FontFace, StrokeFace
+from .fontlist import PLATE, PRINT, SEGMENT, font_files
+from .noise import NoiseBank
+
+# name: (chance of a plate, lowest level, highest level)
+RECIPES = {
+    "moderate": (0.0, 0.15, 0.4),
+    "hard": (0.0, 0.7, 1.0),
+    "plates": (1.0, 0.3, 1.0),
+    "mix": (0.6, 0.0, 1.0),
+    "clean": (0.0, 0.0, 0.0),
+}
+_STROKE_FACES = 160
+_HELD_OUT_STROKE_SEED = 100_000
+
+
+class FaceSet:
+    """Faces by use, opened when first drawn; fonts that cannot be opened are left out."""
+
+    def __init__(self, held_out):
+        self._files = {name: font_files(patterns, held_out) for name, patterns in (("plate", PLATE), ("print", PRINT), ("segment", SEGMENT))}
+        if not self._files["print"]:
+            raise RuntimeError("no fonts found: install the packages of training/packages.txt")
+        self._first_stroke_seed = _HELD_OUT_STROKE_SEED if held_out else 0
+        self._open = {}
+
+    def draw(self, use, dice):
+        if use == "strokes":
+            seed = self._first_stroke_seed + dice.randrange(_STROKE_FACES)
+            return self._opened(seed, StrokeFace)
+        files = self._files[use] or self._files["print"]
+        for _ in range(20):
+            face = self._opened(dice.choice(files), FontFace)
+            if face:
+                return face
+        raise RuntimeError("the installed fonts cannot be opened")
+
+    def _opened(self, key, kind):
+        if key not in self._open:
+            try:
+                self._open[key] = kind(key)
+            except (OSError, ValueError, ZeroDivisionError):
+                self._open[key] = None
+        return self._open[key]
+
+
+class PictureMaker:
+    """draw() gives (picture, label): height×width×3 bytes BGR, 12 to 60 pixels high, and the characters to read.
+
+    Texts are the kit's, or what `write` gives when called with a random.Random; a text with characters outside the
+    alphabet is drawn again, other than gaps and emblems, which are not read. `faces` replaces the kit's fonts."""
+
+    def __init__(self, recipe, alphabet, seed, held_out=False, faces=None, write=None):
+        self._plates, self._low, self._high = RECIPES[recipe]
+        self._alphabet = alphabet
+        self._dice = random.Random(seed)
+        self._noise = NoiseBank(7)
+        self._faces = faces or FaceSet(held_out)
+        self._write = write or (lambda dice: texts.print_text(alphabet, dice))
+
+    def draw(self):
+        while True:
+            drawn = self._try()
+            if drawn:
+                return drawn
+
+    def _try(self):
+        dice = self._dice
+        level = dice.uniform(self._low, self._high)
+        small_face = self._faces.draw("print", dice)
+        if dice.random() < self._plates:
+            text = texts.plate_text(dice)
+            if not texts.is_readable(text, self._alphabet):
+                return None
+            face = self._faces.draw("strokes" if dice.random() < 0.5 else "plate", dice)
+            laid = layouts.plate(text, face, small_face, dice)
+            view = conditions.draw_view(dice, level, stretch=(0.6, 1.15))
+            paint = conditions.draw_plate_paint(dice, level)
+        else:
+            text = self._write(dice)
+            use = dice.random()
+            face = self._faces.draw("segment" if use < 0.03 else "strokes" if use < 0.08 else "plate" if use < 0.2 else "print", dice)
+            if use < 0.03 and not set(text) <= set("0123456789-.:"):
+                text = texts.fill(dice.choice(("99.9", "9999", "99:99", "-99.9", "999999")), dice)
+            elif 0.03 <= use < 0.08:
+                text = text.upper()
+            if not texts.is_readable(text, self._alphabet):
+                return None
+            laid = layouts.printed(text, face, small_face, dice, self._noise, level)
+            view = conditions.draw_view(dice, level)
+            view.curvature = dice.uniform(0.3, 0.9) * dice.choice((-1, 1)) if dice.random() < 0.06 * level else 0.0
+            paint = conditions.draw_paint(dice, level)
+            if dice.random() < 0.06:
+                paint.relief, paint.relief_ink = dice.choice((-1, 1)) * dice.uniform(60, 160), dice.uniform(0, 0.5)
+        if laid is None:
+            return None
+        scene, box = laid
+        return camera.shoot(scene, box, view, paint, dice, self._noise), texts.label_of(text, self._alphabet)
+
+
+def network_input(picture, width=None, height=32, widest=320):
+    """The picture as the detector gives it to the network: stretched to a height of 32 and a width that keeps its
+    proportions, 32 to `widest`, bilinear. Bytes; `width` overrides the width."""
+    rows, columns = picture.shape[:2]
+    width = width or min(max(int(columns / rows * height), 32), widest)
+    return cv2.resize(np.ascontiguousarray(picture), (width, height), interpolation=cv2.INTER_LINEAR)

@@ -1,0 +1,69 @@
+"""What a marking process makes of clean letters: each function takes a mask (bytes, 255 is ink) and gives a mask."""
+import cv2
+import numpy as np
+
+from .faces import CAP_HEIGHT
+
+_CROSS = cv2.getStructuringElement(cv2.MORPH_CROSS, (3, 3))
+
+
+def heavier(mask, dice):
+    return cv2.dilate(mask, _CROSS, iterations=dice.choice((1, 1, 2)))
+
+
+def lighter(mask, dice):
+    thin = cv2.erode(mask, _CROSS)
+    return thin if thin.any() else mask
+
+
+def dot_matrix(mask, dice):
+    """Continuous ink-jet and needle printers: the letters sampled to a few rows of round dots."""
+    pitch = max(3, round(CAP_HEIGHT / dice.randint(7, 12)))
+    size = max(1, mask.shape[1] // pitch), max(1, mask.shape[0] // pitch)
+    _, dots = cv2.threshold(cv2.resize(mask, size, interpolation=cv2.INTER_AREA), dice.randint(70, 110), 255, cv2.THRESH_BINARY)
+    stamp = np.zeros((pitch, pitch), np.uint8)
+    cv2.circle(stamp, (pitch // 2, pitch // 2), max(1, int(pitch * dice.uniform(0.34, 0.55))), 255, -1)
+    drops = np.kron(dots // 255, stamp)
+    result = np.zeros_like(mask)
+    result[:drops.shape[0], :drops.shape[1]] = drops[:mask.shape[0], :mask.shape[1]]
+    if dice.random() < 0.3:
+        shift = dice.uniform(-0.25, 0.25)
+        matrix = np.float32([[1, shift, -shift * mask.shape[0] / 2], [0, 1, 0]])
+        result = cv2.warpAffine(result, matrix, (mask.shape[1], mask.shape[0]))
+    return result
+
+
+def missing_columns(mask, dice):
+    """Thermal transfer with dead heater elements: thin lines along the print without ink."""
+    mask = mask.copy()
+    for _ in range(dice.randint(1, 3)):
+        row = dice.randrange(mask.shape[0])
+        mask[row:row + dice.randint(1, 2)] = 0
+    if dice.random() < 0.5:
+        column = dice.randrange(mask.shape[1])
+        mask[:, column:column + dice.randint(1, 3)] = 0
+    return mask
+
+
+def scan_lines(mask, dice):
+    """A laser that writes line by line."""
+    mask = mask.copy()
+    mask[::dice.randint(3, 4)] //= dice.randint(2, 6)
+    return mask
+
+
+def worn(mask, dice, noise):
+    """Ink or paint that has flaked off in spots."""
+    return np.where(noise.field(mask.shape, dice, dice.choice((2, 4, 8))) > dice.uniform(0.9, 1.6), mask // dice.choice((3, 8)), mask)
+
+
+def outlined(mask, dice):
+    return cv2.subtract(mask, cv2.erode(mask, _CROSS, iterations=2))
+
+
+def stencil(glyph_mask, dice):
+    """The bridges of a stencil: an upright gap through the middle of a letter."""
+    mask = glyph_mask.copy()
+    middle = mask.shape[1] // 2
+    mask[:, middle - 1:middle + 2] = 0
+    return mask if np.count_nonzero(mask) > 0.55 * np.count_nonzero(glyph_mask) else glyph_mask

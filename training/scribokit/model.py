@@ -1,0 +1,118 @@
+"""The network: convolutions and pools to one row of features per 4 columns, a bidirectional LSTM, one linear layer."""
+from dataclasses import asdict, dataclass
+
+import torch
+from torch import nn
+
+
+@dataclass
+class Shape:
+    """Widths of the six convolutions and of the LSTM; normalised: batch normalisation after each convolution."""
+    channels: tuple = (24, 48, 96, 96, 128, 160)
+    hidden: int = 96
+    classes: int = 71
+    normalised: bool = True
+
+    def as_dict(self):
+        return asdict(self)
+
+
+_POOLS = {0: (2, 2), 1: (2, 2), 3: (2, 1), 4: (2, 1)}
+
+
+class Crnn(nn.Module):
+    """Input count×3×32×width, value / 127.5 − 1; output steps×count×classes, logarithms of soft-max scores, or the
+    scores themselves in evaluation when `scores` is set (that is what is exported). Steps are width / 4."""
+
+    def __init__(self, shape):
+        super().__init__()
+        self.shape = shape
+        self.scores = False
+        layers, planes = [], 3
+        for index, width in enumerate(shape.channels):
+            last = index == len(shape.channels) - 1
+            layers.append(nn.Conv2d(planes, width, (2, 1) if last else 3, padding=0 if last else 1))
+            if shape.normalised:
+                layers.append(nn.BatchNorm2d(width))
+            layers.append(nn.ReLU(inplace=True))
+            if index in _POOLS:
+                layers.append(nn.MaxPool2d(_POOLS[index]))
+            planes = width
+        self.features = nn.Sequential(*layers)
+        self.sequence = nn.LSTM(planes, shape.hidden, bidirectional=True)
+        self.classifier = nn.Linear(2 * shape.hidden, shape.classes)
+
+    def forward(self, pictures):
+        steps = self.features(pictures).squeeze(2).permute(2, 0, 1)
+        logits = self.classifier(self.sequence(steps)[0])
+        return logits.softmax(2) if self.scores else logits.log_softmax(2)
+
+
+def weight_count(model):
+    return sum(parameter.numel() for parameter in model.parameters())
+
+
+def to_input(pictures, device="cpu"):
+    """Bytes count×3×32×width as the network's input."""
+    return torch.from_numpy(pictures).to(device).float().mul_(1 / 127.5).sub_(1.0)
+
+
+def folded(model):
+    """The same function without batch normalisation: its scale and shift are taken into the convolutions."""
+    shape = Shape(**{**model.shape.as_dict(), "normalised": False})
+    result = Crnn(shape)
+    source = [layer for layer in model.features if isinstance(layer, (nn.Conv2d, nn.BatchNorm2d))]
+    target = [layer for layer in result.features if isinstance(layer, nn.Conv2d)]
+    with torch.no_grad():
+        for convolution in target:
+            trained = source.pop(0)
+            weight, bias = trained.weight.clone(), trained.bias.clone()
+            if source and isinstance(source[0], nn.BatchNorm2d):
+                norm = source.pop(0)
+                scale = norm.weight / torch.sqrt(norm.running_var + norm.eps)
+                weight *= scale[:, None, None, None]
+                bias = (bias - norm.running_mean) * scale + norm.bias
+            convolution.weight.copy_(weight)
+            convolution.bias.copy_(bias)
+    result.sequence.load_state_dict(model.sequence.state_dict())
+    result.classifier.load_state_dict(model.classifier.state_dict())
+    return result.eval()
+
+
+def from_onnx(path):
+    """A network of this family from an exported model, to train it further. ValueError when the model has another
+    layout."""
+    import onnx
+    from onnx import numpy_helper
+    graph = onnx.load(str(path)).graph
+    weights = {tensor.name: numpy_helper.to_array(tensor) for tensor in graph.initializer}
+    for node in graph.node:
+        if node.op_type == "Constant":
+            weights[node.output[0]] = numpy_helper.to_array(node.attribute[0].t)
+    kinds = {kind: [node for node in graph.node if node.op_type == kind] for kind in ("Conv", "LSTM", "MatMul", "Add")}
+    if len(kinds["Conv"]) != 6 or len(kinds["LSTM"]) != 1 or not kinds["MatMul"]:
+        raise ValueError(f"{path}: not a model of six convolutions, one LSTM and one linear layer")
+    lstm, linear = kinds["LSTM"][0], kinds["MatMul"][-1]
+    bias = next(weights[name] for node in kinds["Add"] if linear.output[0] in node.input for name in node.input if name in weights)
+    channels = tuple(weights[node.input[1]].shape[0] for node in kinds["Conv"])
+    hidden = weights[lstm.input[2]].shape[2]
+    model = Crnn(Shape(channels, hidden, len(bias), False))
+    convolutions = [layer for layer in model.features if isinstance(layer, nn.Conv2d)]
+    with torch.no_grad():
+        for layer, node in zip(convolutions, kinds["Conv"]):
+            layer.weight.copy_(torch.from_numpy(weights[node.input[1]].copy()))
+            layer.bias.copy_(torch.from_numpy(weights[node.input[2]].copy()))
+        for direction, suffix in enumerate(("", "_reverse")):
+            both = [weights[name][direction] for name in lstm.input[1:4]]
+            input_bias, state_bias = both[2][:4 * hidden], both[2][4 * hidden:]
+            for name, value in (("weight_ih", both[0]), ("weight_hh", both[1]), ("bias_ih", input_bias), ("bias_hh", state_bias)):
+                getattr(model.sequence, f"{name}_l0{suffix}").copy_(_torch_gates(value, hidden))
+        model.classifier.weight.copy_(torch.from_numpy(weights[linear.input[1]].T.copy()))
+        model.classifier.bias.copy_(torch.from_numpy(bias.copy()))
+    return model
+
+
+def _torch_gates(values, hidden):
+    """ONNX orders the gates input, output, forget, cell; PyTorch input, forget, cell, output."""
+    blocks = [torch.from_numpy(values[i * hidden:(i + 1) * hidden].copy()) for i in (0, 2, 3, 1)]
+    return torch.cat(blocks)

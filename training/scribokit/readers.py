@@ -1,0 +1,99 @@
+"""Readers to compare: an ONNX model of this kit, an engine through scribo-inspect, and Tesseract. Each is called with
+a list of picture paths and gives the list of readings."""
+import json
+import subprocess
+import tempfile
+from pathlib import Path
+
+import cv2
+import torch
+
+from .ctc import decode_scores
+from .maker import network_input
+from .model import from_onnx, to_input
+
+
+def load_picture(path):
+    """A picture as BGR bytes. ValueError when the file is none."""
+    picture = cv2.imread(str(path), cv2.IMREAD_COLOR)
+    if picture is None:
+        raise ValueError(f"{path}: not a picture")
+    return picture
+
+
+class ModelReader:
+    """Reads as the detector does: height 32, width 32 to 320 by the picture's proportions, best class per step."""
+
+    def __init__(self, model, alphabet):
+        self._model = model.eval()
+        self._alphabet = alphabet
+
+    def __call__(self, paths):
+        with torch.no_grad():
+            return [self.read(load_picture(path)) for path in paths]
+
+    def read(self, picture):
+        planes = network_input(picture).transpose(2, 0, 1)[None].copy()
+        with torch.no_grad():
+            return decode_scores(self._model(to_input(planes)).numpy(), self._alphabet)[0]
+
+
+def onnx_reader(path, alphabet):
+    """A reader of an exported model. ValueError when it is not of this kit's family or for another alphabet."""
+    model = from_onnx(path)
+    if model.shape.classes != len(alphabet) + 1:
+        raise ValueError(f"{path}: {model.shape.classes} classes, the alphabet needs {len(alphabet) + 1}")
+    return ModelReader(model, alphabet)
+
+
+class TesseractReader:
+    """Tesseract on one line of text; small pictures are enlarged to the height that it was trained for."""
+
+    _HEIGHT = 48
+
+    def __call__(self, paths):
+        return [self._read(path) for path in paths]
+
+    def _read(self, path):
+        picture = load_picture(path)
+        if picture.shape[0] < self._HEIGHT:
+            factor = self._HEIGHT / picture.shape[0]
+            picture = cv2.resize(picture, None, fx=factor, fy=factor, interpolation=cv2.INTER_CUBIC)
+        picture = cv2.copyMakeBorder(picture, 10, 10, 10, 10, cv2.BORDER_REPLICATE)
+        _, data = cv2.imencode(".png", picture)
+        command = ["tesseract", "stdin", "stdout", "--psm", "7", "-l", "eng"]
+        result = subprocess.run(command, input=data.tobytes(), capture_output=True, check=True, timeout=60)
+        return "".join(result.stdout.decode("utf-8", "replace").split())
+
+
+class InspectReader:
+    """An engine as the line runs it: every picture is one region for scribo-inspect, which answers in JSON lines."""
+
+    def __init__(self, program, work=None, model=None):
+        self._command = [str(program), "--json"]
+        self._command += ["--work", str(work)] if work else []
+        self._command += ["--model", model] if model else []
+
+    def __call__(self, paths):
+        with tempfile.TemporaryDirectory() as folder:
+            for number, path in enumerate(paths):
+                picture = load_picture(path)
+                cv2.imwrite(str(Path(folder) / f"{number:06d}.png"), picture)
+            result = subprocess.run(self._command + [folder], capture_output=True, check=False)
+        if result.returncode not in (0, 1):
+            raise ValueError(f"{self._command[0]}: {result.stderr.decode('utf-8', 'replace').strip()}")
+        texts = readings(result.stdout.decode("utf-8"))
+        missing = [path for number, path in enumerate(paths) if f"{number:06d}.png" not in texts]
+        if missing:
+            raise ValueError(f"{self._command[0]} gave no reading of {missing[0]}")
+        return [texts[f"{number:06d}.png"] for number in range(len(paths))]
+
+
+def readings(lines):
+    """{picture's file name: text} from scribo-inspect's JSON lines; lines without a picture are summaries."""
+    texts = {}
+    for line in lines.splitlines():
+        item = json.loads(line) if line.strip() else {}
+        if "picture" in item:
+            texts[Path(item["picture"]).name] = item.get("text", "")
+    return texts

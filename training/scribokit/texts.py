@@ -1,0 +1,106 @@
+"""What is printed: dates, lots, serials, plates, article numbers, words, and the alphabet drawn evenly.
+
+In a pattern 'A' stands for a letter, '9' for a digit, 'X' for either; ' ' is a gap, '*' a gap with an emblem or a dot
+that is not to be read; everything else stands for itself.
+"""
+import string
+
+CAPITALS = string.ascii_uppercase
+DIGITS = string.digits
+PLATE_PATTERNS = (
+    "AA 999 AA", "AA-999-AA", "AA99 AAA", "AAA 999", "AAA 9999", "AAA-9999", "999 AAA", "9AAA999", "AAA9999", "AA 99999",
+    "A*AA 9999", "AA*AA 999", "A*AA 999", "AA*A 99", "A 999 AA", "A 9999 AA", "999-AA-9", "99-AA-99", "AA-99-AA", "9AA 9999",
+    "9A9 9999", "9999 AAA", "AA 9999", "AAA9A99", "A99 AAA", "AAA 99A", "A*99999", "A*X9999", "X*XXXXX", "AA 9999 A", "99 AA 99",
+    "AAA*999", "999*AAA", "AA9 9999", "A99*99A", "9 AAA 99", "AAA 99 99", "A 99999", "99A 9999", "999 999", "99999", "99 9999",
+    "AA 999", "AA-9999", "AAAA 99", "AA 9A 9999", "AA99 A 999", "A 9999", "XXXXX", "XXXXXX", "XXXXXXX", "XXX XXX", "XXXX XXXX",
+    "AAAAAAA", "AAAA99", "A9999A", "9A99999", "AA999A", "99A999", "AAA999A", "9999 99", "AA 99 AAA", "AAA-999", "AAA*9999",
+)
+CODE_PATTERNS = (
+    "A9999", "AA9999", "A99999", "L99999", "LOT A9999", "LOT:A9999", "LOT#9999", "LOT 99999", "SN-999999", "SN:XXXXXXX", "S/N 99999",
+    "PN:9999-A", "REV(9)", "QTY:999", "9999-9999", "A9A9A9", "99A99", "XXXXXX", "XXXXXXXX", "AA-99-99", "CH.B:99999", "A9999.99",
+    "#9999", "No.99999", "99:99", "99:99 A9", "(99)999999", "AAA-999-XX", "B99 99:99", "9A99", "AAAA", "99-9999-99", "+99.9", "9.99", "MODEL A99", "TYPE 99A",
+    "XXXXX", "XXXXXXX", "XXX-XXX", "999999", "99999999", "9 999999 999999", "99 9 99999",
+)
+WORDS = (
+    "LOT EXP BEST BEFORE MADE IN CHINA GERMANY MEXICO USA BATCH DATE CODE SERIAL MODEL TYPE PART NO SIZE NET WEIGHT STERILE FRAGILE "
+    "KEEP DRY USE BY END MFG PROD PACK UNIT TEST PASS FAIL LEFT RIGHT FRONT BACK OPEN CLOSE START STOP POWER INPUT OUTPUT GROUND "
+    "Volt Watt Made Batch Lot Exp Type Model Serial Best before Date Code Part number Line Shift Valve Pump Motor Filter Class "
+    "HOTEL TAXI POLICE TRUCK SUPER MUSTANG LUCKY RACER FAST QUICK ZEPHYR JUMBO VOYAGE BOXER KING QUEEN WIZARD").split()
+MONTHS = ("JAN", "FEB", "MAR", "APR", "MAY", "JUN", "JUL", "AUG", "SEP", "OCT", "NOV", "DEC")
+
+
+def fill(pattern, dice):
+    """The pattern with its letters and digits drawn. Doubled characters are made a little more frequent than chance,
+    because a reader of sequences drops them first."""
+    result = []
+    for symbol in pattern:
+        pool = {"A": CAPITALS, "9": DIGITS, "X": CAPITALS + DIGITS}.get(symbol)
+        if pool is None:
+            result.append(symbol)
+        elif result and result[-1] in pool and dice.random() < 0.08:
+            result.append(result[-1])
+        else:
+            result.append(pool[int(dice.random() * len(pool))])
+    return "".join(result)
+
+
+def plate_text(dice):
+    if dice.random() < 0.2:
+        length = dice.randint(5, 8)
+        return "".join(dice.choice(CAPITALS + DIGITS + (" *" if 1 < i < length - 2 else "")) for i in range(length))
+    return fill(dice.choice(PLATE_PATTERNS), dice)
+
+
+def date_text(dice):
+    year, month, day = dice.randint(2015, 2039), dice.randint(1, 12), dice.randint(1, 31)
+    mark = dice.choice("-/.")
+    short = f"{year % 100:02d}"
+    return dice.choice((
+        f"{year}{mark}{month:02d}{mark}{day:02d}", f"{day:02d}{mark}{month:02d}{mark}{year}", f"{day:02d}{mark}{month:02d}{mark}{short}",
+        f"{month:02d}{mark}{year}", f"{month:02d}{mark}{short}", f"{year}{month:02d}{day:02d}", f"{day:02d} {MONTHS[month - 1]} {year}",
+        f"{day:02d}{MONTHS[month - 1]}{short}", f"EXP:{month:02d}.{short}", f"EXP {month:02d}/{year}", f"{short}{month:02d}{day:02d}",
+        f"{day:02d}{mark}{month:02d}{mark}{short} {dice.randint(0, 23):02d}:{dice.randint(0, 59):02d}"))
+
+
+def gtin_text(dice):
+    """Twelve digits and their check digit: weights 1 and 3 in turn, summed up to the next ten (GS1)."""
+    digits = [dice.randint(0, 9) for _ in range(12)]
+    check = -sum(d * (3 if i % 2 else 1) for i, d in enumerate(digits)) % 10
+    return "".join(map(str, digits + [check]))
+
+
+def word_text(dice):
+    words = [dice.choice(WORDS) for _ in range(dice.choice((1, 1, 2)))]
+    if dice.random() < 0.2:
+        words = [dice.choice((str.lower, str.title))(word) for word in words]
+    return " ".join(words)
+
+
+def even_text(alphabet, dice):
+    """Every character of the alphabet as likely as any other."""
+    return "".join(dice.choice(alphabet) for _ in range(dice.randint(3, 10)))
+
+
+def print_text(alphabet, dice):
+    kind = dice.random()
+    if kind < 0.32:
+        return fill(dice.choice(CODE_PATTERNS), dice)
+    if kind < 0.54:
+        return date_text(dice)
+    if kind < 0.60:
+        return gtin_text(dice)
+    if kind < 0.70:
+        return word_text(dice)
+    if kind < 0.85:
+        return even_text(alphabet, dice)
+    return fill(dice.choice(PLATE_PATTERNS), dice).replace("*", dice.choice(" -."))
+
+
+def label_of(text, alphabet):
+    """What a reader shall say for a drawn text: gaps and emblems are not read."""
+    return "".join(character for character in text if character in alphabet)
+
+
+def is_readable(text, alphabet):
+    """Whether a reader of this alphabet can read all of a text, and there is something to read."""
+    return set(text) - set(" *") <= set(alphabet) and label_of(text, alphabet) != ""

@@ -1,0 +1,124 @@
+"""The training loop: CTC, Adam, a learning rate that rises, stays and falls, checkpoints that a later run goes on from."""
+import json
+import math
+import os
+import time
+from dataclasses import dataclass
+from pathlib import Path
+
+import torch
+from torch import nn
+
+from .ctc import decode_scores, distance, encode
+from .model import Crnn, Shape, to_input
+
+
+@dataclass
+class Progress:
+    """What is kept besides the weights: steps done, pictures seen, seconds trained, the best line accuracy so far."""
+    steps: int = 0
+    pictures: int = 0
+    seconds: float = 0.0
+    best: float = -1.0
+
+
+def learning_rate(step, done, peak, warm_up=100):
+    """Up in a straight line over the first steps, then down along half a cosine to a fiftieth of the peak; `done` is
+    the part of the training that is over, 0 to 1."""
+    fall = 0.02 + 0.98 * 0.5 * (1 + math.cos(math.pi * min(1.0, done)))
+    return peak * fall * min(1.0, (step + 1) / warm_up)
+
+
+class Trainer:
+    def __init__(self, model, alphabet, rate=1e-3, device="cpu"):
+        self.model = model.to(device)
+        self.alphabet = alphabet
+        self.device = device
+        self.rate = rate
+        self.optimizer = torch.optim.AdamW(model.parameters(), lr=rate, weight_decay=1e-4)
+        self.loss = nn.CTCLoss(blank=0, zero_infinity=True)
+        self.progress = Progress()
+
+    def step(self, pictures, labels, rate):
+        """One batch; gives its loss. A batch whose loss is not a number changes nothing."""
+        self.model.train()
+        for group in self.optimizer.param_groups:
+            group["lr"] = rate
+        scores = self.model(to_input(pictures, self.device))
+        classes = [encode(label, self.alphabet) for label in labels]
+        target = torch.tensor([value for label in classes for value in label], dtype=torch.long)
+        lengths = torch.tensor([len(label) for label in classes])
+        steps = torch.full((len(labels),), scores.shape[0], dtype=torch.long)
+        loss = self.loss(scores.float().cpu(), target, steps, lengths)
+        self.optimizer.zero_grad(set_to_none=True)
+        if torch.isfinite(loss):
+            loss.backward()
+            nn.utils.clip_grad_norm_(self.model.parameters(), 5.0)
+            self.optimizer.step()
+        self.progress.steps += 1
+        self.progress.pictures += len(labels)
+        return float(loss)
+
+    def read(self, pictures):
+        self.model.eval()
+        with torch.no_grad():
+            return decode_scores(self.model(to_input(pictures, self.device)).cpu().numpy(), self.alphabet)
+
+    def measure(self, batches):
+        """(line accuracy, character error rate, list of wrong (picture, read, truth)) over (pictures, labels) pairs."""
+        lines = right = edits = characters = 0
+        wrong = []
+        for pictures, labels in batches:
+            for index, (read, truth) in enumerate(zip(self.read(pictures), labels)):
+                lines, right, characters = lines + 1, right + (read == truth), characters + len(truth)
+                if read != truth:
+                    edits += distance(read, truth)
+                    wrong.append((pictures[index].transpose(1, 2, 0), read, truth))
+        return right / max(1, lines), edits / max(1, characters), wrong
+
+
+def save_checkpoint(path, trainer):
+    """Writes beside the old file and renames, so that a stop in the middle leaves the old one."""
+    path = Path(path)
+    path.parent.mkdir(parents=True, exist_ok=True)
+    shape = {**trainer.model.shape.as_dict(), "channels": list(trainer.model.shape.channels)}
+    state = {"shape": json.dumps(shape), "alphabet": trainer.alphabet, "model": trainer.model.state_dict(),
+             "optimizer": trainer.optimizer.state_dict(), "progress": vars(trainer.progress), "rate": trainer.rate}
+    beside = path.with_suffix(".part")
+    torch.save(state, beside)
+    os.replace(beside, path)
+
+
+def load_model(path):
+    """(model in evaluation, alphabet, progress) of a checkpoint."""
+    state = torch.load(path, map_location="cpu")
+    model = Crnn(_shape(state))
+    model.load_state_dict(state["model"])
+    return model.eval(), state["alphabet"], Progress(**state["progress"])
+
+
+def load_trainer(path, device="cpu"):
+    """A trainer that goes on where the checkpoint was saved."""
+    state = torch.load(path, map_location="cpu")
+    trainer = Trainer(Crnn(_shape(state)), state["alphabet"], state["rate"], device)
+    trainer.model.load_state_dict(state["model"])
+    trainer.optimizer.load_state_dict(state["optimizer"])
+    trainer.progress = Progress(**state["progress"])
+    return trainer
+
+
+def _shape(state):
+    values = json.loads(state["shape"])
+    return Shape(**{**values, "channels": tuple(values["channels"])})
+
+
+class Clock:
+    """Seconds since the last lap."""
+
+    def __init__(self):
+        self._last = time.monotonic()
+
+    def lap(self):
+        now = time.monotonic()
+        passed, self._last = now - self._last, now
+        return passed
