@@ -1,0 +1,22 @@
+// The configuration file of a model package: any bytes give a configuration or a message, never a crash.
+
+#include "modelconfig.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<int>(size));
+    ModelConfig config;
+    QString error;
+    const bool valid = parseModelConfig(bytes, QStringLiteral("fuzzed.json"), &config, &error);
+    const bool masksFit
+        = config.detector.mask.empty() || config.detector.mask.size() == config.detector.output_layers.size();
+    if (valid != error.isEmpty() || (valid && !(config.hasClassAndInputSize() && masksFit))
+        || static_cast<std::size_t>(config.detector.classNum) != config.classes.size()) {
+        std::abort();
+    }
+    return 0;
+}
