@@ -49,7 +49,7 @@ HELD_OUT = (
     "*Inter-*", "*DejaVuSerif*", "*OCRABold*", "*Jura*", "*Cabin*", "*DSEG7Modern*", "*NotoSansMono*",
 )
 _EXCLUDED = ("*Italic*Light*", "*Thin*", "*-Hairline*", "*.pfb", "*.t1", "*.pcf*", "*Symbol*", "*UltraLight*", "*ExtraLight*",
-             "*HairLine*", "*Variable*", "*outline*", "*Shadow*")
+             "*HairLine*", "*Variable*", "*outline*", "*Shadow*", "OCRBE*", "OCRBX*")
 
 
 @lru_cache(maxsize=None)

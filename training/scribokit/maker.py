@@ -51,6 +51,16 @@ class FaceSet:
         return self._open[key]
 
 
+class SingleFace:
+    """One font file for everything, to draw what a certain printer prints. ValueError when it lacks capitals."""
+
+    def __init__(self, path):
+        self._face = FontFace(path)
+
+    def draw(self, use, dice):
+        return self._face
+
+
 class PictureMaker:
     """draw() gives (picture, label): height×width×3 bytes BGR, 12 to 60 pixels high, and the characters to read.
 

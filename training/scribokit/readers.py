@@ -90,10 +90,9 @@ class InspectReader:
 
 
 def readings(lines):
-    """{picture's file name: text} from scribo-inspect's JSON lines; lines without a picture are summaries."""
+    """{picture's file name: text} from scribo-inspect's JSON lines; the texts of several regions are joined."""
     texts = {}
-    for line in lines.splitlines():
-        item = json.loads(line) if line.strip() else {}
-        if "picture" in item:
-            texts[Path(item["picture"]).name] = item.get("text", "")
+    for line in filter(str.strip, lines.splitlines()):
+        item = json.loads(line)
+        texts[Path(item["picture"]).name] = "".join(region["text"] for region in item["regions"])
     return texts

@@ -1,0 +1,113 @@
+import stat
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+import cv2
+import numpy as np
+import torch
+
+from scribokit.exporting import write_onnx
+from scribokit.labels import CSV_NAME, read_labels
+from scribokit.model import Crnn, Shape
+from scribokit.readers import InspectReader, load_picture, onnx_reader, readings
+
+TRAINING = Path(__file__).resolve().parents[2] / "training"
+
+
+def run(program, *arguments):
+    return subprocess.run([sys.executable, str(TRAINING / program), *map(str, arguments)], capture_output=True, text=True, check=False)
+
+
+class MadePictures(unittest.TestCase):
+    def test_are_labelled_in_a_table_and_the_same_again(self):
+        with tempfile.TemporaryDirectory() as root:
+            for name in ("a", "b"):
+                result = run("make-pictures", Path(root) / name, "--count", 12, "--recipe", "plates", "--seed", 5, "--held-out-fonts")
+                self.assertEqual(result.returncode, 0, result.stderr)
+            pairs = read_labels(Path(root) / "a")
+            self.assertEqual(len(pairs), 12)
+            self.assertEqual((Path(root) / "a" / CSV_NAME).read_bytes(), (Path(root) / "b" / CSV_NAME).read_bytes())
+            for path, _ in pairs:
+                self.assertEqual(path.read_bytes(), (Path(root) / "b" / path.name).read_bytes())
+            self.assertTrue((Path(root) / "a-sheet.png").exists())
+
+
+class Evaluate(unittest.TestCase):
+    def folder(self, root):
+        folder = Path(root) / "set"
+        folder.mkdir()
+        for text in ("A1", "A0"):
+            cv2.imwrite(str(folder / f"{text}.png"), np.full((32, 64, 3), 200, np.uint8))
+        config = Path(root) / "m.json"
+        config.write_text('{"alphabet": "A01"}')
+        torch.manual_seed(1)
+        write_onnx(Crnn(Shape((4, 6, 8, 8, 10, 12), 8, 4)), Path(root) / "m.onnx")
+        return folder, config
+
+    def test_prints_a_table_and_writes_the_report(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder, config = self.folder(root)
+            result = run("evaluate", folder, "--onnx", Path(root) / "m.onnx", "--config", config, "--report", Path(root) / "report")
+            self.assertEqual(result.returncode, 0, result.stderr)
+            self.assertIn("| set | m | 2 |", result.stdout)
+            self.assertEqual(sorted(path.name for path in (Path(root) / "report").iterdir()), ["set-m-confusions.png", "set-m-worst.png"])
+
+    def test_wants_a_reader_and_labelled_pictures(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder, config = self.folder(root)
+            self.assertIn("nothing to measure", run("evaluate", folder).stderr)
+            empty = Path(root) / "empty"
+            empty.mkdir()
+            result = run("evaluate", empty, "--onnx", Path(root) / "m.onnx", "--config", config)
+            self.assertEqual(result.returncode, 1)
+            self.assertIn("no labelled pictures", result.stderr)
+
+    def test_refuses_a_model_of_another_alphabet(self):
+        with tempfile.TemporaryDirectory() as root:
+            self.folder(root)
+            with self.assertRaisesRegex(ValueError, "4 classes, the alphabet needs 3"):
+                onnx_reader(Path(root) / "m.onnx", "A0")
+
+    def test_names_a_file_that_is_no_picture(self):
+        with self.assertRaisesRegex(ValueError, "not a picture"):
+            load_picture(__file__)
+
+
+class Inspecting(unittest.TestCase):
+    def program(self, root, script):
+        path = Path(root) / "inspect"
+        path.write_text("#!/bin/sh\n" + script)
+        path.chmod(path.stat().st_mode | stat.S_IXUSR)
+        picture = Path(root) / "x.png"
+        cv2.imwrite(str(picture), np.zeros((8, 8, 3), np.uint8))
+        return path, picture
+
+    def test_takes_the_text_of_each_picture(self):
+        lines = ('{"picture": "/a/000001.png", "regions": [{"text": "B"}], "verdict": "OK"}\n\n'
+                 '{"picture": "000000.png", "regions": [{"text": "A"}, {"text": "C"}], "verdict": "NG"}\n')
+        self.assertEqual(readings(lines), {"000001.png": "B", "000000.png": "AC"})
+
+    def test_joins_the_items_of_a_run(self):
+        with tempfile.TemporaryDirectory() as root:
+            line = '{"picture": "000000.png", "regions": [{"text": "AB"}]}'
+            path, picture = self.program(root, f"echo '{line}'; exit 1\n")
+            self.assertEqual(InspectReader(path)([picture]), ["AB"])
+
+    def test_tells_the_programs_fault(self):
+        with tempfile.TemporaryDirectory() as root:
+            path, picture = self.program(root, "echo no such model >&2; exit 2\n")
+            with self.assertRaisesRegex(ValueError, "no such model"):
+                InspectReader(path)([picture])
+
+    def test_notices_a_missing_reading(self):
+        with tempfile.TemporaryDirectory() as root:
+            path, picture = self.program(root, "exit 0\n")
+            with self.assertRaisesRegex(ValueError, "gave no reading"):
+                InspectReader(path)([picture])
+
+
+if __name__ == "__main__":
+    unittest.main()

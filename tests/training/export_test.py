@@ -1,0 +1,141 @@
+import json
+import tempfile
+import unittest
+from pathlib import Path
+
+import onnx
+import torch
+
+from scribokit.exporting import TOLERANCE, export_difference, write_onnx, write_package
+from scribokit.model import Crnn, Shape, folded, from_onnx, to_input
+from scribokit.supply import Supply
+from scribokit.training import Trainer, learning_rate, load_model, load_trainer, save_checkpoint
+
+SMALL = Shape((4, 6, 8, 8, 10, 12), 8, 4)
+
+
+def stirred():
+    """A network whose normalisation has seen something."""
+    torch.manual_seed(2)
+    model = Crnn(SMALL).train()
+    for _ in range(3):
+        model(torch.randn(4, 3, 32, 64) * 2 + 0.5)
+    return model.eval()
+
+
+class Exporting(unittest.TestCase):
+    def test_folds_the_normalisation_without_changing_the_scores(self):
+        model = stirred()
+        picture = torch.randn(1, 3, 32, 77)
+        self.assertLess(float((model(picture) - folded(model)(picture)).abs().max()), 1e-4)
+
+    def test_writes_the_names_the_axes_and_a_soft_max(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "m.onnx"
+            self.assertLessEqual(write_onnx(stirred(), path), TOLERANCE)
+            written = onnx.load(str(path))
+        graph = written.graph
+        self.assertEqual(written.opset_import[0].version, 13)
+        dims = [d.dim_param or d.dim_value for d in graph.input[0].type.tensor_type.shape.dim]
+        self.assertEqual((graph.input[0].name, dims), ("input", [1, 3, 32, "width"]))
+        dims = [d.dim_param or d.dim_value for d in graph.output[0].type.tensor_type.shape.dim]
+        self.assertEqual((graph.output[0].name, dims), ("output", ["steps", 1, 4]))
+        kinds = [node.op_type for node in graph.node]
+        self.assertNotIn("BatchNormalization", kinds)
+        self.assertEqual(kinds[-1], "Softmax")
+
+    def test_notices_weights_that_are_not_the_models(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "m.onnx"
+            write_onnx(stirred(), path)
+            other = stirred()
+            with torch.no_grad():
+                other.classifier.bias[1] += 1
+            self.assertGreater(export_difference(other, path), TOLERANCE)
+
+    def test_is_read_back_to_train_on(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "m.onnx"
+            write_onnx(stirred(), path)
+            model = from_onnx(path)
+        self.assertEqual((model.shape.channels, model.shape.hidden, model.shape.classes), (SMALL.channels, 8, 4))
+
+    def test_of_another_layout_is_refused(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "m.onnx"
+            torch.onnx.export(torch.nn.Conv2d(3, 4, 3), torch.zeros(1, 3, 8, 8), str(path))
+            with self.assertRaisesRegex(ValueError, "six convolutions"):
+                from_onnx(path)
+
+    def test_writes_a_package_whose_configuration_has_the_models_alphabet(self):
+        with tempfile.TemporaryDirectory() as folder:
+            base = Path(folder) / "base.json"
+            base.write_text('{"classes": [], "alphabet": "XYZ"}')
+            files = write_package(stirred(), "ABC", Path(folder) / "out", "model_p1_1", base, "# card\n")
+            self.assertEqual([path.name for path in files], ["model_p1_1.onnx", "model_p1_1.json", "model_p1_1.md"])
+            self.assertEqual(json.loads(files[1].read_text())["alphabet"], "ABC")
+            self.assertEqual(sorted(path.name for path in (Path(folder) / "out").iterdir()), sorted(path.name for path in files))
+
+
+class Training(unittest.TestCase):
+    def batch(self):
+        supply = Supply("clean", "0123456789", 1, 512, 192, 0)
+        return supply.next()
+
+    def trainer(self):
+        torch.manual_seed(1)
+        return Trainer(Crnn(Shape((4, 6, 8, 8, 10, 12), 8, 11)), "0123456789")
+
+    def test_goes_on_from_a_checkpoint_as_if_it_had_not_stopped(self):
+        batches = [self.batch() for _ in range(2)]
+        trainer = self.trainer()
+        trainer.step(*batches[0], 1e-3)
+        with tempfile.TemporaryDirectory() as folder:
+            save_checkpoint(Path(folder) / "run" / "last.pt", trainer)
+            resumed = load_trainer(Path(folder) / "run" / "last.pt")
+            self.assertEqual(resumed.progress.pictures, len(batches[0][1]))
+            losses = [t.step(*batches[1], 1e-3) for t in (trainer, resumed)]
+            self.assertAlmostEqual(losses[0], losses[1], places=5)
+            for ours, theirs in zip(trainer.model.parameters(), resumed.model.parameters()):
+                self.assertTrue(torch.allclose(ours, theirs, atol=1e-6))
+            model, alphabet, progress = load_model(Path(folder) / "run" / "last.pt")
+        self.assertEqual((alphabet, progress.steps), ("0123456789", 1))
+        self.assertFalse(model.training)
+
+    def test_is_left_unharmed_by_a_loss_that_is_not_a_number(self):
+        trainer = self.trainer()
+        pictures, labels = self.batch()
+        with torch.no_grad():
+            trainer.model.classifier.bias[0] = float("nan")
+        before = [p.clone() for p in trainer.model.features.parameters()]
+        trainer.step(pictures, labels, 1e-3)
+        for old, new in zip(before, trainer.model.features.parameters()):
+            self.assertTrue(torch.equal(old, new))
+
+    def test_measures_lines_and_characters(self):
+        trainer = self.trainer()
+        pictures, labels = self.batch()
+        trainer.read = lambda batch: [labels[0]] + ["" for _ in labels[1:]]
+        accuracy, errors, wrong = trainer.measure([(pictures, labels)])
+        self.assertAlmostEqual(accuracy, 1 / len(labels))
+        self.assertAlmostEqual(errors, sum(map(len, labels[1:])) / sum(map(len, labels)))
+        self.assertEqual(len(wrong), len(labels) - 1)
+
+    def test_rate_rises_then_falls_to_a_fiftieth(self):
+        self.assertLess(learning_rate(0, 0.0, 1.0), 0.02)
+        self.assertAlmostEqual(learning_rate(1000, 0.0, 1.0), 1.0)
+        self.assertAlmostEqual(learning_rate(1000, 1.0, 1.0), 0.02)
+        self.assertAlmostEqual(learning_rate(1000, 2.0, 1.0), 0.02)
+
+    def test_pictures_come_from_workers_too(self):
+        supply = Supply("clean", "0123456789", 1, 256, 192, 1)
+        try:
+            pictures, labels = supply.next()
+        finally:
+            supply.close()
+        self.assertEqual(len(pictures), len(labels))
+        self.assertEqual(to_input(pictures).shape[1:3], (3, 32))
+
+
+if __name__ == "__main__":
+    unittest.main()

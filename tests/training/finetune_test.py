@@ -1,0 +1,119 @@
+import random
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+import cv2
+import numpy as np
+import torch
+
+from scribokit.exporting import write_onnx
+from scribokit.finetune import MixedMaker, split, varied
+from scribokit.labels import read_labels
+from scribokit.model import Crnn, Shape
+
+PROGRAM = Path(__file__).resolve().parents[2] / "training" / "fine-tune"
+
+
+def run(*arguments):
+    return subprocess.run([sys.executable, str(PROGRAM), *map(str, arguments)], capture_output=True, text=True, check=False)
+
+
+def picture(width=100):
+    return np.full((32, width, 3), 128, np.uint8)
+
+
+class Split(unittest.TestCase):
+    def test_keeps_pictures_of_one_label_together(self):
+        pairs = [(f"{label}{i}", label) for label in "ABCDEFGH" for i in range(3)]
+        train, held = split(pairs, 0.25, 1)
+        self.assertEqual(sorted(train + held), sorted(pairs))
+        self.assertFalse({label for _, label in train} & {label for _, label in held})
+        self.assertEqual(len(held), 6)
+
+    def test_of_a_single_label_takes_some_pictures(self):
+        train, held = split([(str(i), "A") for i in range(8)], 0.25, 1)
+        self.assertEqual((len(train), len(held)), (6, 2))
+
+    def test_is_the_same_for_the_same_seed(self):
+        pairs = [(str(i), str(i % 7)) for i in range(30)]
+        self.assertEqual(split(pairs, 0.3, 4), split(pairs, 0.3, 4))
+
+
+class Mixing(unittest.TestCase):
+    class Drawn:
+        def draw(self):
+            return picture(), "drawn"
+
+    def test_rehearses_as_often_as_asked(self):
+        maker = MixedMaker([(picture(), "line")], self.Drawn(), 0.6, 1)
+        drawn = sum(maker.draw()[1] == "drawn" for _ in range(1000))
+        self.assertTrue(520 < drawn < 680, drawn)
+
+    def test_leaves_out_pictures_too_narrow_for_their_labels(self):
+        with self.assertRaisesRegex(ValueError, "wide enough"):
+            MixedMaker([(picture(20), "far too long a label")], self.Drawn(), 0.0, 1)
+
+    def test_varies_a_picture_but_keeps_its_size(self):
+        source = np.random.default_rng(1).integers(0, 255, (20, 60, 3), np.uint8)
+        results = [varied(source, random.Random(seed)) for seed in (1, 2)]
+        for result in results:
+            self.assertEqual((result.shape, result.dtype), (source.shape, np.uint8))
+        self.assertFalse(np.array_equal(*results))
+
+
+class Command(unittest.TestCase):
+    def archive(self, root, count=8):
+        folder = Path(root) / "AISavePic" / "m_p1_1_C1_T1" / "OK"
+        folder.mkdir(parents=True)
+        for number in range(count):
+            text = f"A{number}"
+            image = picture()
+            cv2.putText(image, text, (10, 25), cv2.FONT_HERSHEY_SIMPLEX, 0.8, (0, 0, 0), 2)
+            cv2.imwrite(str(folder / f"C1_T1ROI1_1121_075610_{number:03d}_{text}.bmp"), image)
+        (folder / "C1_T1ROI1_1121_075610_999_DAMAGED.bmp").write_bytes(b"BM")
+
+    def test_collects_an_archive_for_labelling(self):
+        with tempfile.TemporaryDirectory() as root:
+            self.archive(root)
+            result = run("label", root, Path(root) / "labelled")
+            self.assertEqual(result.returncode, 0, result.stderr)
+            self.assertIn("DAMAGED.bmp cannot be read", result.stderr)
+            pairs = read_labels(Path(root) / "labelled")
+            self.assertEqual([label for _, label in pairs], [f"A{n}" for n in range(8)])
+            self.assertTrue(all(path.exists() for path, _ in pairs))
+            self.assertIsNotNone(cv2.imread(str(Path(root) / "labelled" / "sheet-00.png")))
+
+    def test_says_that_a_folder_is_no_archive(self):
+        with tempfile.TemporaryDirectory() as root:
+            result = run("label", root, Path(root) / "labelled")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("no archived pictures", result.stderr)
+
+    def test_trains_reports_and_writes_a_package(self):
+        with tempfile.TemporaryDirectory() as root:
+            self.archive(root)
+            run("label", root, Path(root) / "labelled")
+            config = Path(root) / "m.json"
+            config.write_text('{"classes": [], "alphabet": "A0123456789"}')
+            torch.manual_seed(1)
+            write_onnx(Crnn(Shape((4, 6, 8, 8, 10, 12), 8, 12)), Path(root) / "m.onnx")
+            result = run("train", Path(root) / "m.onnx", Path(root) / "labelled", Path(root) / "run", "--config", config, "--minutes", "0.05",
+                         "--known", "10", "--columns", "512", "--threads", "1")
+            self.assertEqual(result.returncode, 0, result.stderr)
+            self.assertIn("| lines right | before | after |", result.stdout)
+            self.assertIn("2 pictures held out", result.stdout)
+            self.assertTrue((Path(root) / "run" / "ocr_printed_p1_2.onnx").exists())
+
+    def test_names_a_text_outside_the_alphabet(self):
+        with tempfile.TemporaryDirectory() as root:
+            cv2.imwrite(str(Path(root) / "AÄ.png"), picture())
+            result = run("train", "m.onnx", root, Path(root) / "run")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("outside the alphabet", result.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()

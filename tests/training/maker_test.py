@@ -1,0 +1,123 @@
+import random
+import unittest
+
+import numpy as np
+
+from scribokit.alphabet import read_alphabet
+from scribokit.batches import Batches
+from scribokit.ctc import steps_needed
+from scribokit.faces import FontFace, StrokeFace, rounded
+from scribokit.fontlist import PLATE, PRINT, font_files
+from scribokit.maker import RECIPES, PictureMaker, network_input
+from scribokit.scene import set_line
+from scribokit.texts import PLATE_PATTERNS, fill, gtin_text, is_readable, label_of, plate_text
+
+ALPHABET = read_alphabet()
+
+
+class Pictures(unittest.TestCase):
+    def test_of_every_recipe_are_small_colour_pictures_with_labels_of_the_alphabet(self):
+        for recipe in sorted(RECIPES):
+            maker = PictureMaker(recipe, ALPHABET, 3)
+            for _ in range(40):
+                picture, label = maker.draw()
+                self.assertEqual((picture.dtype, picture.shape[2]), (np.uint8, 3))
+                self.assertTrue(12 <= picture.shape[0] <= 60, picture.shape)
+                self.assertTrue(label and set(label) <= set(ALPHABET), label)
+
+    def test_are_the_same_for_the_same_seed_and_others_for_another(self):
+        first, again, other = ([PictureMaker("mix", ALPHABET, seed).draw() for _ in range(1)][0] for seed in (5, 5, 6))
+        self.assertEqual(first[1], again[1])
+        self.assertTrue(np.array_equal(first[0], again[0]))
+        self.assertFalse(first[1] == other[1] and np.array_equal(first[0], other[0]))
+
+    def test_are_not_blank(self):
+        maker = PictureMaker("moderate", ALPHABET, 4)
+        for _ in range(40):
+            self.assertGreater(maker.draw()[0].std(), 2)
+
+    def test_show_the_given_texts_only(self):
+        maker = PictureMaker("clean", "01", 1, write=lambda dice: dice.choice(("01", "0 1", "X1", "10")))
+        self.assertEqual({maker.draw()[1] for _ in range(40)}, {"01", "10"})
+
+
+class NetworkInput(unittest.TestCase):
+    def test_has_height_32_and_a_width_of_the_same_proportions_within_the_limits(self):
+        for (rows, columns), width in {(32, 100): 100, (10, 32): 102, (32, 10): 32, (32, 2000): 320, (60, 100): 53}.items():
+            self.assertEqual(network_input(np.zeros((rows, columns, 3), np.uint8)).shape, (32, width, 3))
+
+
+class BatchesOfPictures(unittest.TestCase):
+    def test_have_one_width_and_labels_that_fit_its_steps(self):
+        batches = Batches(PictureMaker("mix", ALPHABET, 8), 512, 192)
+        for _ in range(10):
+            pictures, labels = batches.next()
+            self.assertEqual(pictures.shape[:3], (len(labels), 3, 32))
+            self.assertTrue(32 <= pictures.shape[3] <= 192 and pictures.shape[3] % 16 == 0)
+            self.assertGreaterEqual(pictures.shape[3] * len(labels), 512)
+            for label in labels:
+                self.assertLessEqual(steps_needed(label), pictures.shape[3] // 4)
+
+
+class Texts(unittest.TestCase):
+    def test_fill_patterns(self):
+        dice = random.Random(1)
+        for _ in range(200):
+            self.assertRegex(fill("AA-99 X*", dice), r"^[A-Z]{2}-\d{2} [A-Z0-9]\*$")
+
+    def test_of_article_numbers_carry_the_check_digit(self):
+        dice = random.Random(2)
+        for _ in range(50):
+            digits = [int(d) for d in gtin_text(dice)]
+            self.assertEqual(sum(d * (3 if i % 2 else 1) for i, d in enumerate(digits)) % 10, 0)
+
+    def test_of_plates_have_capitals_and_digits(self):
+        dice = random.Random(3)
+        for _ in range(200):
+            self.assertRegex(plate_text(dice), r"^[A-Z0-9 *-]+$")
+        self.assertEqual(len(set(PLATE_PATTERNS)), len(PLATE_PATTERNS))
+
+    def test_are_labelled_without_gaps_and_emblems(self):
+        self.assertEqual(label_of("A*BC 12-3", ALPHABET), "ABC12-3")
+
+    def test_outside_the_alphabet_are_not_readable(self):
+        self.assertTrue(is_readable("1 2*", "12"))
+        for text in ("13", " *", ""):
+            self.assertFalse(is_readable(text, "12"), text)
+
+
+class Faces(unittest.TestCase):
+    def test_held_out_are_never_trained_on(self):
+        for use in (PLATE, PRINT):
+            held, others = font_files(use, True), font_files(use, False)
+            self.assertTrue(held)
+            self.assertTrue(others)
+            self.assertFalse(set(held) & set(others))
+
+    def test_have_one_cap_height(self):
+        for path in font_files(PRINT, False)[::25]:
+            self.assertTrue(36 <= FontFace(path).glyph("H").mask.shape[0] <= 44, path)
+
+    def test_lack_what_the_font_lacks(self):
+        face = FontFace(font_files(PRINT, False)[0])
+        self.assertIsNone(face.glyph("\uffff"))
+        self.assertIsNone(set_line("A\uffff", face))
+
+    def test_of_strokes_have_capitals_and_digits_and_nothing_else(self):
+        face = StrokeFace(1)
+        for character in "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-":
+            self.assertGreater(face.glyph(character).mask.max(), 200)
+        self.assertIsNone(face.glyph("a"))
+
+    def test_of_strokes_keep_ends_and_round_corners(self):
+        points = rounded(np.array([[0.0, 0], [10, 0], [10, 10]]), 3)
+        self.assertTrue(np.allclose(points[0], [0, 0]) and np.allclose(points[-1], [10, 10]))
+        self.assertFalse(any(np.allclose(point, [10, 0]) for point in points))
+
+    def test_set_a_line_that_is_too_long_as_none(self):
+        self.assertIsNone(set_line("W" * 80, StrokeFace(1)))
+        self.assertIsNone(set_line(" * ", StrokeFace(1)))
+
+
+if __name__ == "__main__":
+    unittest.main()
