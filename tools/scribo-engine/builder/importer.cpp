@@ -24,6 +24,9 @@ const ImportTable& importTable()
     return table;
 }
 
+/// An engine file ends at 2 GB, and constants that are worked out on the way must not fill the memory.
+constexpr std::size_t mostConstantBytes = std::size_t(1500) << 20;
+
 std::string quoted(const std::string& name)
 {
     return "'" + name + "'";
@@ -66,6 +69,10 @@ std::unique_ptr<format::NetworkT> Importer::run()
     importInitializers(graph);
     importInput();
     for (const onnx::NodeProto& proto : graph.node()) {
+        if (constantBytes > mostConstantBytes) {
+            problem("its constants take more than 1.5 GB, too much for an engine file");
+            break;
+        }
         importNode(OnnxNode(proto, problems));
     }
     importOutputs();
@@ -80,7 +87,9 @@ void Importer::importInitializers(const onnx::GraphProto& source)
     for (const onnx::TensorProto& proto : source.initializer()) {
         TensorT constant;
         std::string error;
-        if (readTensor(proto, &constant, &error)) {
+        if (constantBytes > mostConstantBytes) {
+            define(proto.name(), -1);
+        } else if (readTensor(proto, &constant, &error)) {
             define(proto.name(), addTensor(std::move(constant)));
         } else {
             problem(error);
@@ -326,6 +335,7 @@ void Importer::importBranch(const OnnxNode& node, const onnx::GraphProto& branch
 
 int Importer::addTensor(TensorT tensor)
 {
+    constantBytes += tensor.constant.size();
     network->tensors.push_back(std::make_unique<TensorT>(std::move(tensor)));
     return static_cast<int>(network->tensors.size()) - 1;
 }

@@ -109,6 +109,7 @@ private:
     std::unique_ptr<format::NetworkT> network = std::make_unique<format::NetworkT>();
     /// What every name of the graph stands for; -1 for an output of a node that was refused.
     std::unordered_map<std::string, int> tensors;
+    std::size_t constantBytes = 0;
     /// The names that nodes and outputs of the graph read.
     std::unordered_set<std::string> readNames;
 };

@@ -38,6 +38,16 @@ bool mergeAll(Profile* profile, const std::vector<cpu::Value>& values)
 
 bool profileNetwork(const format::NetworkT& network, const WidthRange& range, Profile* profile, std::string* error)
 {
+    std::size_t constantBytes = 0;
+    for (const auto& tensor : network.tensors) {
+        constantBytes += tensor->constant.size();
+    }
+    // A buffer ends at 2 GB; beyond the constants there is little in it.
+    constexpr std::size_t mostConstantBytes = std::size_t(2000) << 20;
+    if (constantBytes > mostConstantBytes) {
+        *error = "its constants are too large for an engine file";
+        return false;
+    }
     flatbuffers::FlatBufferBuilder buffer;
     buffer.Finish(format::Network::Pack(buffer, &network));
     const auto* packed = flatbuffers::GetRoot<format::Network>(buffer.GetBufferPointer());

@@ -20,7 +20,7 @@ struct EndShapes
 
 QString text(const flatbuffers::String* string)
 {
-    return string ? QString::fromUtf8(string->c_str(), static_cast<int>(string->size())) : QString();
+    return string ? QString::fromStdString(string->str()) : QString();
 }
 
 bool isWeight(const format::Tensor& tensor)

@@ -36,7 +36,7 @@ QString shapeText(const std::vector<std::int64_t>& extents)
     }
     QStringList parts;
     for (std::int64_t extent : extents) {
-        parts << (extent < 0 ? QStringLiteral("W") : QString::number(extent));
+        parts << (extent < 0 ? QStringLiteral("*") : QString::number(extent));
     }
     return parts.join(QLatin1Char('x'));
 }

@@ -14,7 +14,7 @@ QString countText(std::size_t count, const char* what);
 QString bytesText(std::size_t bytes);
 /// "499,047".
 QString groupedText(std::int64_t number);
-/// "1x3x32xW"; the open extent is W, "scalar" for no extents.
+/// "1x3x32x*"; the width decides an extent of *; "scalar" for no extents.
 QString shapeText(const std::vector<std::int64_t>& extents);
 
 } // namespace scribo::tool

@@ -7,12 +7,15 @@ namespace scribo::builder {
 
 bool foldConstants(NetworkT& network)
 {
+    // What a model of a sane size folds stays far below; the rest is computed at run time.
+    std::size_t room = std::size_t(256) << 20;
     std::set<const OperationT*> folded;
     for (const auto& operation : network.operations) {
         std::optional<TensorT> value = evaluate(network, *operation);
-        if (!value) {
+        if (!value || value->constant.size() > room) {
             continue;
         }
+        room -= value->constant.size();
         TensorT& output = *network.tensors[static_cast<std::size_t>(operation->outputs.front())];
         output.dims = std::move(value->dims);
         output.constant = std::move(value->constant);
