@@ -55,10 +55,20 @@ bool HostLog::open(const QString& path, QString* error)
     const QMutexLocker lock(&mutex);
     file.setFileName(path);
     const auto start = QFileInfo(path).size() > largestFile ? QIODevice::Truncate : QIODevice::Append;
-    if (file.open(QIODevice::WriteOnly | start))
+    isDecided = true;
+    if (file.open(QIODevice::WriteOnly | start)) {
+        file.write(early);
+        file.flush();
         return true;
+    }
     *error = path + QStringLiteral(": cannot be written: ") + file.errorString();
     return false;
+}
+
+void HostLog::setVerbose(bool verbose)
+{
+    const QMutexLocker lock(&mutex);
+    showsOnTerminal = verbose;
 }
 
 void HostLog::send(google::LogSeverity severity, const char* /*fullName*/, const char* baseName, int line,
@@ -83,6 +93,8 @@ void HostLog::write(const QByteArray& level, const QByteArray& place, const QByt
     const QByteArray time = QDateTime::currentDateTime().toString(Qt::ISODateWithMs).toLatin1();
     const QByteArray line = time + ' ' + level + ' ' + place + "  " + message + '\n';
     const QMutexLocker lock(&mutex);
+    if (!isDecided)
+        early += line;
     if (file.isOpen()) {
         file.write(line);
         file.flush();

@@ -8,6 +8,8 @@
 
 /// Takes the log of both loggers, Qt's and glog's, away from the terminal and into one file, in the order of
 /// time. There can be one at a time; the loggers must not be in use by other threads while it comes and goes.
+///
+/// What is logged before the file is open is kept for it.
 class HostLog : public google::LogSink
 {
 public:
@@ -20,7 +22,7 @@ public:
     /// file and the reason in `error`; the log then goes nowhere.
     bool open(const QString& path, QString* error);
     /// Shows the log on the terminal too.
-    void setVerbose(bool verbose) { showsOnTerminal = verbose; }
+    void setVerbose(bool verbose);
 
     using google::LogSink::send;
     void send(google::LogSeverity severity, const char* fullName, const char* baseName, int line,
@@ -32,6 +34,8 @@ private:
 
     QFile file;
     QMutex mutex; ///< guards the file; both loggers are called from any thread
+    QByteArray early; ///< logged before open()
+    bool isDecided = false; ///< open() was called
     bool showsOnTerminal = false;
 };
 

@@ -69,10 +69,9 @@ QJsonObject toJson(const RegionResult& region)
     return object;
 }
 
+/// Of a list that is not empty.
 double median(QList<double> values)
 {
-    if (values.isEmpty())
-        return 0;
     std::sort(values.begin(), values.end());
     const int middle = values.size() / 2;
     return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
@@ -135,7 +134,7 @@ QString Totals::summary() const
         .arg(ng)
         .arg(faults)
         .arg(faults == 1 ? QStringLiteral("fault") : QStringLiteral("faults"))
-        .arg(formatMilliseconds(median(milliseconds)));
+        .arg(milliseconds.isEmpty() ? QStringLiteral("-") : formatMilliseconds(median(milliseconds)));
 }
 
 QByteArray toJsonLine(const PictureResult& picture)

@@ -13,8 +13,9 @@
 
 #include <cstdio>
 
-Command::Command(const Options& options)
+Command::Command(const Options& options, HostLog& log)
     : options(options)
+    , log(log)
 {
 }
 

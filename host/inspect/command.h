@@ -28,7 +28,8 @@ constexpr int fault = 2;
 class Command
 {
 public:
-    explicit Command(const Options& options);
+    /// `log` must outlive the command: the processor's threads may write to it at any time.
+    Command(const Options& options, HostLog& log);
 
     /// Returns the exit code.
     int run();
@@ -60,7 +61,7 @@ private:
     void print(const QByteArray& text);
 
     Options options;
-    HostLog log;
+    HostLog& log;
     QList<PictureFile> pictures;
     RegionPlan plan;
     QString workFolder;

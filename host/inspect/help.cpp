@@ -1,15 +1,15 @@
 #include "help.h"
 
-const char helpText[] = R"(usage: scribo-inspect [OPTION]... PICTURE|FOLDER...
+const char helpText[] = R"(Usage: scribo-inspect [OPTION]... PICTURE|FOLDER...
 Reads and judges the printed text in pictures through the processor plug-in.
 
 where     --region X,Y,W,H     one line of text, in pixels; repeatable. Without
                                regions the whole picture is one
           --regions FILE.json  [[X,Y,W,H], ...] for all pictures, or an object
                                {"PICTURE": [...]}; a region may also be
-                               {"rect": [...], "reference": "...", "count": [..]}
+                               {"rect": [..], "reference": "..", "count": [..]}
 judging   --compare off|fixed|auto    --reference TEXT    --count MIN:MAX
-settings  --model NAME         or its beginning; default: the first model
+settings  --model NAME         or its beginning; default: the first one
           --settings FILE.json         start with these settings; must exist
           --save-settings FILE.json    write them at the end, as learned
           --set N=VALUE        a parameter: a number, LOW:HIGH limits, a text, a

@@ -13,12 +13,18 @@ int main(int argc, char** argv)
     // Overlays are drawn with fonts, which need a window system; none is asked for, since no window opens.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QGuiApplication application(argc, argv);
     google::InitGoogleLogging(argv[0]);
+    HostLog log;
+    // The command line is ours alone: Qt would take --plugin and others for its own.
+    int programOnly = 1;
+    const QGuiApplication application(programOnly, argv);
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
 
     Options options;
     QString error;
-    if (!parseOptions(QCoreApplication::arguments(), &options, &error)) {
+    if (!parseOptions(arguments, &options, &error)) {
         std::fprintf(stderr, "scribo-inspect: %s\nTry: scribo-inspect --help\n", error.toUtf8().constData());
         return ExitCode::fault;
     }
@@ -30,5 +36,5 @@ int main(int argc, char** argv)
         std::puts("scribo-inspect " SCRIBO_VERSION);
         return ExitCode::allOk;
     }
-    return Command(options).run();
+    return Command(options, log).run();
 }
