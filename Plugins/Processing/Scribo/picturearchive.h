@@ -30,8 +30,8 @@ struct PluginSettings;
 ///
 /// The inspecting thread only copies a picture; writers on Qt's global thread pool convert and save it. All
 /// operations but queuePicture() and drainPendingPictures() belong to that one inspecting thread. Destroying the
-/// archive waits for nothing: pictures that were queued are still written, and the thread pool finishes its work before
-/// the application ends.
+/// archive waits for nothing: pictures that were queued are still written, and the destruction of QCoreApplication
+/// waits for them. A program that ends by exit() instead loses what still waits.
 ///
 /// The cap looks at the files in the folder alone. Pictures that are still queued are not among them, so a
 /// folder can come to hold as many more than its limit as may be queued or in a writer's hands just then.
