@@ -1,0 +1,206 @@
+#include "filetool.h"
+#include "inspector.h"
+#include "parameters.h"
+#include "processorplugin.h"
+#include "settingsfile.h"
+#include "station.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QJsonArray>
+
+namespace {
+
+class HostParameters : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        station.write("model/ocr_a_p1_1_v2.trt", {});
+        QDir::setCurrent(station.path("."));
+        QString error;
+        ASSERT_TRUE(plugin.load(FAKE_PROCESSOR_FILE, &error)) << qPrintable(error);
+        processor = plugin.makeInstance(&tool);
+        ASSERT_NE(processor, nullptr);
+    }
+
+    void TearDown() override { QDir::setCurrent("/"); }
+
+    QString set(int number, const QString& value)
+    {
+        QString error;
+        const bool isSet = setParameter(*processor, number, value, &error);
+        EXPECT_EQ(isSet, error.isEmpty());
+        return error;
+    }
+
+    QString describe(int number) { return describeParameter(*processor->params()->at(number - 1)); }
+
+    Station station;
+    FileTool tool;
+    ProcessorPlugin plugin;
+    std::unique_ptr<ProcessorInterface> processor;
+};
+
+} // namespace
+
+TEST_F(HostParameters, SetsEachKindFromAText)
+{
+    EXPECT_EQ(set(2, "ocr_a_p1_1_v2"), "");
+    EXPECT_EQ(describe(2), "ocr_a_p1_1_v2.trt");
+    EXPECT_EQ(set(9, "2"), "");
+    EXPECT_EQ(describe(9), "1 off | [2 固定字符] | 3 auto");
+    EXPECT_EQ(set(9, "auto"), "");
+    EXPECT_EQ(describe(9), "1 off | 2 固定字符 | [3 auto]");
+    EXPECT_EQ(set(4, "on,off"), "");
+    EXPECT_EQ(describe(4), "[1 save OK] | 2 save NG");
+    EXPECT_EQ(set(10, "A=B:\"ü\""), "");
+    EXPECT_EQ(describe(10), "\"A=B:\"ü\"\"");
+    EXPECT_EQ(set(13, "3:12"), "");
+    EXPECT_EQ(set(13, "7"), "");
+    EXPECT_EQ(describe(13), "7 (limits 3:12)");
+    EXPECT_EQ(describe(1), "");
+}
+
+TEST_F(HostParameters, SaysWhyAValueIsRefusedAndChangesNothing)
+{
+    EXPECT_EQ(set(0, "1"), "parameter 0: the processor has no such parameter (see --list-params)");
+    EXPECT_EQ(set(14, "1"), "parameter 14: the processor has no such parameter (see --list-params)");
+    EXPECT_EQ(set(1, "1"), "parameter 1: is a heading, which has no value");
+    EXPECT_EQ(set(7, "x"), "parameter 7: is written by the processor itself");
+    EXPECT_EQ(set(2, "b"), "parameter 2: no such model: \"b\" (ocr_a_p1_1_v1.trt, ocr_a_p1_1_v2.trt)");
+    EXPECT_EQ(set(2, ""), "parameter 2: no such model: \"\" (ocr_a_p1_1_v1.trt, ocr_a_p1_1_v2.trt)");
+    EXPECT_EQ(set(2, "ocr_a"), "parameter 2: model \"ocr_a\" stands for several: ocr_a_p1_1_v1.trt, ocr_a_p1_1_v2.trt");
+    EXPECT_EQ(set(9, "4"), "parameter 9: \"4\" is none of the choices: [1 off] | 2 固定字符 | 3 auto");
+    EXPECT_EQ(set(9, "0"), "parameter 9: \"0\" is none of the choices: [1 off] | 2 固定字符 | 3 auto");
+    const QString switches = " must be \"on\" or \"off\" for each of 2 choices, separated by commas";
+    for (const char* const text : {"on", "on,on,on", "on,", "1,0"})
+        EXPECT_EQ(set(4, text), QString("parameter 4: \"%1\"").arg(text) + switches);
+    EXPECT_EQ(set(5, "many"), "parameter 5: \"many\" is not a number");
+    EXPECT_EQ(set(5, "10000"), "parameter 5: 10000 is not between 0 and 9999");
+    EXPECT_EQ(set(5, "9:3"), "parameter 5: the lower limit 9 is above the upper limit 3");
+    EXPECT_EQ(set(5, "0:x"), "parameter 5: \"x\" is not a number");
+    EXPECT_EQ(describe(2), "");
+    EXPECT_EQ(describe(4), "1 save OK | 2 save NG");
+    EXPECT_EQ(describe(5), "0 (limits 0:1000)");
+}
+
+TEST_F(HostParameters, ReadsAssignments)
+{
+    QString error;
+    EXPECT_TRUE(setParameter(*processor, "10=a=b", &error));
+    EXPECT_EQ(describe(10), "\"a=b\"");
+    for (const char* const text : {"10", "=5", "x=5", ""}) {
+        EXPECT_FALSE(setParameter(*processor, text, &error));
+        EXPECT_EQ(error, QString("\"%1\" is not NUMBER=VALUE").arg(text));
+    }
+}
+
+TEST_F(HostParameters, SettingsComeBackFromTheirFile)
+{
+    set(9, "2");
+    set(10, "LOT:\"Ä\"");
+    QString error;
+    ASSERT_TRUE(writeSettings(station.path("s.json"), *processor, &error)) << qPrintable(error);
+    const auto other = plugin.makeInstance(&tool);
+    ASSERT_TRUE(readSettings(station.path("s.json"), *other, &error)) << qPrintable(error);
+    QJsonObject expected;
+    QJsonObject actual;
+    processor->saveParams(expected);
+    other->saveParams(actual);
+    EXPECT_EQ(actual, expected);
+    EXPECT_EQ(actual["paramsWrap"].toArray()[9].toObject()["values"].toString(), "LOT:\"Ä\"");
+}
+
+TEST_F(HostParameters, DamagedSettingsChangeNothing)
+{
+    const auto errorOf = [&](const QByteArray& json) {
+        station.write("s.json", json);
+        QString error;
+        EXPECT_FALSE(readSettings(station.path("s.json"), *processor, &error));
+        EXPECT_EQ(station.read("s.json"), json);
+        return error.mid(station.path("s.json").size());
+    };
+    QJsonObject before;
+    processor->saveParams(before);
+    EXPECT_TRUE(errorOf(R"({"paramsWrap": [{}, )").startsWith(":1:"));
+    EXPECT_EQ(errorOf("[]"), ": not a settings file: the array \"paramsWrap\" is missing");
+    EXPECT_EQ(errorOf(R"({"paramsWrap": 3})"), ": not a settings file: the array \"paramsWrap\" is missing");
+    EXPECT_EQ(
+        errorOf(R"({"paramsWrap": [{"isRunningShow": false}, 5]})"), ": \"paramsWrap\": parameter 2 is not an object");
+    EXPECT_EQ(errorOf(R"({"paramsWrap": [{},{},{},{},{},{},{},{},{},{},{},{},{},{}]})"),
+        ": settings of 14 parameters, but the processor has 13");
+    QJsonObject after;
+    processor->saveParams(after);
+    EXPECT_EQ(after, before);
+}
+
+TEST_F(HostParameters, UnwritableSettingsAreNamed)
+{
+    QString error;
+    EXPECT_FALSE(writeSettings("/proc/none/s.json", *processor, &error));
+    EXPECT_TRUE(error.startsWith("/proc/none/s.json: cannot be written: ")) << qPrintable(error);
+}
+
+TEST_F(HostParameters, ARegionsReferenceAndCountCountForThatRegionOnly)
+{
+    set(9, "2");
+    set(10, "CD");
+    station.write("readings", "AB\nCD\nEFG\n");
+    Inspector inspector(*processor, tool);
+    const PictureResult result = inspector.inspect("p", cv::Mat::zeros(50, 100, CV_8UC1),
+        {{QRectF(0, 0, 9, 9), QString("AB"), {}}, {QRectF(9, 0, 9, 9), {}, {}},
+            {QRectF(18, 0, 9, 9), QString("EFG"), CountRange{1, 2}}});
+    ASSERT_EQ(result.regions.size(), 3);
+    EXPECT_TRUE(result.regions[0].isOk);
+    EXPECT_EQ(result.regions[0].reference, "AB");
+    EXPECT_TRUE(result.regions[1].isOk);
+    EXPECT_FALSE(result.regions[2].isOk);
+    EXPECT_FALSE(result.isOk);
+    EXPECT_EQ(describe(10), "\"CD\"");
+    EXPECT_EQ(describe(13), "3 (limits 0:99999)");
+    ASSERT_EQ(result.regions[2].ngLines.size(), 1);
+    EXPECT_EQ(result.regions[2].ngLines[0].box, QRect(18, 0, 9, 9));
+}
+
+TEST_F(HostParameters, ADisabledModelIsOk)
+{
+    set(3, "2");
+    Inspector inspector(*processor, tool);
+    const PictureResult result
+        = inspector.inspect("p", cv::Mat::zeros(50, 100, CV_8UC1), {{QRectF(0, 0, 9, 9), {}, {}}});
+    EXPECT_TRUE(result.isOk);
+    EXPECT_TRUE(result.regions[0].isOk);
+    EXPECT_EQ(result.regions[0].count, -1);
+}
+
+TEST_F(HostParameters, TheOverlayIsDrawnOnACopyInTrueColours)
+{
+    station.write("readings", "@pixel\n");
+    cv::Mat picture(50, 100, CV_8UC3, cv::Scalar(200, 100, 50));
+    Inspector inspector(*processor, tool);
+    const PictureResult result = inspector.inspect("p", picture, {{QRectF(0, 0, 10, 10), {}, {}}});
+    EXPECT_EQ(result.regions[0].text, "200,100,50");
+    const QImage overlay = inspector.overlay();
+    EXPECT_EQ(overlay.size(), QSize(100, 50));
+    EXPECT_EQ(overlay.pixelColor(5, 5), QColor(Qt::green));
+    EXPECT_EQ(overlay.pixelColor(50, 25), QColor(200, 100, 50));
+    EXPECT_EQ(picture.at<cv::Vec3b>(5, 5), cv::Vec3b(200, 100, 50));
+}
+
+TEST(FileTool, HandsOutOneRegionAnItemAndNoPose)
+{
+    FileTool tool;
+    tool.setRegions({QRectF(1, 1, 2, 2), QRectF(3, 3, 4, 4)});
+    EXPECT_EQ(tool.regions(1), QList<QRectF>{QRectF(3, 3, 4, 4)});
+    EXPECT_TRUE(tool.regions(2).isEmpty());
+    EXPECT_TRUE(tool.regions(-1).isEmpty());
+    PosePair pose;
+    EXPECT_FALSE(tool.upstreamPose("any", 0, &pose));
+    tool.setArchiveFolder("/some/folder");
+    EXPECT_EQ(tool.toolDirectory(), "/some/folder/");
+    tool.setRemovableFolder("/media/disk/");
+    EXPECT_EQ(tool.removableDiskPath(), "/media/disk");
+    EXPECT_FALSE(tool.savingAllowed());
+}

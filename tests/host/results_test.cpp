@@ -1,0 +1,151 @@
+#include "overlayfolder.h"
+#include "recordfile.h"
+#include "resulttable.h"
+#include "station.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+PictureResult sampleResult()
+{
+    RegionResult region;
+    region.rect = QRectF(1, 2, 30, 20);
+    region.time = QDateTime(QDate(2026, 11, 21), QTime(8, 30, 5, 7), Qt::UTC);
+    region.text = "A,\"Ü\n";
+    region.count = 5;
+    region.milliseconds = 1.25;
+    region.comparison = Comparison::fixed;
+    region.reference = "X";
+    region.ngLines = {{QRect(1, 2, 3, 4), 0.5, "A,\"Ü\n"}};
+    PictureResult result;
+    result.picture = "a,b \"c\".png";
+    result.milliseconds = 1.25;
+    result.regions = {region};
+    return result;
+}
+
+QByteArray recordsOf(const Station& station, const QString& name)
+{
+    RecordFile file;
+    QString error;
+    EXPECT_TRUE(file.open(station.path(name), &error)) << qPrintable(error);
+    EXPECT_TRUE(file.write(sampleResult(), &error)) << qPrintable(error);
+    return station.read(name);
+}
+
+} // namespace
+
+TEST(RecordFile, QuotesCsvAsItMust)
+{
+    const Station station;
+    EXPECT_EQ(recordsOf(station, "r.CSV"),
+        "time,picture,index,verdict,text,count,ng_boxes,ng_scores,ng_types\n"
+        "2026-11-21T08:30:05.007Z,\"a,b \"\"c\"\".png\",0,NG,\"A,\"\"Ü\n\",5,\"[[1,2,3,4]]\",[0.5],"
+        "\"[\"\"A,\\\"\"Ü\\n\"\"]\"\n");
+}
+
+TEST(RecordFile, WritesOneJsonObjectALine)
+{
+    const Station station;
+    EXPECT_EQ(recordsOf(station, "r.jsonl"),
+        "{\"count\":5,\"index\":0,\"ng_boxes\":[[1,2,3,4]],\"ng_scores\":[0.5],\"ng_types\":[\"A,\\\"Ü\\n\"],"
+        "\"picture\":\"a,b \\\"c\\\".png\",\"text\":\"A,\\\"Ü\\n\",\"time\":\"2026-11-21T08:30:05.007Z\","
+        "\"verdict\":\"NG\"}\n");
+}
+
+TEST(RecordFile, ReplacesAnEarlierFileAndNamesWhatItCannotWrite)
+{
+    const Station station;
+    station.write("r.jsonl", "old\n");
+    EXPECT_FALSE(recordsOf(station, "r.jsonl").contains("old"));
+    RecordFile file;
+    QString error;
+    EXPECT_FALSE(file.open("/proc/none/r.csv", &error));
+    EXPECT_EQ(error, "/proc/none/r.csv: cannot be written: No such file or directory");
+    EXPECT_FALSE(file.open(station.path("r.txt"), &error));
+    EXPECT_EQ(error, station.path("r.txt") + ": records go to a .jsonl or a .csv file");
+}
+
+TEST(RecordFile, NoticesAFullDisk)
+{
+    const Station station;
+    ASSERT_TRUE(QFile::link("/dev/full", station.path("full.jsonl")));
+    RecordFile file;
+    QString error;
+    ASSERT_TRUE(file.open(station.path("full.jsonl"), &error)) << qPrintable(error);
+    EXPECT_FALSE(file.write(sampleResult(), &error));
+    EXPECT_EQ(error, station.path("full.jsonl") + ": cannot be written: No space left on device");
+}
+
+TEST(ResultTable, ShowsARowForEachRegionAndKeepsEveryRowOneLine)
+{
+    PictureResult result = sampleResult();
+    RegionResult second;
+    second.index = 1;
+    second.isOk = true;
+    second.text = "REV(3)";
+    second.count = 6;
+    second.milliseconds = 12;
+    result.regions.append(second);
+    const ResultTable table({result.picture});
+    EXPECT_EQ(table.header(), "picture      text                  count  verdict       ms\n");
+    EXPECT_EQ(table.rows(result),
+        QString::fromUtf8("a,b \"c\".png  A,\"Ü\uFFFD                     5  NG           1.3\n"
+                          "             REV(3)                    6  OK          12.0\n"));
+}
+
+TEST(ResultTable, SaysWhatWasNotRead)
+{
+    PictureResult result = sampleResult();
+    result.picture = "a.png";
+    result.regions[0].text.clear();
+    result.regions[0].count = -1;
+    result.regions[0].ngLines[0].score = -1;
+    EXPECT_EQ(ResultTable({}).rows(result), "a.png    (not read)                -  NG           1.3\n");
+    EXPECT_EQ(unreadMessage(result.regions[0]), "A,\"Ü\n");
+    result.fault = "is damaged";
+    EXPECT_EQ(ResultTable({}).rows(result), "a.png                                 fault           \n");
+}
+
+TEST(ResultTable, GivesProgramsOneObjectAPicture)
+{
+    EXPECT_EQ(toJsonLine(sampleResult()),
+        "{\"milliseconds\":1.25,\"picture\":\"a,b \\\"c\\\".png\",\"regions\":[{\"compare\":\"fixed\",\"count\":5,"
+        "\"index\":0,\"milliseconds\":1.25,\"ng\":[{\"box\":[1,2,3,4],\"score\":0.5,\"text\":\"A,\\\"Ü\\n\"}],"
+        "\"rect\":[1,2,30,20],\"reference\":\"X\",\"text\":\"A,\\\"Ü\\n\",\"verdict\":\"NG\"}],\"verdict\":\"NG\"}");
+    PictureResult result;
+    result.picture = "a.png";
+    result.fault = "is empty";
+    EXPECT_EQ(toJsonLine(result), "{\"fault\":\"is empty\",\"picture\":\"a.png\",\"verdict\":\"FAULT\"}");
+}
+
+TEST(Totals, CountsVerdictsAndTakesTheMiddleTime)
+{
+    Totals totals;
+    EXPECT_EQ(totals.summary(), "0 pictures: 0 OK, 0 NG, 0 faults; median - ms");
+    PictureResult result;
+    for (const double milliseconds : {9.0, 1.0, 2.0, 4.0}) {
+        result.milliseconds = milliseconds;
+        result.isOk = milliseconds != 9.0;
+        totals.add(result);
+    }
+    result.fault = "is empty";
+    totals.add(result);
+    EXPECT_EQ(totals.summary(), "5 pictures: 3 OK, 1 NG, 1 fault; median 3.0 ms");
+}
+
+TEST(OverlayFolder, KeepsPicturesOfOneNameApart)
+{
+    const Station station;
+    OverlayFolder overlays;
+    QString error;
+    ASSERT_TRUE(overlays.open(station.path("a/b"), &error));
+    const QImage image(4, 4, QImage::Format_RGB32);
+    EXPECT_TRUE(overlays.write("left/x.1.png", image, &error));
+    EXPECT_TRUE(overlays.write("right/x.1.jpg", image, &error));
+    EXPECT_EQ(QImage(station.path("a/b/x.1.png")).size(), QSize(4, 4));
+    EXPECT_EQ(QImage(station.path("a/b/x.1_2.png")).size(), QSize(4, 4));
+    EXPECT_FALSE(overlays.open("/dev/null/x", &error));
+    EXPECT_EQ(error, "/dev/null/x: the folder cannot be made");
+}
