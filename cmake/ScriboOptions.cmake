@@ -3,6 +3,7 @@
 option(SCRIBO_WERROR "Treat warnings as errors" OFF)
 option(SCRIBO_BENCH "Build the benches" ON)
 option(SCRIBO_FUZZ "Build the libFuzzer targets (needs clang)" OFF)
+option(SCRIBO_TRAINING_TESTS "Test the model kit too (needs the packages of training/packages.txt)" OFF)
 set(SCRIBO_SANITIZE "" CACHE STRING "Sanitizer to build with: empty, address (with undefined) or thread")
 set_property(CACHE SCRIBO_SANITIZE PROPERTY STRINGS "" address thread)
 
