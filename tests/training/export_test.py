@@ -7,7 +7,7 @@ import onnx
 import torch
 
 from scribokit.exporting import TOLERANCE, export_difference, write_onnx, write_package
-from scribokit.model import Crnn, Shape, folded, from_onnx, to_input
+from scribokit.model import Crnn, Shape, blended, folded, from_onnx, to_input
 from scribokit.supply import Supply
 from scribokit.training import Trainer, learning_rate, load_model, load_trainer, save_checkpoint
 
@@ -75,6 +75,24 @@ class Exporting(unittest.TestCase):
             self.assertEqual([path.name for path in files], ["model_p1_1.onnx", "model_p1_1.json", "model_p1_1.md"])
             self.assertEqual(json.loads(files[1].read_text())["alphabet"], "ABC")
             self.assertEqual(sorted(path.name for path in (Path(folder) / "out").iterdir()), sorted(path.name for path in files))
+
+
+class Blending(unittest.TestCase):
+    def test_of_all_and_nothing_gives_either_network(self):
+        torch.manual_seed(3)
+        new, old = stirred(), Crnn(SMALL).eval()
+        picture = torch.randn(1, 3, 32, 64)
+        for part, expected in ((1.0, new), (0.0, old)):
+            self.assertLess(float((blended(new, old, part)(picture) - expected(picture)).abs().max()), 1e-4)
+
+    def test_takes_parts_of_the_weights(self):
+        new, old = (Crnn(Shape((4, 6, 8, 8, 10, 12), 8, 4, False)).eval() for _ in range(2))
+        middle = blended(new, old, 0.25).classifier.bias
+        self.assertTrue(torch.allclose(middle, 0.25 * new.classifier.bias + 0.75 * old.classifier.bias))
+
+    def test_of_different_shapes_is_refused(self):
+        with self.assertRaisesRegex(ValueError, "different shapes"):
+            blended(stirred(), Crnn(Shape((4, 6, 8, 8, 10, 12), 9, 4)), 0.5)
 
 
 class Training(unittest.TestCase):

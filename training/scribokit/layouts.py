@@ -23,8 +23,9 @@ def _small_print(face, dice, letters, count):
 
 
 def _emblem(scene, layer, x, y, radius, dice):
-    """A seal, dot, crest or star between or beside characters."""
-    kind = dice.randrange(5)
+    """A seal, dot, crest or star between or beside characters; nothing that looks like a mark of the alphabet, such as
+    two dots one above the other."""
+    kind = dice.randrange(4)
     if kind == 0:
         scene.disc(layer, x, y, radius)
     elif kind == 1:
@@ -36,11 +37,8 @@ def _emblem(scene, layer, x, y, radius, dice):
         reach = radius * np.array([dice.uniform(0.6, 1.2) for _ in range(corners)])
         points = np.stack([x + reach * np.cos(turns), y + reach * np.sin(turns)], 1)
         cv2.fillPoly(scene.planes[layer], [np.int32(points)], 255, cv2.LINE_AA)
-    elif kind == 3:
-        scene.box(layer, x - radius * 0.7, y - radius, x + radius * 0.7, y + radius, dice.choice((-1, 2)))
     else:
-        scene.disc(layer, x, y - radius, radius * 0.8)
-        scene.disc(layer, x, y + radius, radius * 0.8)
+        scene.box(layer, x - radius * 0.7, y - radius, x + radius * 0.7, y + radius, dice.choice((-1, 2)))
 
 
 def _foreign_letter(scene, x0, x1, dice):
@@ -68,7 +66,7 @@ def plate(text, face, small_face, dice):
     for x in emblems:
         if dice.random() < 0.85:
             radius = emblem * CAP_HEIGHT * dice.uniform(0.12, 0.42)
-            _emblem(scene, dice.choice((CLUTTER, FAINT)), scene.left + x, dice.uniform(scene.top + 8, scene.bottom - 8), radius, dice)
+            _emblem(scene, dice.choice((CLUTTER, FAINT)), scene.left + x, dice.uniform(scene.top + 8, scene.bottom - 14), radius, dice)
     above, below = (CAP_HEIGHT * dice.uniform(0.08, 0.3) for _ in range(2))
     before, after = (CAP_HEIGHT * dice.uniform(0.08, 0.45) for _ in range(2))
     if dice.random() < 0.45:

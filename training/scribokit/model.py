@@ -116,3 +116,15 @@ def _torch_gates(values, hidden):
     """ONNX orders the gates input, output, forget, cell; PyTorch input, forget, cell, output."""
     blocks = [torch.from_numpy(values[i * hidden:(i + 1) * hidden].copy()) for i in (0, 2, 3, 1)]
     return torch.cat(blocks)
+
+
+def blended(model, earlier, part):
+    """A network with `part` of the one's weights and the rest of the other's, from which it was trained on. Between two
+    such networks lie ones that read the new pictures and still the old (Wortsman et al., Robust fine-tuning of zero-shot
+    models, 2022). ValueError when their shapes differ."""
+    model, earlier = folded(model), folded(earlier)
+    if model.shape != earlier.shape:
+        raise ValueError("the networks to blend have different shapes")
+    old = earlier.state_dict()
+    model.load_state_dict({name: part * value + (1 - part) * old[name] for name, value in model.state_dict().items()})
+    return model.eval()
