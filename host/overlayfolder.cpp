@@ -4,13 +4,21 @@
 #include <QFileInfo>
 #include <QImageWriter>
 
-bool OverlayFolder::open(const QString& path, QString* error)
+bool OverlayFolder::open(const QString& path, const QList<PictureFile>& pictures, QString* error)
 {
     folder = path;
-    if (QDir().mkpath(path))
-        return true;
-    *error = path + QStringLiteral(": the folder cannot be made");
-    return false;
+    if (!QDir().mkpath(path)) {
+        *error = path + QStringLiteral(": the folder cannot be made");
+        return false;
+    }
+    const QString place = QFileInfo(path).canonicalFilePath();
+    for (const PictureFile& picture : pictures) {
+        if (QFileInfo(QFileInfo(picture.path).path()).canonicalFilePath() == place) {
+            *error = path + QStringLiteral(": holds pictures to inspect, overlays could replace them");
+            return false;
+        }
+    }
+    return true;
 }
 
 bool OverlayFolder::write(const QString& picture, const QImage& overlay, QString* error)

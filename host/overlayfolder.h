@@ -1,5 +1,7 @@
 #pragma once
 
+#include "picturelist.h"
+
 #include <QImage>
 #include <QSet>
 #include <QString>
@@ -9,8 +11,9 @@
 class OverlayFolder
 {
 public:
-    /// Makes the folder if it is missing. Returns false with the folder and the reason in `error`.
-    bool open(const QString& path, QString* error);
+    /// Makes the folder if it is missing. Refuses a folder that one of `pictures` lies in, since an overlay
+    /// could replace its picture. Returns false with the folder and the reason in `error`.
+    bool open(const QString& path, const QList<PictureFile>& pictures, QString* error);
 
     /// Writes the overlay of `picture`, replacing one of an earlier run. Returns false with the file and the
     /// reason in `error`.

@@ -170,7 +170,7 @@ bool Command::openArchive()
 bool Command::openOutputs()
 {
     QString error;
-    if (!options.overlay.isEmpty() && !overlays.open(options.overlay, &error))
+    if (!options.overlay.isEmpty() && !overlays.open(options.overlay, pictures, &error))
         return fault(error);
     for (const QString& path : std::as_const(options.records)) {
         records.push_back(std::make_unique<RecordFile>());
@@ -218,6 +218,10 @@ void Command::inspectAll()
         const PictureResult result = inspectPicture(pictures[i]);
         progress->hide();
         report(result);
+        // A file is there sooner than an item on the line: without the pause pictures would be dropped that a
+        // station saves.
+        if (archive)
+            QThreadPool::globalInstance()->waitForDone();
     }
 }
 
@@ -277,7 +281,6 @@ void Command::reportUnread(const PictureResult& result)
 
 void Command::finishArchive()
 {
-    QThreadPool::globalInstance()->waitForDone(); // the processor's picture writers
     const ArchiveAccount::Outcome outcome = archive->finish();
     std::fprintf(options.json ? stderr : stdout, "%s\n", outcome.summary().toUtf8().constData());
     if (outcome.lost > 0)

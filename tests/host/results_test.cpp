@@ -3,6 +3,8 @@
 #include "resulttable.h"
 #include "station.h"
 
+#include <QDir>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -135,17 +137,29 @@ TEST(Totals, CountsVerdictsAndTakesTheMiddleTime)
     EXPECT_EQ(totals.summary(), "5 pictures: 3 OK, 1 NG, 1 fault; median 3.0 ms");
 }
 
+TEST(OverlayFolder, DoesNotReplaceThePicturesThemselves)
+{
+    Station station;
+    OverlayFolder overlays;
+    QString error;
+    ASSERT_TRUE(QDir().mkpath(station.path("line")));
+    const QList<PictureFile> pictures = {{"line/a.png", station.path("line/a.png"), {}}};
+    EXPECT_FALSE(overlays.open(station.path("line/../line/"), pictures, &error));
+    EXPECT_TRUE(error.endsWith(": holds pictures to inspect, overlays could replace them")) << qPrintable(error);
+    EXPECT_TRUE(overlays.open(station.path("line/overlays"), pictures, &error));
+}
+
 TEST(OverlayFolder, KeepsPicturesOfOneNameApart)
 {
     const Station station;
     OverlayFolder overlays;
     QString error;
-    ASSERT_TRUE(overlays.open(station.path("a/b"), &error));
+    ASSERT_TRUE(overlays.open(station.path("a/b"), {}, &error));
     const QImage image(4, 4, QImage::Format_RGB32);
     EXPECT_TRUE(overlays.write("left/x.1.png", image, &error));
     EXPECT_TRUE(overlays.write("right/x.1.jpg", image, &error));
     EXPECT_EQ(QImage(station.path("a/b/x.1.png")).size(), QSize(4, 4));
     EXPECT_EQ(QImage(station.path("a/b/x.1_2.png")).size(), QSize(4, 4));
-    EXPECT_FALSE(overlays.open("/dev/null/x", &error));
+    EXPECT_FALSE(overlays.open("/dev/null/x", {}, &error));
     EXPECT_EQ(error, "/dev/null/x: the folder cannot be made");
 }
