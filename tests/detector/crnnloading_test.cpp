@@ -7,10 +7,11 @@
 #include <limits>
 #include <ostream>
 
+#include <sys/stat.h>
+
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 TEST_F(CrnnTest, LoadsAnEngineOfDynamicWidth)
@@ -116,14 +117,17 @@ TEST_F(CrnnTest, AnEmptyFileIsLeftToDeserialisationToRefuse)
         log.texts(google::GLOG_ERROR), ElementsAre("De-serialize CRNN trt engine failed from file: " + enginePath));
 }
 
-TEST_F(CrnnTest, AFolderIsNoEngine)
+TEST_F(CrnnTest, FoldersAndPipesCannotBeOpened)
 {
-    enginePath = folder.path().toStdString();
-    runtime.makesEngine = false;
-    const LogCapture log;
-    EXPECT_FALSE(makeDetector()->isReady());
-    ASSERT_EQ(log.texts(google::GLOG_ERROR).size(), 1U);
-    EXPECT_THAT(log.texts(google::GLOG_ERROR)[0], HasSubstr("CRNN trt engine failed from file: " + enginePath));
+    const std::string pipe = folder.filePath("pipe").toStdString();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& path : {folder.path().toStdString(), pipe, std::string()}) {
+        enginePath = path;
+        const LogCapture log;
+        EXPECT_FALSE(makeDetector()->isReady());
+        EXPECT_THAT(log.texts(google::GLOG_ERROR), ElementsAre("Open CRNN trt engine failed from file: " + path));
+    }
+    EXPECT_THAT(runtime.calls, IsEmpty());
 }
 
 TEST_F(CrnnTest, ARuntimeOfAnotherVersionIsNoEngine)

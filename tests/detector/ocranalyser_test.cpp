@@ -402,7 +402,6 @@ TEST_F(Analyser, AFolderNamedLikeAnEngineIsNoModel)
 {
     write("a_b_c_d.json", goodConfig);
     QDir(folder.path()).mkdir("a_b_c_d_e.trt");
-    runtime.makesEngine = false;
     const QString path = folder.filePath("a_b_c_d_e.trt");
     expectUnusable(path, "Create object detector failed from file: " + path.toStdString(), "initDetector");
 }

@@ -7,10 +7,12 @@
 
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <new>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 // Deprecated in TensorRT 8.6 in favour of calls by tensor name, but in all of TensorRT 8.
@@ -27,9 +29,14 @@ constexpr int widthExtent = 3;
 constexpr std::int64_t floatBytes = sizeof(float);
 constexpr std::int64_t tooManyBytes = std::numeric_limits<std::int32_t>::max();
 
-/// The whole file; nothing when it cannot be opened or has no bytes that fit into memory (a folder).
+/// The whole file; nothing when it cannot be opened or does not fit into memory. A folder or a pipe,
+/// which have no length to go by, count as not opened.
 std::optional<std::vector<char>> readFile(const std::string& path)
 {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        return std::nullopt;
+    }
     std::ifstream file(path, std::ios::binary);
     if (!file) {
         return std::nullopt;
