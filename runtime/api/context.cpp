@@ -36,6 +36,25 @@ std::string title(const std::vector<Binding>& bindings, std::size_t index)
     return "binding " + std::to_string(index) + " ('" + bindings[index].name + "')";
 }
 
+/// What is wrong with a buffer that is to hold `size` bytes of floats; empty when nothing is.
+std::string bufferFault(const void* buffer, std::size_t size)
+{
+    const DeviceMemory& memory = DeviceMemory::instance();
+    if (!buffer) {
+        return "is null";
+    }
+    if (!memory.contains(buffer, 1)) {
+        return "is not device memory";
+    }
+    if (!memory.contains(buffer, size)) {
+        return "is too small, it takes " + std::to_string(size) + " bytes";
+    }
+    if (reinterpret_cast<std::uintptr_t>(buffer) % alignof(float) != 0) {
+        return "is not aligned for floats";
+    }
+    return {};
+}
+
 bool overlap(const void* a, std::size_t aSize, const void* b, std::size_t bSize)
 {
     const auto first = reinterpret_cast<std::uintptr_t>(a);
@@ -157,32 +176,17 @@ bool Context::setWidth(int width, std::string* error)
 
 bool Context::checkBuffers(void* const* bindings, std::string* error) const
 {
-    const DeviceMemory& memory = DeviceMemory::instance();
     const std::vector<Shape>& shapes = current->bindingShapes();
     for (std::size_t i = 0; i < shapes.size(); ++i) {
-        const std::size_t size = floatBytes(shapes[i]);
-        const std::string buffer = "the buffer of " + title(model->bindings(), i);
-        if (!bindings[i]) {
-            *error = buffer + " is null";
-            return false;
-        }
-        if (!memory.contains(bindings[i], 1)) {
-            *error = buffer + " is not device memory";
-            return false;
-        }
-        if (!memory.contains(bindings[i], size)) {
-            *error = buffer + " is too small, it takes " + std::to_string(size) + " bytes";
-            return false;
-        }
-        if (reinterpret_cast<std::uintptr_t>(bindings[i]) % alignof(float) != 0) {
-            *error = buffer + " is not aligned for floats";
-            return false;
-        }
-        for (std::size_t j = 0; j < i; ++j) {
-            if (overlap(bindings[i], size, bindings[j], floatBytes(shapes[j]))) {
-                *error = buffer + " overlaps that of " + title(model->bindings(), j);
-                return false;
+        std::string fault = bufferFault(bindings[i], floatBytes(shapes[i]));
+        for (std::size_t j = 0; fault.empty() && j < i; ++j) {
+            if (overlap(bindings[i], floatBytes(shapes[i]), bindings[j], floatBytes(shapes[j]))) {
+                fault = "overlaps that of " + title(model->bindings(), j);
             }
+        }
+        if (!fault.empty()) {
+            *error = "the buffer of " + title(model->bindings(), i) + " " + fault;
+            return false;
         }
     }
     return true;

@@ -80,6 +80,9 @@ private:
             if (tensor->type() < ElementType::MIN || tensor->type() > ElementType::MAX) {
                 return fail(title(i) + " has an unknown type");
             }
+            if (!isAligned(tensor->dims())) {
+                return fail(title(i) + " is not aligned");
+            }
             if (tensor->dims() && tensor->dims()->size() > maximumRank) {
                 return fail(title(i) + " has more than " + std::to_string(maximumRank) + " dimensions");
             }

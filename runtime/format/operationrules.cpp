@@ -58,6 +58,11 @@ bool sound(const Recurrent& recurrent)
         && recurrent.hidden_size() <= largestState;
 }
 
+bool sound(const Split& split)
+{
+    return split.sizes() && isAligned(split.sizes());
+}
+
 /// Enumerations and lists of the kinds that have any which must not be absent or out of range.
 bool soundAttributes(const Operation& operation)
 {
@@ -83,7 +88,9 @@ bool soundAttributes(const Operation& operation)
     case OperationKind::Fill:
         return known(operation.kind_as_Fill()->type());
     case OperationKind::Split:
-        return operation.kind_as_Split()->sizes() && operation.kind_as_Split()->sizes()->size() > 0;
+        return sound(*operation.kind_as_Split());
+    case OperationKind::Pad:
+        return isAligned(operation.kind_as_Pad()->begin()) && isAligned(operation.kind_as_Pad()->end());
     default:
         return true;
     }

@@ -3,6 +3,7 @@
 #include "engine_generated.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 /// What each kind of operation is made of, as far as it can be said without looking at shapes.
@@ -22,6 +23,13 @@ struct Arity
     /// Whether an output that nobody reads may be -1.
     bool optionalOutputs = false;
 };
+
+/// Whether the numbers of a list lie where a processor may read them: the FlatBuffers verifier only
+/// looks at where the list starts, not at its elements. An absent list is fine.
+inline bool isAligned(const flatbuffers::Vector<std::int64_t>* list)
+{
+    return !list || reinterpret_cast<std::uintptr_t>(list->Data()) % alignof(std::int64_t) == 0;
+}
 
 /// Of a known kind.
 Arity operationArity(OperationKind kind);

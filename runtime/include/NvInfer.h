@@ -11,7 +11,7 @@
 namespace nvinfer1 {
 
 /// Runs an engine: holds the current input dimensions and everything a run writes to.
-/// Used by one thread at a time.
+/// Used by one thread at a time: a call that comes while another one is under way is refused.
 class IExecutionContext
 {
 public:
@@ -21,11 +21,13 @@ public:
     /// none has been set. nbDims is -1 for an index that does not exist.
     virtual Dims getBindingDimensions(int32_t bindingIndex) const noexcept = 0;
     /// Sets the dimensions of an input binding. False, with an error to the logger, when they do
-    /// not fit the engine's profile; the dimensions set before then stay.
+    /// not fit the engine's profile; the dimensions set before then stay. Cheap for dimensions that
+    /// are set already; a width that was not used for long, or never, is planned first.
     virtual bool setBindingDimensions(int32_t bindingIndex, Dims dimensions) noexcept = 0;
     /// Runs the network on `bindings` (one device pointer per binding, in binding order). False,
-    /// with an error to the logger, when the dimensions are not set or a buffer does not fit.
-    /// The work is done when cudaStreamSynchronize() on `stream` returns. `inputConsumed` may be null.
+    /// with an error to the logger, when the dimensions are not set or a buffer is too small, not
+    /// device memory or shared with another binding. Rely on the results once
+    /// cudaStreamSynchronize() on `stream` returns. Events do not exist here: `inputConsumed` is null.
     virtual bool enqueueV2(void* const* bindings, cudaStream_t stream, cudaEvent_t* inputConsumed) noexcept = 0;
 };
 

@@ -27,15 +27,22 @@ enum cudaMemcpyKind {
 using cudaStream_t = struct CUstream_st*;
 using cudaEvent_t = struct CUevent_st*;
 
+// Any thread may call any of these. What is queued on a stream is carried out before the call
+// returns, but only code that waits for cudaStreamSynchronize() also works on a GPU.
+
 extern "C" {
-/// `size` bytes of device memory in `*pointer`; cudaErrorMemoryAllocation when there is no room.
+/// `size` bytes of device memory in `*pointer`, for the life of the process; none and null for a
+/// size of 0. cudaErrorMemoryAllocation, and null, when there is no room.
 cudaError_t cudaMalloc(void** pointer, std::size_t size);
 /// Copies `size` bytes. cudaErrorInvalidValue when a device side is not inside one allocation,
-/// cudaErrorInvalidMemcpyDirection when a side is not of the kind that `kind` says.
+/// cudaErrorInvalidMemcpyDirection when a host side is device memory or `kind` does not exist,
+/// cudaErrorInvalidResourceHandle when `stream` does not exist (null is the default stream).
 cudaError_t cudaMemcpyAsync(
     void* destination, const void* source, std::size_t size, cudaMemcpyKind kind, cudaStream_t stream);
+/// A new stream, for the life of the process.
 cudaError_t cudaStreamCreate(cudaStream_t* stream);
-/// Waits until everything queued on `stream` is done and returns the first error of that work.
+/// Waits until everything queued on `stream` is done and returns the first error of that work;
+/// cudaErrorInvalidResourceHandle when there is no such stream.
 cudaError_t cudaStreamSynchronize(cudaStream_t stream);
 /// A text for `error`; never null, never freed.
 const char* cudaGetErrorString(cudaError_t error);

@@ -5,7 +5,10 @@
 #include <gmock/gmock.h>
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 
 namespace scribo::test {
 namespace {
@@ -46,11 +49,11 @@ std::string outcome(const std::vector<std::uint8_t>& bytes)
 void exercise(const std::vector<std::uint8_t>& bytes)
 {
     Session session(bytes);
-    for (const int width : {1, 3}) {
+    for (const int width : {1, 3, 8}) {
         if (session.isReady()) {
             nvinfer1::Dims dims = session.executionContext().getBindingDimensions(0);
             dims.d[3] = width;
-            const bool small = dims.d[0] == 1 && dims.d[1] <= 8 && dims.d[2] <= 8;
+            const bool small = dims.d[0] == 1 && dims.d[1] <= 8 && dims.d[2] <= 16;
             if (small) {
                 session.run({{1, dims.d[1], dims.d[2], width},
                     std::vector<float>(static_cast<std::size_t>(dims.d[1] * dims.d[2] * width), 0.5F)});
@@ -144,6 +147,21 @@ TEST(EngineFile, ChangedWithTheRightChecksumNeverHarms)
             }
         }
     }
+}
+
+TEST(EngineFile, WhatTheFuzzerFoundNeverHarms)
+{
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(SCRIBO_ENGINE_CORPUS)) {
+        SCOPED_TRACE(entry.path());
+        std::ifstream file(entry.path(), std::ios::binary);
+        std::vector<std::uint8_t> bytes(std::istreambuf_iterator<char>(file), {});
+        ASSERT_TRUE(isContainer(bytes));
+        format::sealEngine(bytes.data(), bytes.size());
+        exercise(bytes);
+        ++files;
+    }
+    EXPECT_GT(files, 4);
 }
 
 TEST(EngineFile, OfAnotherVersionIsNamed)
