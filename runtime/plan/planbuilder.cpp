@@ -291,10 +291,9 @@ void PlanBuilder::addPrimitive(const dnnl::primitive& primitive, const Layout& s
     if (scratchpad.get_size() > 0) {
         arguments.push_back({DNNL_ARG_SCRATCHPAD, addRoom(scratchpad.get_size(), known), scratchpad});
     }
-    std::vector<BufferId> used;
-    for (const Argument& argument : arguments) {
-        used.push_back(argument.buffer);
-    }
+    std::vector<BufferId> used(arguments.size());
+    std::transform(
+        arguments.begin(), arguments.end(), used.begin(), [](const Argument& argument) { return argument.buffer; });
     addStep(std::make_unique<PrimitiveStep>(primitive, std::move(arguments), std::move(fixed), engine()), used);
 }
 
