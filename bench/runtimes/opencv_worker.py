@@ -1,0 +1,89 @@
+"""Runs a model in OpenCV's dnn module, as worker.py describes it: opencv_worker.py THREADS
+
+OpenCV 4.6 plans a network for one shape and reads operator set 11: a model is rewritten for every width, and its
+planning counts to the width's first run.
+"""
+
+import sys
+import time
+
+import cv2
+import numpy as np
+import onnx
+from onnx import helper, numpy_helper
+
+
+def with_attribute_axes(graph):
+    """Squeeze and Unsqueeze with their axes as an attribute, as they were before operator set 13."""
+    constants = {node.output[0]: numpy_helper.to_array(node.attribute[0].t)
+                 for node in graph.node if node.op_type == 'Constant'}
+    constants.update({tensor.name: numpy_helper.to_array(tensor) for tensor in graph.initializer})
+    for node in graph.node:
+        if node.op_type in ('Squeeze', 'Unsqueeze') and len(node.input) > 1:
+            node.attribute.append(helper.make_attribute('axes', constants[node.input[1]].tolist()))
+            del node.input[1:]
+
+
+def without_zero_states(graph):
+    """LSTMs without their initial states, which exporters compute from the width and OpenCV cannot."""
+    for node in graph.node:
+        if node.op_type == 'LSTM':
+            del node.input[5:]
+    used = {output.name for output in graph.output}
+    kept = []
+    for node in reversed(graph.node):
+        if used.intersection(node.output):
+            kept.append(node)
+            used.update(node.input)
+    del graph.node[:]
+    graph.node.extend(reversed(kept))
+
+
+class Worker:
+    def __init__(self, threads):
+        cv2.setNumThreads(threads)
+        self.model = None
+        self.nets = {}
+
+    def load(self, path):
+        start = time.perf_counter()
+        self.model = onnx.load(path)
+        self.nets = {}
+        with_attribute_axes(self.model.graph)
+        without_zero_states(self.model.graph)
+        del self.model.graph.value_info[:]
+        self.model.opset_import[0].version = 11
+        return [(time.perf_counter() - start) * 1e6]
+
+    def net(self, width):
+        if width not in self.nets:
+            self.model.graph.input[0].type.tensor_type.shape.dim[3].dim_value = width
+            self.nets[width] = cv2.dnn.readNetFromONNX(np.frombuffer(self.model.SerializeToString(), np.uint8))
+        return self.nets[width]
+
+    def run(self, path, channels, height, width, repeats, output):
+        picture = np.fromfile(path, np.float32).reshape(1, channels, height, width)
+        times = []
+        for _ in range(repeats):
+            start = time.perf_counter()
+            net = self.net(width)
+            net.setInput(picture)
+            scores = net.forward()
+            times.append((time.perf_counter() - start) * 1e6)
+        scores.tofile(output)
+        return times
+
+
+def main():
+    worker = Worker(int(sys.argv[1]))
+    for line in sys.stdin:
+        command, *rest = line.rstrip('\n').split('\t')
+        if command == 'load':
+            times = worker.load(rest[0])
+        else:
+            times = worker.run(rest[0], *map(int, rest[1:5]), rest[5])
+        print(*times, flush=True)
+
+
+if __name__ == '__main__':
+    main()
