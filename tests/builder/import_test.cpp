@@ -62,16 +62,16 @@ TEST(ImportFile, NotAModel)
 
 TEST(ImportFile, Opsets)
 {
-    for (int opset : {11, 13, 21}) {
+    for (int opset : {7, 13, 21}) {
         ModelMaker maker(opset);
         maker.node("Relu", {"x"}, {"y"});
         EXPECT_THAT(problemsOf(maker), IsEmpty()) << opset;
     }
-    for (int opset : {0, 10, 22}) {
+    for (int opset : {0, 6, 22}) {
         ModelMaker maker(opset);
         maker.node("Relu", {"x"}, {"y"});
         EXPECT_THAT(problemsOf(maker),
-            ElementsAre("the model is written for opset " + std::to_string(opset) + "; opsets 11 to 21 are supported"));
+            ElementsAre("the model is written for opset " + std::to_string(opset) + "; opsets 7 to 21 are supported"));
     }
     ModelMaker maker;
     maker.node("Relu", {"x"}, {"y"});
@@ -354,6 +354,8 @@ const Refusal refusals[] = {
     {"BatchNormTraining", "BatchNormalization", {"vector", "vector", "vector", "vector"},
         [](auto& node) { setAttribute(node, "training_mode", std::int64_t(1)); },
         "it was exported in training mode; call eval() before the export", 14},
+    {"BatchNormPlaces", "BatchNormalization", {"vector", "vector", "vector", "vector"},
+        [](auto& node) { setAttribute(node, "spatial", std::int64_t(0)); }, "attribute 'spatial' is not supported", 8},
     {"BatchNormComputed", "BatchNormalization", {"x", "vector", "vector", "vector"}, nothing,
         "its scale must be constant floats"},
     {"BatchNormLengths", "BatchNormalization", {"vector", "number", "vector", "vector"}, nothing,
@@ -381,6 +383,8 @@ const Refusal refusals[] = {
         "an input is missing"},
     {"GatherFloats", "Gather", {"vector"}, nothing, "its indices must be integers"},
     {"SliceFloats", "Slice", {"vector", "vector"}, nothing, "its limits must be integers"},
+    {"SliceWithoutLists", "Slice", {}, nothing, "its starts or ends are missing"},
+    {"SliceWithoutAttributes", "Slice", {}, nothing, "its starts or ends are missing", 9},
     {"SliceScalar", "Slice", {"number", "number"}, nothing, "its starts make no sense"},
     {"SplitUneven", "Split", {}, [](auto& node) { setAttribute(node, "axis", std::int64_t(3)); },
         "it cannot be split into 1 equal parts"},
@@ -388,6 +392,7 @@ const Refusal refusals[] = {
     {"TileZero", "Tile", {"x"}, nothing, "its repeats must be constant integers"},
     {"PadReflect", "Pad", {"integers"}, [](auto& node) { setAttribute(node, "mode", "reflect"); },
         "mode 'reflect' is not supported"},
+    {"PadNothing", "Pad", {}, nothing, "its pads are missing"},
     {"PadLength", "Pad", {"integers"}, nothing, "its pads do not fit its input"},
     {"FillFloats", "ConstantOfShape", {}, nothing, "its shape must be integers"},
     {"ExpandFloats", "Expand", {"vector"}, nothing, "its shape must be integers"},

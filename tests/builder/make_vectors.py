@@ -191,6 +191,16 @@ def activations():
 def hard_activations():
     return Do(lambda x: torch.cat([F.hardsigmoid(3 * x), F.hardswish(3 * x), F.silu(x)], 1))
 
+@case(3, 6, opset=(9, 13))
+def hard_swish_written_out():
+    """As PaddlePaddle exports it, with the scale and shift that its recognisers put around it."""
+    def layers(x, first, second):
+        y = first(x) * 1.4 - 0.2
+        y = y * F.relu6(y + 3) / 6 * 0.7 + 0.1
+        y = second(y) * 0.9
+        return y * torch.sigmoid(y * 1.0)
+    return Do(layers, nn.Conv2d(3, 8, 3, padding=1), nn.Conv2d(8, 8, 3, padding=1, groups=8))
+
 @case(2, 3, (7,))
 def gelu_written_out():
     return nn.GELU()
@@ -342,11 +352,15 @@ def view_by_time():
 def slices():
     return Do(lambda x: torch.cat([x[:, :, 1:3, 2:], x[:, :, ::2, :-2], x[:, 1:, -2:, 1:-1].repeat(1, 2, 1, 1)], 2))
 
+@case(2, 4, opset=9)
+def slices_of_old():
+    return Do(lambda x: torch.cat([x[:, :, 1:3, 2:], x[:, :, -2:, :-2]], 2))
+
 @case(4, 4, opset=(11, 13))
 def splits():
     return Do(lambda x: torch.cat([x.split((1, 3), 1)[1], x.chunk(2, 1)[0]], 1))
 
-@case(2, 4, opset=(11, 13))
+@case(2, 4, opset=(9, 11, 13))
 def pads():
     return Do(lambda x: F.pad(F.pad(x, (1, 2, 3, 0)), (0, 1, 1, 0), value=0.5))
 
@@ -408,7 +422,7 @@ class Crnn(nn.Module):
         x = self.head(self.sequence(x)[0])
         return F.softmax(x, 2) if self.softmax else x
 
-@case(3, 32, (32, 57, 100), opset=(11, 12, 13, 14))
+@case(3, 32, (32, 57, 100), opset=(9, 11, 12, 13, 14))
 def crnn_lstm():
     return Crnn(nn.LSTM, 1)
 

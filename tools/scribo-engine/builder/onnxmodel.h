@@ -8,7 +8,7 @@
 namespace scribo::builder {
 
 /// The sets of ONNX operations that the importers know.
-constexpr int oldestOpset = 11;
+constexpr int oldestOpset = 7;
 constexpr int newestOpset = 21;
 
 /// Reads the `size` bytes of an ONNX file into `model`. False, with a sentence in `error`, for

@@ -23,7 +23,7 @@ constexpr char help[] = R"(Makes an engine for the CPU runtime from an ONNX mode
   --max-width COLUMNS  the widest picture that the engine takes (320)
 
 The model has one input, batch x channels x height x width, with a batch of 1, fixed channels
-and height and a dynamic width, as PyTorch exports it with opset 11 to 14 and dynamic_axes.
+and height and a dynamic width, as PyTorch exports it with dynamic_axes; opsets 7 to 21 are read.
 Everything in the model that is not supported is listed.
 )";
 

@@ -63,9 +63,14 @@ void importGelu(Importer& importer, const OnnxNode& node)
     emitActivation(importer, node, ActivationKind::Gelu);
 }
 
-/// A limit of Clip, or `fallback` where it is left out; nothing when the node is refused.
-std::optional<float> limit(const Importer& importer, const OnnxNode& node, int position, float fallback)
+/// A limit of Clip, or `fallback` where it is left out; nothing when the node is refused. Before opset
+/// 11 the limits were attributes.
+std::optional<float> limit(
+    const Importer& importer, const OnnxNode& node, const char* attribute, int position, float fallback)
 {
+    if (importer.opset() < 11) {
+        return node.real(attribute, fallback);
+    }
     if (importer.tensor(node, position) < 0) {
         return fallback;
     }
@@ -78,8 +83,8 @@ std::optional<float> limit(const Importer& importer, const OnnxNode& node, int p
 
 void importClip(Importer& importer, const OnnxNode& node)
 {
-    const std::optional<float> lower = limit(importer, node, 1, std::numeric_limits<float>::lowest());
-    const std::optional<float> upper = limit(importer, node, 2, std::numeric_limits<float>::max());
+    const std::optional<float> lower = limit(importer, node, "min", 1, std::numeric_limits<float>::lowest());
+    const std::optional<float> upper = limit(importer, node, "max", 2, std::numeric_limits<float>::max());
     if (lower && upper) {
         emitActivation(importer, node, ActivationKind::Clip, *lower, *upper);
     }

@@ -11,6 +11,11 @@ void importBatchNormalization(Importer& importer, const OnnxNode& node)
 {
     // Has a bearing on training only.
     node.ignore("momentum");
+    // Before opset 9: whether the statistics are those of a channel or, 0, of every place in it.
+    if (node.integer("spatial", 1) != 1) {
+        node.refuse("attribute 'spatial' is not supported");
+        return;
+    }
     if (node.integer("training_mode", 0) != 0) {
         node.refuse("it was exported in training mode; call eval() before the export");
         return;

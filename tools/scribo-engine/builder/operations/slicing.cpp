@@ -41,10 +41,30 @@ void importGather(Importer& importer, const OnnxNode& node)
     importer.bind(node, 0, importer.emit(node, gather, {importer.tensor(node, 0), importer.tensor(node, 1)}));
 }
 
-/// How many axes a Slice names, which is the length of its list of starts.
-std::optional<std::int64_t> slicedAxes(const Importer& importer, const OnnxNode& node)
+/// The inputs of a Slice that are lists: starts, ends, axes and steps; before opset 10 they were
+/// attributes, and there were no steps.
+std::vector<int> sliceLists(Importer& importer, const OnnxNode& node)
 {
-    const std::optional<Extents> extents = importer.extents(node, importer.tensor(node, 1));
+    std::vector<int> lists;
+    if (importer.opset() >= 10) {
+        for (int i = 1; i < 5; ++i) {
+            lists.push_back(importer.tensor(node, i));
+        }
+        return lists;
+    }
+    for (const char* name : {"starts", "ends", "axes"}) {
+        const std::vector<std::int64_t> values = node.integers(name, {});
+        const bool given = !values.empty();
+        lists.push_back(given ? importer.constant({static_cast<std::int64_t>(values.size())}, values) : -1);
+    }
+    lists.push_back(-1);
+    return lists;
+}
+
+/// How many axes a Slice names, which is the length of its list of starts.
+std::optional<std::int64_t> slicedAxes(const Importer& importer, const OnnxNode& node, int starts)
+{
+    const std::optional<Extents> extents = importer.extents(node, starts);
     if (!extents) {
         return std::nullopt;
     }
@@ -57,26 +77,30 @@ std::optional<std::int64_t> slicedAxes(const Importer& importer, const OnnxNode&
 
 void importSlice(Importer& importer, const OnnxNode& node)
 {
-    const std::optional<std::int64_t> count = slicedAxes(importer, node);
+    std::vector<int> inputs = sliceLists(importer, node);
+    if (inputs[0] < 0 || inputs[1] < 0) {
+        node.refuse("its starts or ends are missing");
+        return;
+    }
+    const std::optional<std::int64_t> count = slicedAxes(importer, node, inputs[0]);
     if (!count) {
         return;
     }
-    std::vector<int> inputs;
-    for (int i = 0; i < 5; ++i) {
-        inputs.push_back(importer.tensor(node, i));
-        if (i > 0 && inputs.back() >= 0 && importer.tensor(inputs.back()).type != ElementType::Int64) {
-            node.refuse("its limits must be integers");
-            return;
-        }
+    const bool integers = std::all_of(inputs.begin(), inputs.end(),
+        [&](int list) { return list < 0 || importer.tensor(list).type == ElementType::Int64; });
+    if (!integers) {
+        node.refuse("its limits must be integers");
+        return;
     }
-    if (inputs[3] < 0) {
+    if (inputs[2] < 0) {
         std::vector<std::int64_t> axes(static_cast<std::size_t>(*count));
         std::iota(axes.begin(), axes.end(), 0);
-        inputs[3] = importer.constant({*count}, axes);
+        inputs[2] = importer.constant({*count}, axes);
     }
-    if (inputs[4] < 0) {
-        inputs[4] = importer.constant({*count}, std::vector<std::int64_t>(static_cast<std::size_t>(*count), 1));
+    if (inputs[3] < 0) {
+        inputs[3] = importer.constant({*count}, std::vector<std::int64_t>(static_cast<std::size_t>(*count), 1));
     }
+    inputs.insert(inputs.begin(), importer.tensor(node, 0));
     importer.bind(node, 0, importer.emit(node, format::SliceT(), inputs));
 }
 
@@ -187,7 +211,11 @@ void importPad(Importer& importer, const OnnxNode& node)
         node.refuse("mode '" + mode + "' is not supported");
         return;
     }
-    std::optional<std::vector<std::int64_t>> pads = importer.integers(node, 1, "pads");
+    std::optional<std::vector<std::int64_t>> pads = importer.listArgument(node, "pads", 1);
+    if (!pads && importer.tensor(node, 1) < 0) {
+        node.refuse("its pads are missing");
+        return;
+    }
     const std::optional<Extents> extents = importer.extents(node, importer.tensor(node, 0));
     if (!pads || !extents || !spreadPads(importer, node, extents->size(), &*pads)) {
         return;
@@ -201,6 +229,8 @@ void importPad(Importer& importer, const OnnxNode& node)
     const auto middle = pads->begin() + static_cast<std::ptrdiff_t>(extents->size());
     pad.begin.assign(pads->begin(), middle);
     pad.end.assign(middle, pads->end());
+    // Before opset 11 the value, like the pads, was an attribute.
+    pad.value = importer.opset() < 11 ? node.real("value", 0) : 0;
     if (importer.tensor(node, 2) >= 0) {
         const TensorT* value = importer.floats(node, 2, "padding value");
         if (!value) {
@@ -217,10 +247,10 @@ void addSlicing(ImportTable* table)
 {
     (*table)["Concat"] = {importConcat, 1, anyNumber};
     (*table)["Gather"] = {importGather, 2, 2};
-    (*table)["Slice"] = {importSlice, 3, 5};
+    (*table)["Slice"] = {importSlice, 1, 5};
     (*table)["Split"] = {importSplit, 1, 2};
     (*table)["Tile"] = {importTile, 2, 2};
-    (*table)["Pad"] = {importPad, 2, 4};
+    (*table)["Pad"] = {importPad, 1, 4};
 }
 
 } // namespace scribo::builder
