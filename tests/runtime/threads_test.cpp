@@ -1,6 +1,8 @@
 #include "operationcase.h"
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <dirent.h>
 #include <future>
 #include <thread>
@@ -37,6 +39,17 @@ int threadCount()
     }
     closedir(tasks);
     return count;
+}
+
+/// The smallest of several counts: the kernel lists a thread that has ended for a moment longer.
+int fewestThreads()
+{
+    int fewest = threadCount();
+    for (int i = 0; i < 50; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        fewest = std::min(fewest, threadCount());
+    }
+    return fewest;
 }
 
 TEST(Threads, AContextIsForOneAtATime)
@@ -137,7 +150,9 @@ TEST(Threads, EnginesRunSideBySide)
 
 TEST(Threads, ARunStartsNoOthers)
 {
-    const int before = threadCount();
+    // A sanitizer starts a thread of its own with the program's first.
+    std::thread([] {}).join();
+    const int before = fewestThreads();
     std::thread worker([] {
         NetworkMaker maker = smallCrnn(format::CellKind::Lstm, 40, 1, 64, 64);
         Session session(maker.bytes(8, 640));
@@ -147,7 +162,7 @@ TEST(Threads, ARunStartsNoOthers)
         }
     });
     worker.join();
-    EXPECT_EQ(threadCount(), before);
+    EXPECT_EQ(fewestThreads(), before);
 }
 
 } // namespace
