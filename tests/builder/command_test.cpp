@@ -85,7 +85,7 @@ TEST(Usage, Version)
 
 TEST(Usage, Wrong)
 {
-    expectWrongUsage({}, "a command is needed: build, inspect or check");
+    expectWrongUsage({}, "a command is needed");
     expectWrongUsage({"bild"}, "there is no command or option 'bild'");
     expectWrongUsage({"--verbose"}, "there is no command or option '--verbose'");
     expectWrongUsage({"build"}, "MODEL.onnx is missing");

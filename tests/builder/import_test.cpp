@@ -104,6 +104,15 @@ TEST(ImportInput, MustBeOnePictureOfFloats)
             "operation 'Relu' of node 'y': it reads 'x', which nothing before it gives"));
 }
 
+TEST(ImportInput, MissingWithAnOutputThatNeedsNone)
+{
+    ModelMaker maker(17);
+    maker.graph().clear_input();
+    maker.constant("vector", {3}, {1, 2, 3});
+    setAttribute(maker.node("LayerNormalization", {"vector", "vector"}, {"y"}), "axis", std::int64_t(-9));
+    EXPECT_THAT(problemsOf(maker), ElementsAre("the model has 0 inputs; exactly one, the picture, is supported"));
+}
+
 TEST(ImportInput, TypeAndShape)
 {
     ModelMaker maker;
@@ -119,7 +128,8 @@ TEST(ImportInput, TypeAndShape)
             "input 'x' must have a fixed number of channels and a fixed height",
             "input 'x' has a fixed width of 100; export the model with a dynamic width (dynamic_axes)"));
     maker.inputShape({1, 3, -1, -1});
-    EXPECT_THAT(problemsOf(maker), ElementsAre("input 'x' must have a fixed number of channels and a fixed height"));
+    EXPECT_THAT(problemsOf(maker),
+        ElementsAre("input 'x' leaves the height open; say which one the model was trained with (--height)"));
     maker.inputShape({-1, 3, 8, -1});
     EXPECT_THAT(problemsOf(maker), IsEmpty()) << "an open batch is run with 1";
 }

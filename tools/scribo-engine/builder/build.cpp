@@ -1,5 +1,6 @@
 #include "build.h"
 
+#include "adapt.h"
 #include "importer.h"
 #include "onnxmodel.h"
 #include "passes/passes.h"
@@ -31,6 +32,7 @@ bool foldAll(NetworkT& network, const WidthRange& widths, std::string* error)
         }
         changed = foldShapes(network, profile);
         changed |= foldConstants(network);
+        changed |= hoistTransposes(network);
         changed |= removeIdentities(network);
     }
     return true;
@@ -84,8 +86,9 @@ std::unique_ptr<format::NetworkT> buildNetwork(
         problems->push_back(error);
         return nullptr;
     }
-    std::unique_ptr<NetworkT> network = Importer(model.graph(), opset, options.widths, problems).run();
-    if (!network) {
+    std::unique_ptr<NetworkT> network = Importer(model.graph(), opset, options, problems).run();
+    if (!network || !adaptPicture(*network, options.picture, problems)
+        || !adaptScores(*network, options.scores, options.widths, problems)) {
         return nullptr;
     }
     if (!foldAll(*network, options.widths, &error)) {

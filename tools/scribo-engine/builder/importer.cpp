@@ -27,6 +27,11 @@ const ImportTable& importTable()
 /// An engine file ends at 2 GB, and constants that are worked out on the way must not fill the memory.
 constexpr std::size_t mostConstantBytes = std::size_t(1500) << 20;
 
+bool contains(const std::vector<int>& tensors, int tensor)
+{
+    return std::count(tensors.begin(), tensors.end(), tensor) > 0;
+}
+
 std::string quoted(const std::string& name)
 {
     return "'" + name + "'";
@@ -55,10 +60,11 @@ void collectReadNames(const onnx::GraphProto& graph, std::unordered_set<std::str
 
 } // namespace
 
-Importer::Importer(const onnx::GraphProto& model, int opset, const WidthRange& widths, Problems* list)
+Importer::Importer(const onnx::GraphProto& model, int opset, const BuildOptions& options, Problems* list)
     : graph(model)
     , operationSet(opset)
-    , range(widths)
+    , range(options.widths)
+    , openHeight(options.picture.height)
     , problems(list)
 {
     collectReadNames(graph, &readNames);
@@ -128,14 +134,21 @@ void Importer::importInput()
     }
     const std::int64_t batch = declaredExtent(type.shape(), 0);
     const std::int64_t channels = declaredExtent(type.shape(), 1);
-    const std::int64_t height = declaredExtent(type.shape(), 2);
+    std::int64_t height = declaredExtent(type.shape(), 2);
+    if (height == -1 && openHeight > 0) {
+        height = openHeight;
+    } else if (openHeight > 0 && height != openHeight) {
+        problem(title + "has a height of " + std::to_string(height) + ", not " + std::to_string(openHeight));
+    }
     const std::int64_t width = declaredExtent(type.shape(), 3);
     // A batch that is left open is run with one picture at a time.
     if (batch != 1 && batch != -1) {
         problem(title + "has a batch of " + std::to_string(batch) + "; 1 is supported");
     }
     constexpr std::int64_t largest = 1 << 14;
-    if (channels < 1 || channels > largest || height < 1 || height > largest) {
+    if (height == -1 && channels >= 1) {
+        problem(title + "leaves the height open; say which one the model was trained with (--height)");
+    } else if (channels < 1 || channels > largest || height < 1 || height > largest) {
         problem(title + "must have a fixed number of channels and a fixed height");
     }
     if (width != -1) {
@@ -226,11 +239,11 @@ void Importer::importOutputs()
             continue;
         }
         TensorT& tensor = *network->tensors[static_cast<std::size_t>(index)];
-        if (isConstant(tensor) || index == network->inputs.front()) {
+        if (isConstant(tensor) || contains(network->inputs, index)) {
             problem("output " + quoted(output.name()) + " is not computed from the picture");
         } else if (tensor.type != format::ElementType::Float32) {
             problem("output " + quoted(output.name()) + " is not a tensor of floats");
-        } else if (std::count(network->outputs.begin(), network->outputs.end(), index) > 0) {
+        } else if (contains(network->outputs, index)) {
             problem("output " + quoted(output.name()) + " is the same as output " + quoted(tensor.name));
         } else {
             tensor.name = output.name();

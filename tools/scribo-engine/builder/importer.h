@@ -1,7 +1,7 @@
 #pragma once
 
+#include "buildoptions.h"
 #include "onnxnode.h"
-#include "widthprofile.h"
 
 #include <map>
 #include <memory>
@@ -37,7 +37,7 @@ class Importer
 {
 public:
     /// `graph` and `problems` must outlive the importer.
-    Importer(const onnx::GraphProto& graph, int opset, const WidthRange& range, Problems* problems);
+    Importer(const onnx::GraphProto& graph, int opset, const BuildOptions& options, Problems* problems);
 
     /// The network, or null when there were problems.
     std::unique_ptr<format::NetworkT> run();
@@ -105,6 +105,8 @@ private:
     const onnx::GraphProto& graph;
     int operationSet;
     WidthRange range;
+    /// For a picture whose height is left open.
+    int openHeight;
     Problems* problems;
     std::unique_ptr<format::NetworkT> network = std::make_unique<format::NetworkT>();
     /// What every name of the graph stands for; -1 for an output of a node that was refused.

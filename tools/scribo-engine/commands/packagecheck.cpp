@@ -85,7 +85,7 @@ private:
 void PackageCheck::checkName()
 {
     const QString name = QFileInfo(enginePath).fileName();
-    if (!QDir::match(listedNames, name)) {
+    if (!isListedName(name)) {
         fault(QStringLiteral("the plug-in does not list the file: its name '%1' does not fit the pattern %2")
                   .arg(name, listedNames));
     }
@@ -232,7 +232,7 @@ void PackageCheck::checkAlphabet()
 void PackageCheck::checkRuns()
 {
     for (int width : {narrowest(), widest()}) {
-        const ScoreReport scores = checkScores(file.file(), width);
+        const ScoreReport scores = checkScores(file.file().data(), file.file().size(), width);
         report.faults << scores.faults;
         report.warnings << scores.warnings;
     }
@@ -244,6 +244,11 @@ void PackageCheck::checkRuns()
 }
 
 } // namespace
+
+bool isListedName(const QString& fileName)
+{
+    return QDir::match(listedNames, fileName);
+}
 
 PackageReport checkPackage(const QString& enginePath)
 {

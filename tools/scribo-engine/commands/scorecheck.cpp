@@ -30,13 +30,13 @@ bool softmaxRows(const std::vector<float>& scores, std::size_t classes)
 
 } // namespace
 
-ScoreReport checkScores(const FileBytes& engine, int width)
+ScoreReport checkScores(const void* engine, std::size_t size, int width)
 {
     ScoreReport report;
     std::vector<RunOutput> outputs;
     QString error;
     EngineRunner runner;
-    if (!runner.load(engine.data(), engine.size(), &error)
+    if (!runner.load(engine, size, &error)
         || !runner.run(width, testPicture(runner.pictureSize(width)), &outputs, &error)) {
         report.faults << QStringLiteral("a trial run at width %1 failed: %2").arg(width).arg(error);
         return report;

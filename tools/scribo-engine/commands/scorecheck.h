@@ -1,8 +1,8 @@
 #pragma once
 
-#include "loadedengine.h"
-
 #include <QStringList>
+
+#include <cstddef>
 
 namespace scribo::tool {
 
@@ -12,9 +12,9 @@ struct ScoreReport
     QStringList warnings;
 };
 
-/// Runs the engine on a picture of `width` columns. A fault for a run that the runtime refuses and
+/// Runs the engine in `size` bytes on a picture of `width` columns. A fault for a run that the runtime refuses and
 /// for scores that are not finite; a warning for scores that are not those of a soft-max, because
 /// the decoder takes a score of 0.1 or less for nothing.
-ScoreReport checkScores(const FileBytes& engine, int width);
+ScoreReport checkScores(const void* engine, std::size_t size, int width);
 
 } // namespace scribo::tool

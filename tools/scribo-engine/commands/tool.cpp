@@ -9,6 +9,7 @@ namespace {
 constexpr char help[] = R"(Makes engines for Scribo's CPU runtime, and looks into them.
 
   scribo-engine build MODEL.onnx -o ENGINE.trt   make an engine from an ONNX model
+  scribo-engine package MODEL.onnx --keys ...    make a model package from a published model
   scribo-engine inspect ENGINE.trt               show what an engine holds
   scribo-engine check FOLDER/ENGINE.trt          check a model package as the plug-in will see it
 
@@ -26,6 +27,7 @@ struct Command
 
 constexpr Command commands[] = {
     {"build", buildCommand},
+    {"package", packageCommand},
     {"inspect", inspectCommand},
     {"check", checkCommand},
 };
@@ -47,7 +49,7 @@ ExitCode dispatch(const QStringList& arguments, Streams streams)
         }
     }
     if (name.isEmpty()) {
-        streams.err << "scribo-engine: a command is needed: build, inspect or check; see scribo-engine --help\n";
+        streams.err << "scribo-engine: a command is needed; see scribo-engine --help\n";
     } else {
         streams.err << "scribo-engine: there is no command or option '" << name.toStdString()
                     << "'; see scribo-engine --help\n";

@@ -17,6 +17,10 @@ bool foldShapes(NetworkT& network, const Profile& profile);
 /// Removes operations that give what they get, and joins transposes that follow one another.
 bool removeIdentities(NetworkT& network);
 
+/// Moves transposes that keep the last axis before operations that work on each row along it, so that
+/// they meet the transposes there.
+bool hoistTransposes(NetworkT& network);
+
 /// Folds scales and shifts per channel (batch normalisations, and products and sums with a constant
 /// per channel) into the weights and bias of the convolution before them.
 bool foldAffine(NetworkT& network);

@@ -1,0 +1,170 @@
+#include "adapt.h"
+#include "networkedit.h"
+
+#include <algorithm>
+
+namespace scribo::builder {
+
+namespace {
+
+using format::OperationKind;
+
+/// The network's channels as weighted sums of the picture's, plus an offset each.
+struct Mixture
+{
+    std::size_t from; ///< channels of the picture
+    std::size_t to; ///< channels of the network
+    std::vector<float> weights; ///< `to` rows of `from`
+    std::vector<float> offsets; ///< `to` numbers
+
+    bool isIdentity() const
+    {
+        bool same = from == to && !hasOffsets();
+        for (std::size_t i = 0; same && i < weights.size(); ++i) {
+            same = weights[i] == (i / from == i % from ? 1.0f : 0.0f);
+        }
+        return same;
+    }
+    bool hasOffsets() const
+    {
+        return std::any_of(offsets.begin(), offsets.end(), [](float offset) { return offset != 0; });
+    }
+};
+
+/// The rows of a mixture that leave the values as they are.
+std::vector<float> channelWeights(Channels channels, std::size_t count)
+{
+    if (channels == Channels::Grey) {
+        // The luma of ITU-R BT.601, which OpenCV and PIL take for grey.
+        return {0.299f, 0.587f, 0.114f};
+    }
+    std::vector<float> weights(count * count, 0);
+    for (std::size_t i = 0; i < count; ++i) {
+        weights[i * count + (channels == Channels::Bgr ? count - 1 - i : i)] = 1;
+    }
+    return weights;
+}
+
+std::optional<Mixture> mixture(const PictureOptions& options, std::size_t channels, std::string* problem)
+{
+    const bool grey = options.channels == Channels::Grey;
+    const std::size_t wanted = grey ? 1 : options.channels == Channels::Bgr ? 3 : channels;
+    if (channels != wanted) {
+        *problem = "takes " + std::to_string(channels) + " channels, not the " + std::to_string(wanted) + " of "
+            + (grey ? "a grey picture" : "blue, green and red");
+        return std::nullopt;
+    }
+    if (options.ranges.size() != 1 && options.ranges.size() != channels) {
+        *problem = "takes " + std::to_string(channels) + " channels, but " + std::to_string(options.ranges.size())
+            + " ranges of values are given";
+        return std::nullopt;
+    }
+    Mixture mixture = {grey ? 3 : channels, channels, channelWeights(options.channels, channels), {}};
+    for (std::size_t i = 0; i < channels; ++i) {
+        const ValueRange& range = options.ranges[options.ranges.size() == 1 ? 0 : i];
+        const auto row = mixture.weights.begin() + static_cast<std::ptrdiff_t>(i * mixture.from);
+        const float scale = (range.white - range.black) / 2;
+        std::transform(row, row + static_cast<std::ptrdiff_t>(mixture.from), row,
+            [scale](float weight) { return weight * scale; });
+        mixture.offsets.push_back((range.white + range.black) / 2);
+    }
+    return mixture;
+}
+
+/// Whether `operation`, which reads the picture, can take the mixture into its weights. Padding is
+/// zeros behind the mixture, so that its offsets must not reach there.
+bool absorbs(const OperationT& operation, const Mixture& mixture)
+{
+    const auto* convolution = operation.kind.AsConvolution();
+    return convolution && convolution->groups == 1
+        && (!mixture.hasOffsets()
+            || std::all_of(convolution->pads.begin(), convolution->pads.end(), [](int pad) { return pad == 0; }));
+}
+
+/// Gives a convolution whose weights are O x C x rows x columns those for the picture's channels.
+void absorb(NetworkT& network, OperationT& convolution, const Mixture& mixture)
+{
+    const TensorT& old = *constantAt(network, convolution.inputs[1]);
+    const std::vector<float> before = floatValues(old);
+    const auto filters = static_cast<std::size_t>(old.dims[0]);
+    const std::size_t taps = before.size() / (filters * mixture.to);
+    std::vector<float> after(filters * mixture.from * taps, 0);
+    std::vector<float> bias(filters, 0);
+    if (convolution.inputs.size() > 2) {
+        bias = floatValues(*constantAt(network, convolution.inputs[2]));
+    }
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        const std::size_t filter = i / (mixture.to * taps);
+        const std::size_t channel = i / taps % mixture.to;
+        bias[filter] += before[i] * mixture.offsets[channel];
+        for (std::size_t source = 0; source < mixture.from; ++source) {
+            after[(filter * mixture.from + source) * taps + i % taps]
+                += before[i] * mixture.weights[channel * mixture.from + source];
+        }
+    }
+    Extents dims = old.dims;
+    dims[1] = static_cast<std::int64_t>(mixture.from);
+    const int weightIndex = addTensor(network, makeConstant(old.name, dims, after));
+    const int biasIndex = addTensor(network, makeConstant({}, {old.dims[0]}, bias));
+    convolution.inputs = {convolution.inputs[0], weightIndex, biasIndex};
+}
+
+/// Puts a convolution with the mixture between the picture and whatever reads it.
+void prepend(NetworkT& network, const Mixture& mixture)
+{
+    const int before = network.inputs.front();
+    TensorT picture = *network.tensors[static_cast<std::size_t>(before)];
+    picture.dims[1] = static_cast<std::int64_t>(mixture.from);
+    TensorT& mixed = *network.tensors[static_cast<std::size_t>(before)];
+    mixed.name.clear();
+    mixed.dims.clear();
+    network.inputs = {addTensor(network, std::move(picture))};
+    const auto rows = static_cast<std::int64_t>(mixture.to);
+    const auto columns = static_cast<std::int64_t>(mixture.from);
+    auto operation = std::make_unique<OperationT>();
+    operation->name = "picture";
+    operation->inputs
+        = {network.inputs.front(), addTensor(network, makeConstant({}, {rows, columns, 1, 1}, mixture.weights)),
+            addTensor(network, makeConstant({}, {rows}, mixture.offsets))};
+    operation->outputs = {before};
+    format::ConvolutionT convolution;
+    convolution.strides = {1, 1};
+    convolution.dilations = {1, 1};
+    convolution.pads = {0, 0, 0, 0};
+    operation->kind.Set(std::move(convolution));
+    network.operations.insert(network.operations.begin(), std::move(operation));
+}
+
+} // namespace
+
+bool adaptPicture(NetworkT& network, const PictureOptions& options, Problems* problems)
+{
+    const int input = network.inputs.front();
+    TensorT& picture = *network.tensors[static_cast<std::size_t>(input)];
+    std::string problem;
+    const auto mix = mixture(options, static_cast<std::size_t>(picture.dims[1]), &problem);
+    if (!mix) {
+        problems->push_back("input '" + picture.name + "' " + problem);
+        return false;
+    }
+    if (mix->isIdentity()) {
+        return true;
+    }
+    std::vector<OperationT*> readers;
+    for (const auto& operation : network.operations) {
+        if (std::count(operation->inputs.begin(), operation->inputs.end(), input) > 0) {
+            readers.push_back(operation.get());
+        }
+    }
+    if (!std::all_of(readers.begin(), readers.end(), [&](const auto* one) { return absorbs(*one, *mix); })) {
+        prepend(network, *mix);
+        return true;
+    }
+    for (OperationT* reader : readers) {
+        absorb(network, *reader, *mix);
+    }
+    network.tensors[static_cast<std::size_t>(input)]->dims[1] = static_cast<std::int64_t>(mix->from);
+    return true;
+}
+
+} // namespace scribo::builder

@@ -1,0 +1,171 @@
+#include "modelfilename.h"
+#include "modeloptions.h"
+#include "packagecheck.h"
+#include "packagemaker.h"
+#include "text.h"
+#include "tool.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+namespace scribo::tool {
+
+namespace {
+
+constexpr char usage[] = R"(Makes a model package from a published ONNX model: engine and configuration file.
+
+  scribo-engine package MODEL.onnx --keys KEYS.txt --name ocr_NAME_p1_1_v1 -o FOLDER [OPTIONS]
+
+  --keys KEYS.txt      the characters in class order without the blank, one a line or all in one
+                       line; a last one more that the model has is a space
+  --name NAME          the engine's name: five pieces, as docs/model-package.md says
+  -o, --output FOLDER  where FOLDER/NAME.trt and its configuration go
+)";
+
+constexpr char notes[] = R"(
+Layout and soft-max are found out where they are not given. The package is checked as
+scribo-engine check does; nothing is written when it has a fault. A configuration that is there
+already and says something else is left alone, and refused.
+)";
+
+ExitCode fail(Streams streams, const QStringList& problems)
+{
+    for (const QString& problem : problems) {
+        streams.err << problem.toStdString() << "\n";
+    }
+    return Failure;
+}
+
+/// The two files of a package below a folder.
+struct PackageFiles
+{
+    QString engine;
+    QString configuration;
+};
+
+PackageFiles filesIn(const QDir& folder, const QString& name)
+{
+    const QString engine = folder.absoluteFilePath(name + QStringLiteral(".trt"));
+    return {engine, splitModelFileName(engine)->configPath};
+}
+
+bool save(const MadePackage& package, const PackageFiles& files, QString* problem)
+{
+    const std::vector<std::uint8_t>& engine = package.engine.bytes;
+    const QByteArray& configuration = package.configuration;
+    const auto length = static_cast<std::size_t>(configuration.size());
+    // The configuration first: without its engine it does nothing.
+    QString path = files.configuration;
+    bool saved = saveFile(path, configuration.constData(), length, problem);
+    if (saved) {
+        path = files.engine;
+        saved = saveFile(path, engine.data(), engine.size(), problem);
+    }
+    if (!saved) {
+        *problem = path + QStringLiteral(": ") + *problem;
+    }
+    return saved;
+}
+
+/// Checks the package in a folder where no plug-in sees it.
+bool check(const MadePackage& package, const QString& name, PackageReport* report, QString* problem)
+{
+    const QTemporaryDir trial;
+    if (!trial.isValid()) {
+        *problem = trial.errorString();
+        return false;
+    }
+    const PackageFiles files = filesIn(QDir(trial.path()), name);
+    if (!save(package, files, problem)) {
+        return false;
+    }
+    *report = checkPackage(files.engine);
+    return true;
+}
+
+/// Whether the configuration may be written: it is new, or says the same already.
+bool mayWrite(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    return !file.exists() || (file.open(QIODevice::ReadOnly) && file.readAll() == content);
+}
+
+ExitCode makeAndSave(const PackageSource& source, const QString& name, const QString& folder, Streams streams)
+{
+    MadePackage package;
+    QStringList problems;
+    PackageReport report;
+    QString problem;
+    if (!makePackage(source, &package, &problems)) {
+        return fail(streams, problems);
+    }
+    if (!check(package, name, &report, &problem)) {
+        return fail(streams, {problem});
+    }
+    if (!report.faults.isEmpty()) {
+        return fail(streams, report.faults);
+    }
+    if (!QDir().mkpath(folder)) {
+        return fail(streams, {folder + QStringLiteral(": the folder cannot be made")});
+    }
+    const PackageFiles files = filesIn(QDir(folder), name);
+    if (!mayWrite(files.configuration, package.configuration)) {
+        return fail(streams,
+            {files.configuration
+                + QStringLiteral(": it exists and says something else; remove it or take another name")});
+    }
+    if (!save(package, files, &problem)) {
+        return fail(streams, {problem});
+    }
+    for (const QString& note : package.notes + report.warnings) {
+        streams.out << "note: " << note.toStdString() << "\n";
+    }
+    streams.out << files.configuration.toStdString() << "\n"
+                << files.engine.toStdString() << ": " << bytesText(package.engine.bytes.size()).toStdString() << ", "
+                << report.summary.toStdString() << "\n";
+    return Success;
+}
+
+bool isEngineName(const QString& name)
+{
+    const QString file = name + QStringLiteral(".trt");
+    return !name.contains(QLatin1Char('/')) && splitModelFileName(file) && isListedName(file);
+}
+
+} // namespace
+
+ExitCode packageCommand(const QStringList& arguments, Streams streams)
+{
+    static const std::string help = std::string(usage) + modelOptionsHelp + notes;
+    const QString keys = QStringLiteral("keys");
+    const QString name = QStringLiteral("name");
+    const QString output = QStringLiteral("output");
+    Arguments command("package", help.c_str(), "MODEL.onnx");
+    command.addOption({keys, {}, QStringLiteral("KEYS.txt")});
+    command.addOption({name, {}, QStringLiteral("NAME")});
+    command.addOption({{QStringLiteral("o"), output}, {}, QStringLiteral("FOLDER")});
+    addModelOptions(&command);
+    if (const auto over = command.read(arguments, streams)) {
+        return *over;
+    }
+    for (const QString& needed : {keys, name, output}) {
+        if (command.value(needed).isEmpty()) {
+            return command.wrongUsage(QStringLiteral("--%1 is missing").arg(needed), streams);
+        }
+    }
+    if (!isEngineName(command.value(name))) {
+        return command.wrongUsage(
+            QStringLiteral("--name needs five pieces like ocr_printed_p1_1_v1, not '%1'").arg(command.value(name)),
+            streams);
+    }
+    const std::optional<builder::BuildOptions> options = readModelOptions(command, streams);
+    if (!options) {
+        return WrongUsage;
+    }
+    const PackageSource source = {command.file(), command.value(keys), *options, isLayoutGiven(command)};
+    return makeAndSave(source, command.value(name), command.value(output), streams);
+}
+
+} // namespace scribo::tool
