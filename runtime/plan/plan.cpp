@@ -1,5 +1,8 @@
 #include "plan.h"
 
+#include <algorithm>
+#include <chrono>
+
 namespace scribo::cpu {
 
 std::size_t Plan::fixedSize() const
@@ -33,6 +36,21 @@ void Plan::run(dnnl::stream& stream)
         entry.step->run(stream);
     }
     stream.wait();
+}
+
+std::vector<double> Plan::profile(dnnl::stream& stream)
+{
+    using Clock = std::chrono::steady_clock;
+    std::vector<double> spent;
+    for (const Entry& entry : steps) {
+        const Clock::time_point start = Clock::now();
+        entry.step->run(stream);
+        stream.wait();
+        const auto operation = static_cast<std::size_t>(entry.operation);
+        spent.resize(std::max(spent.size(), operation + 1));
+        spent[operation] += std::chrono::duration<double, std::micro>(Clock::now() - start).count();
+    }
+    return spent;
 }
 
 } // namespace scribo::cpu

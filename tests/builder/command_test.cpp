@@ -61,8 +61,8 @@ protected:
 
 TEST(Usage, HelpFitsAScreen)
 {
-    for (const QStringList& arguments :
-        {QStringList{"--help"}, {"-h"}, {"build", "--help"}, {"inspect", "--help"}, {"check", "-h"}}) {
+    for (const QStringList& arguments : {QStringList{"--help"}, {"-h"}, {"build", "--help"}, {"inspect", "--help"},
+             {"check", "-h"}, {"bench", "--help"}}) {
         const Outcome outcome = call(arguments);
         EXPECT_EQ(outcome.code, Success);
         EXPECT_THAT(outcome.err, IsEmpty());
@@ -90,6 +90,9 @@ TEST(Usage, Wrong)
     expectWrongUsage({"--verbose"}, "there is no command or option '--verbose'");
     expectWrongUsage({"build"}, "MODEL.onnx is missing");
     expectWrongUsage({"inspect"}, "ENGINE.trt is missing");
+    expectWrongUsage({"bench"}, "ENGINE.trt is missing");
+    expectWrongUsage({"bench", "a", "--runs", "many"}, "--runs needs a whole number, not 'many'");
+    expectWrongUsage({"bench", "a", "--runs", "0"}, "--runs must lie between 1 and 1000000");
     expectWrongUsage({"check"}, "FOLDER/ENGINE.trt is missing");
     expectWrongUsage({"build", "a.onnx"}, "-o ENGINE.trt is missing");
     expectWrongUsage({"build", "a.onnx", "-o"}, "Missing value after '-o'");
@@ -115,6 +118,61 @@ TEST_F(Commands, BuildWritesAnEngine)
     EXPECT_THAT(outcome.out,
         MatchesRegex(output.toStdString() + ": .* kB, 5 operations, widths 16 to 100, built in [0-9]+\\.[0-9] s\n"));
     EXPECT_EQ(call({"inspect", output}).code, Success);
+}
+
+TEST_F(Commands, BenchTimesTheWidthsAskedFor)
+{
+    ASSERT_EQ(call({"build", model, "-o", output}).code, Success);
+    const Outcome outcome = call({"bench", output, "--width", "77", "--width", "40", "--runs", "3"});
+    EXPECT_EQ(outcome.code, Success) << outcome.err;
+    const std::string times = "( +[0-9]+\\.[0-9]{3} ms){3} +[0-9.]+ [a-zA-Z]+\n";
+    EXPECT_THAT(outcome.out,
+        MatchesRegex(output.toStdString()
+            + ": loaded in [0-9.]+ ms; [0-9.]+ [a-zA-Z]+ of weights in the kernels' order; 3 runs a width\n\n"
+              "  width +first run +median +best +plan\n  77 "
+            + times + "  40 " + times));
+}
+
+TEST_F(Commands, BenchTakesTheUsualWidthsThatTheEngineTakes)
+{
+    ASSERT_EQ(call({"build", model, "-o", output, "--min-width", "50", "--max-width", "160"}).code, Success);
+    const std::string usual = call({"bench", output, "--runs", "1"}).out;
+    for (const char* row : {"\n  64 ", "\n  100 ", "\n  160 "}) {
+        EXPECT_THAT(usual, HasSubstr(row));
+    }
+    EXPECT_THAT(usual, testing::Not(HasSubstr("\n  320 ")));
+
+    ASSERT_EQ(call({"build", model, "-o", output, "--min-width", "40", "--max-width", "48"}).code, Success);
+    const std::string ends = call({"bench", output, "--runs", "1"}).out;
+    EXPECT_THAT(ends, HasSubstr("\n  40 "));
+    EXPECT_THAT(ends, HasSubstr("\n  48 "));
+}
+
+TEST_F(Commands, BenchShowsWhereTheTimeGoes)
+{
+    ASSERT_EQ(call({"build", model, "-o", output}).code, Success);
+    const Outcome outcome = call({"bench", output, "--width", "64", "--runs", "2", "--profile"});
+    EXPECT_EQ(outcome.code, Success) << outcome.err;
+    EXPECT_THAT(outcome.out, HasSubstr("\nwidth 64\n"));
+    for (const char* kind : {"Convolution", "Softmax"}) {
+        EXPECT_THAT(outcome.out, HasSubstr(kind));
+    }
+    EXPECT_THAT(outcome.out, HasSubstr(" % "));
+}
+
+TEST_F(Commands, BenchRefusesWhatItCannotTime)
+{
+    ASSERT_EQ(call({"build", model, "-o", output}).code, Success);
+    for (const char* width : {"31", "321", "-1", "wide"}) {
+        expectWrongUsage({"bench", output, "--width", width},
+            "--width needs a whole number from 32 to 320, the engine's widths, not '" + std::string(width) + "'");
+    }
+    EXPECT_EQ(call({"bench", package.path("none.trt")}).code, Failure);
+    package.writeFile("foreign.trt", "no engine");
+    const Outcome outcome = call({"bench", package.path("foreign.trt")});
+    EXPECT_EQ(outcome.code, Failure);
+    EXPECT_THAT(outcome.err, HasSubstr("foreign.trt: "));
+    EXPECT_THAT(outcome.out, IsEmpty());
 }
 
 TEST_F(Commands, BuildReplacesAnEngineWhole)

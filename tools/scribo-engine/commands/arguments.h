@@ -25,6 +25,7 @@ public:
     QString file() const { return parser.positionalArguments().value(0); }
     bool isSet(const QString& option) const { return parser.isSet(option); }
     QString value(const QString& option) const { return parser.value(option); }
+    QStringList values(const QString& option) const { return parser.values(option); }
     /// The value as a whole number; nothing, told to the streams, when it is none.
     std::optional<int> number(const QString& option, Streams streams) const;
 

@@ -33,32 +33,6 @@ QString shapesText(const std::vector<Shape>& shapes)
     return parts.join(QLatin1Char(' '));
 }
 
-/// The rows as a table with two blanks between columns as wide as their widest cell.
-QString table(const QList<QStringList>& rows)
-{
-    QList<int> widths;
-    for (const QStringList& row : rows) {
-        for (int column = 0; column < row.size(); ++column) {
-            if (column == widths.size()) {
-                widths << 0;
-            }
-            widths[column] = std::max(widths[column], row[column].size());
-        }
-    }
-    QString text;
-    for (const QStringList& row : rows) {
-        QString line;
-        for (int column = 0; column < row.size(); ++column) {
-            line += QStringLiteral("  ") + row[column].leftJustified(widths[column]);
-        }
-        while (line.endsWith(QLatin1Char(' '))) {
-            line.chop(1);
-        }
-        text += line + QLatin1Char('\n');
-    }
-    return text;
-}
-
 QString asText(const EngineReport& report, const LoadedEngine& engine, const QString& path)
 {
     QString text = QStringLiteral("%1: %2, format %3, built by %4 from %5\n")

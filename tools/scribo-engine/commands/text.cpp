@@ -41,4 +41,29 @@ QString shapeText(const std::vector<std::int64_t>& extents)
     return parts.join(QLatin1Char('x'));
 }
 
+QString table(const QList<QStringList>& rows)
+{
+    QList<int> widths;
+    for (const QStringList& row : rows) {
+        for (int column = 0; column < row.size(); ++column) {
+            if (column == widths.size()) {
+                widths << 0;
+            }
+            widths[column] = std::max(widths[column], row[column].size());
+        }
+    }
+    QString text;
+    for (const QStringList& row : rows) {
+        QString line;
+        for (int column = 0; column < row.size(); ++column) {
+            line += QStringLiteral("  ") + row[column].leftJustified(widths[column]);
+        }
+        while (line.endsWith(QLatin1Char(' '))) {
+            line.chop(1);
+        }
+        text += line + QLatin1Char('\n');
+    }
+    return text;
+}
+
 } // namespace scribo::tool

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 #include <vector>
@@ -16,5 +18,7 @@ QString bytesText(std::size_t bytes);
 QString groupedText(std::int64_t number);
 /// "1x3x32x*"; the width decides an extent of *; "scalar" for no extents.
 QString shapeText(const std::vector<std::int64_t>& extents);
+/// The rows as a table with two blanks between columns as wide as their widest cell.
+QString table(const QList<QStringList>& rows);
 
 } // namespace scribo::tool

@@ -12,6 +12,7 @@ constexpr char help[] = R"(Makes engines for Scribo's CPU runtime, and looks int
   scribo-engine package MODEL.onnx --keys ...    make a model package from a published model
   scribo-engine inspect ENGINE.trt               show what an engine holds
   scribo-engine check FOLDER/ENGINE.trt          check a model package as the plug-in will see it
+  scribo-engine bench ENGINE.trt                 time an engine on this machine
 
   scribo-engine COMMAND --help                   the options of a command
   scribo-engine --help | --version               this text, the version
@@ -30,6 +31,7 @@ constexpr Command commands[] = {
     {"package", packageCommand},
     {"inspect", inspectCommand},
     {"check", checkCommand},
+    {"bench", benchCommand},
 };
 
 ExitCode dispatch(const QStringList& arguments, Streams streams)

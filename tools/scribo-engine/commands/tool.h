@@ -23,6 +23,7 @@ ExitCode run(const QStringList& arguments, Streams streams) noexcept;
 ExitCode buildCommand(const QStringList& arguments, Streams streams);
 ExitCode inspectCommand(const QStringList& arguments, Streams streams);
 ExitCode checkCommand(const QStringList& arguments, Streams streams);
+ExitCode benchCommand(const QStringList& arguments, Streams streams);
 ExitCode packageCommand(const QStringList& arguments, Streams streams);
 
 } // namespace scribo::tool

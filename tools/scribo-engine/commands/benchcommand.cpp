@@ -1,0 +1,154 @@
+#include "arguments.h"
+#include "enginereport.h"
+#include "enginetimer.h"
+#include "loadedengine.h"
+#include "text.h"
+#include "tool.h"
+
+#include <numeric>
+
+namespace scribo::tool {
+
+namespace {
+
+constexpr char help[] = R"(Times an engine on this machine, one thread.
+
+  scribo-engine bench ENGINE.trt [--width W]... [--runs N] [--profile]
+
+  --width W    a width to time, may be given several times; default 64, 100, 160 and 320 as far as
+               the engine takes them, or the ends of its range
+  --runs N     runs of each width (default 100)
+  --profile    also where the time of each width goes, operation by operation
+
+For each width: its first run, planning included; median and best of the runs; the memory of its
+plan. The machine should have nothing else to do.
+)";
+
+constexpr int maximumRuns = 1'000'000;
+
+QString millisecondsText(double milliseconds)
+{
+    return QString::number(milliseconds, 'f', 3) + QStringLiteral(" ms");
+}
+
+QList<int> usualWidths(const format::Network& network)
+{
+    QList<int> widths;
+    for (int width : {64, 100, 160, 320}) {
+        if (width >= network.minimum_width() && width <= network.maximum_width()) {
+            widths << width;
+        }
+    }
+    return widths.isEmpty() ? QList<int>{network.minimum_width(), network.maximum_width()} : widths;
+}
+
+/// The widths asked for, or the usual ones. Empty, told to the streams, when one cannot be timed.
+QList<int> widthsToTime(const Arguments& command, const format::Network& network, Streams streams)
+{
+    QList<int> widths;
+    for (const QString& text : command.values(QStringLiteral("width"))) {
+        bool isNumber = false;
+        const int width = text.toInt(&isNumber);
+        if (!isNumber || width < network.minimum_width() || width > network.maximum_width()) {
+            command.wrongUsage(
+                QStringLiteral("--width needs a whole number from %1 to %2, the engine's widths, not '%3'")
+                    .arg(network.minimum_width())
+                    .arg(network.maximum_width())
+                    .arg(text),
+                streams);
+            return {};
+        }
+        widths << width;
+    }
+    return widths.isEmpty() ? usualWidths(network) : widths;
+}
+
+/// A row for each operation that takes any time, in the order in which they run.
+QString profileTable(const EngineReport& report, const std::vector<double>& spent)
+{
+    const double total = std::accumulate(spent.begin(), spent.end(), 0.0);
+    QList<QStringList> rows = {{"", "operation", "node", "median", "share", "details"}};
+    for (std::size_t i = 0; i < spent.size(); ++i) {
+        if (spent[i] <= 0) {
+            continue;
+        }
+        const OperationReport operation = i < report.operations.size()
+            ? report.operations[i]
+            : OperationReport{QStringLiteral("outputs"), {}, {}, {}, {}, {}};
+        rows << QStringList{QString::number(i + 1), operation.kind, operation.name, millisecondsText(spent[i]),
+            QString::number(100 * spent[i] / total, 'f', 1) + QStringLiteral(" %"), operation.details};
+    }
+    return table(rows);
+}
+
+/// Times all widths. False, with a sentence in `error`, when one cannot be planned.
+bool timeWidths(
+    EngineTimer* timer, const EngineReport* report, const QList<int>& widths, int runs, QString* text, QString* error)
+{
+    QList<QStringList> rows = {{"width", "first run", "median", "best", "plan"}};
+    QString profiles;
+    for (int width : widths) {
+        WidthTimes times;
+        if (!timer->time(width, runs, &times, error)) {
+            return false;
+        }
+        rows << QStringList{QString::number(width), millisecondsText(times.first), millisecondsText(times.median),
+            millisecondsText(times.best), bytesText(times.planBytes)};
+        if (report) {
+            profiles += QStringLiteral("\nwidth %1\n").arg(width) + profileTable(*report, timer->profile(runs));
+        }
+    }
+    *text = table(rows) + profiles;
+    return true;
+}
+
+ExitCode fail(Streams streams, const QString& file, const QString& error)
+{
+    streams.err << file.toStdString() << ": " << error.toStdString() << "\n";
+    return Failure;
+}
+
+} // namespace
+
+ExitCode benchCommand(const QStringList& arguments, Streams streams)
+{
+    const QString runs = QStringLiteral("runs");
+    const QString profile = QStringLiteral("profile");
+    Arguments command("bench", help, "ENGINE.trt");
+    command.addOption({QStringLiteral("width"), {}, QStringLiteral("W")});
+    command.addOption({runs, {}, QStringLiteral("N"), QStringLiteral("100")});
+    command.addOption(QCommandLineOption(profile));
+    if (const auto over = command.read(arguments, streams)) {
+        return *over;
+    }
+    const std::optional<int> count = command.number(runs, streams);
+    if (!count) {
+        return WrongUsage;
+    }
+    if (*count < 1 || *count > maximumRuns) {
+        return command.wrongUsage(QStringLiteral("--runs must lie between 1 and %1").arg(maximumRuns), streams);
+    }
+    LoadedEngine engine;
+    EngineReport report;
+    EngineTimer timer;
+    QString error;
+    if (!engine.read(command.file(), &error) || !describeEngine(engine.network(), &report, &error)
+        || !timer.load(engine.file().data(), engine.file().size(), &error)) {
+        return fail(streams, command.file(), error);
+    }
+    const QList<int> widths = widthsToTime(command, engine.network(), streams);
+    if (widths.isEmpty()) {
+        return WrongUsage;
+    }
+    QString text;
+    if (!timeWidths(&timer, command.isSet(profile) ? &report : nullptr, widths, *count, &text, &error)) {
+        return fail(streams, command.file(), error);
+    }
+    streams.out << command.file().toStdString() << ": loaded in " << millisecondsText(timer.loadTime()).toStdString()
+                << "; " << bytesText(timer.weightBytes()).toStdString() << " of weights in the kernels' order; "
+                << countText(static_cast<std::size_t>(*count), "run").toStdString() << " a width\n\n"
+                << text.toStdString();
+    return Success;
+}
+
+} // namespace scribo::tool
