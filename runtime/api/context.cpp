@@ -168,7 +168,9 @@ bool Context::setWidth(int width, std::string* error)
     }
     const std::size_t needed = (plan ? plan : made.get())->arenaSize();
     if (!arena || arena->size() < needed) {
-        arena.emplace(needed);
+        // Made before the old one goes: without the memory for it, the width set before must still run.
+        AlignedBuffer larger(needed);
+        arena = std::move(larger);
     }
     current = plan ? plan : plans.insert(std::move(made));
     return true;

@@ -17,8 +17,8 @@ Plan* PlanCache::find(int width)
 
 Plan* PlanCache::insert(std::unique_ptr<Plan> plan)
 {
-    total += plan->heldSize();
     plans.push_front(std::move(plan));
+    total += plans.front()->heldSize();
     while (total > most && plans.size() > 1) {
         total -= plans.back()->heldSize();
         plans.pop_back();

@@ -291,6 +291,17 @@ TEST_F(PictureFolderTest, inspectionsInOneMillisecondGetDifferentNames)
     EXPECT_EQ(filesIn(modelFolder() + "OK"), expected);
 }
 
+TEST_F(PictureFolderTest, namesStayApartHoweverFarTheyRunAheadOfTheClock)
+{
+    saveAll(true);
+    tool.removable = directory.filePath(QStringLiteral("USB")); // which has no limit
+    for (int inspection = 0; inspection < 1100; ++inspection) {
+        now = now.addMSecs(inspection % 2);
+        save(okRecord("A"));
+    }
+    EXPECT_EQ(filesIn(tool.removable + "/AISavePic_20211112/tavoro_p1_1_C1_T1/OK").size(), 1100);
+}
+
 TEST_F(PictureFolderTest, namesFollowAClockThatIsSetBack)
 {
     saveAll(true);

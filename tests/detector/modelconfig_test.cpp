@@ -298,8 +298,9 @@ TEST(ModelConfig, Utf16IsNotJson)
 
 TEST(ModelConfig, BrokenJsonEndsWithTheParsersOwnWords)
 {
-    for (const QByteArray& bytes : {configuration().chopped(1), QByteArray(), QByteArray("{\"classes\": }"),
-             QByteArray("{} trailing"), QByteArray("7"), QByteArray("\0", 1)}) {
+    for (const QByteArray& bytes :
+        {configuration().chopped(1), QByteArray(), QByteArray("{\"classes\": }"), QByteArray("{} trailing"),
+            configuration() + QByteArray("\0\0", 2), QByteArray("7"), QByteArray("\0", 1)}) {
         const Outcome outcome = parse(bytes);
         QJsonParseError expected;
         QJsonDocument::fromJson(bytes, &expected);

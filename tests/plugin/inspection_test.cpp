@@ -373,6 +373,29 @@ TEST_F(Inspection, FailsAnItemWithoutAPicture)
     EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
 }
 
+TEST_F(Inspection, FailsEachRegionOfAPictureThatDoesNotCome)
+{
+    tool.announced = cv::Size(200, 60);
+    tool.picture.release();
+    tool.taughtRegions = {QRectF(10, 20, 40, 20), QRectF(60, 5, 30, 20)};
+    process(0, {});
+    EXPECT_FALSE(instance->isResultOk(0));
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!", "unknown error!"}));
+    EXPECT_EQ(list(0, "defect_rects"), (QVariantList{QRect(10, 20, 40, 20), QRect(60, 5, 30, 20)}));
+
+    tool.taughtRegions = {QRectF(10, 20, 0.5, 20)};
+    process(1, {});
+    EXPECT_FALSE(instance->isResultOk(1)) << "of which nothing was inspected";
+}
+
+TEST_F(Inspection, MovesBoxesByTheWholePartOfTheRegion)
+{
+    compareWith("A1");
+    tool.taughtRegions = {QRectF(13.7, 4.9, 40, 20)};
+    process(0, {aa});
+    EXPECT_EQ(list(0, "defect_rects"), (QVariantList{QRect(13, 4, 40, 20)})) << "while the picture is cut at 14, 5";
+}
+
 TEST_F(Inspection, FailsAnItemWhoseToolThrows)
 {
     ThrowingTool thrower;

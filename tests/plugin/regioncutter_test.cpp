@@ -10,7 +10,8 @@ const cv::Size picture(101, 50);
 
 std::optional<cv::Rect> pixels(double x, double y, double width, double height)
 {
-    return regionPixels(QRectF(x, y, width, height), picture);
+    const std::optional<RegionCut> cut = cutRegion(QRectF(x, y, width, height), picture);
+    return cut ? std::optional(cut->pixels) : std::nullopt;
 }
 
 } // namespace
@@ -73,6 +74,13 @@ TEST(RegionCutter, SkipsWhatIsNotFinite)
 
 TEST(RegionCutter, SkipsEverythingInAnEmptyPicture)
 {
-    EXPECT_EQ(regionPixels(QRectF(0, 0, 10, 10), cv::Size(0, 0)), std::nullopt);
-    EXPECT_EQ(regionPixels(QRectF(0, 0, 10, 10), cv::Size(-4, 7)), std::nullopt);
+    EXPECT_EQ(cutRegion(QRectF(0, 0, 10, 10), cv::Size(0, 0)).has_value(), false);
+    EXPECT_EQ(cutRegion(QRectF(0, 0, 10, 10), cv::Size(-4, 7)).has_value(), false);
+}
+
+TEST(RegionCutter, KeepsFractionsForTheBoxes)
+{
+    EXPECT_EQ(cutRegion(QRectF(13.7, 4.5, 20.2, 10.9), picture)->inside, QRectF(13.7, 4.5, 20.2, 10.9));
+    EXPECT_EQ(cutRegion(QRectF(-3.5, 45.25, 20.5, 10.9), picture)->inside, QRectF(0, 45.25, 20.5, 4.75));
+    EXPECT_EQ(cutRegion(QRectF(13.7, 4.5, 20.2, 10.9), picture)->pixels, cv::Rect(14, 4, 20, 11));
 }

@@ -7,6 +7,7 @@ class ScriptedTool : public Tool
 {
 public:
     cv::Mat picture = cv::Mat(60, 200, CV_8UC1, cv::Scalar(200));
+    cv::Size announced; ///< of its pictures; empty for the size of the picture
     QList<QRectF> taughtRegions = {QRectF(10, 20, 100, 30)};
     QString directory;
     bool maySave = true;
@@ -18,8 +19,8 @@ public:
     QString toolIdentity() override { return QStringLiteral("C1_T1"); }
     QString toolDirectory() override { return directory; }
     bool savingAllowed() override { return maySave; }
-    int imageWidth() override { return picture.cols; }
-    int imageHeight() override { return picture.rows; }
+    int imageWidth() override { return announced.empty() ? picture.cols : announced.width; }
+    int imageHeight() override { return announced.empty() ? picture.rows : announced.height; }
     cv::Mat image(int) override { return picture; }
     QList<QRectF> regions(int) override { return taughtRegions; }
     bool upstreamPose(const QString& toolName, int, PosePair* found) override

@@ -21,7 +21,7 @@ public:
     using Clock = std::function<std::chrono::nanoseconds()>;
 
     /// A count that takes no longer than this is repeated every time.
-    static constexpr std::chrono::milliseconds quick{5};
+    static constexpr std::chrono::milliseconds quick{20};
     static constexpr int pausePerCount = 50;
 
     explicit PacedFileCount(

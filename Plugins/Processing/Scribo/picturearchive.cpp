@@ -13,8 +13,8 @@
 
 namespace {
 
-/// How far the time in a name may run ahead of the clock, in milliseconds.
-constexpr qint64 maxStampLead = 1000;
+/// A clock that steps back by this many milliseconds was set back; by less, it was corrected.
+constexpr qint64 clockSetBack = 1000;
 
 /// A host may hand over an object that is no Tool; it has no directory and no picture is saved for it.
 Tool* asTool(ToolInterface* tool)
@@ -136,12 +136,10 @@ void PictureArchive::drainPendingPictures()
 QDateTime PictureArchive::stampFor(int number)
 {
     QDateTime stamp = clock();
-    if (lastStamp.isValid()) {
-        const QDateTime earliest = number > lastNumber ? lastStamp : lastStamp.addMSecs(1);
-        const qint64 behind = stamp.msecsTo(earliest);
-        if (behind > 0 && behind < maxStampLead) // more: the clock was set back, and its word counts
-            stamp = earliest;
-    }
+    const bool isSetBack = lastReading.isValid() && stamp.msecsTo(lastReading) >= clockSetBack;
+    lastReading = stamp;
+    if (lastStamp.isValid() && !isSetBack) // else the clock's word counts
+        stamp = std::max(stamp, number > lastNumber ? lastStamp : lastStamp.addMSecs(1));
     lastStamp = stamp;
     lastNumber = number;
     return stamp;

@@ -93,6 +93,7 @@ private:
     Clock clock;
     PacedFileCount removableOkCount;
     PacedFileCount removableNgCount;
+    QDateTime lastReading; ///< of the clock
     QDateTime lastStamp; ///< with lastNumber, the greatest yet given to a picture
     int lastNumber = 0;
     std::shared_ptr<PictureQueue> queue;

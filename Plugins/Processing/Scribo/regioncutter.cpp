@@ -10,10 +10,12 @@ struct Span
 {
     double start;
     double length;
+    cv::Range pixels;
 };
 
-std::optional<cv::Range> pixels(Span span, int extent)
+std::optional<Span> clipped(double regionStart, double regionLength, int extent)
 {
+    Span span{regionStart, regionLength, {}};
     if (!std::isfinite(span.start) || !std::isfinite(span.length) || span.length < 1.0)
         return {};
     span.start = std::max(span.start, 0.0);
@@ -28,16 +30,18 @@ std::optional<cv::Range> pixels(Span span, int extent)
     const int end = std::min(start + static_cast<int>(std::nearbyint(span.length)), extent);
     if (end <= start)
         return {};
-    return cv::Range(start, end);
+    span.pixels = cv::Range(start, end);
+    return span;
 }
 
 } // namespace
 
-std::optional<cv::Rect> regionPixels(const QRectF& region, const cv::Size& picture)
+std::optional<RegionCut> cutRegion(const QRectF& region, const cv::Size& picture)
 {
-    const auto columns = pixels({region.x(), region.width()}, picture.width);
-    const auto rows = pixels({region.y(), region.height()}, picture.height);
+    const auto columns = clipped(region.x(), region.width(), picture.width);
+    const auto rows = clipped(region.y(), region.height(), picture.height);
     if (!columns || !rows)
         return {};
-    return cv::Rect(columns->start, rows->start, columns->size(), rows->size());
+    return RegionCut{QRectF(columns->start, rows->start, columns->length, rows->length),
+        cv::Rect(columns->pixels.start, rows->pixels.start, columns->pixels.size(), rows->pixels.size())};
 }

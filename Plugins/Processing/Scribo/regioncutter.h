@@ -6,10 +6,16 @@
 
 #include <optional>
 
-/// The pixels of a picture of size `picture` that the inspection region `region` asks for: clipped to the
-/// picture and rounded to whole pixels, halves to the even neighbour.
+/// An inspection region within a picture.
+struct RegionCut
+{
+    QRectF inside; ///< clipped to the picture, in pixels; what boxes are moved by
+    cv::Rect pixels; ///< the same in whole pixels, halves rounded to the even neighbour; what is cut out
+};
+
+/// The part of a picture of size `picture` that the inspection region `region` asks for.
 ///
 /// Nothing for a region that is not to be inspected: smaller than a pixel in one direction, outside the
 /// picture, or with a number that is not finite. A left or upper edge outside the picture moves to its
 /// edge without making the region smaller.
-std::optional<cv::Rect> regionPixels(const QRectF& region, const cv::Size& picture);
+std::optional<RegionCut> cutRegion(const QRectF& region, const cv::Size& picture);

@@ -21,8 +21,6 @@ namespace {
 const QString paramsKey = QStringLiteral("paramsWrap");
 constexpr char scoreLimitsProperty[] = "scoreLimits";
 
-const QString unknownError = QStringLiteral("unknown error!");
-
 /// The upstream tool whose pose the regions follow: syringe segmentation.
 const QString poseTool = QStringLiteral("注射器分割");
 
@@ -40,11 +38,6 @@ std::vector<ScoreLimit> readScoreLimits(const QVariant& property)
         limits.push_back(limit);
     }
     return limits;
-}
-
-QRectF toRectF(const cv::Rect& rect)
-{
-    return QRectF(rect.x, rect.y, rect.width, rect.height);
 }
 
 /// The line of a region whose text could not be read.
@@ -241,17 +234,25 @@ void Scribo::inspect(Tool* tool, int index)
     workingImage = tool->image(index);
     archivedRecords = 0;
     refreshSaveLocation();
-    if (workingImage.empty()) {
-        // No region can lie inside it, and an item of which nothing was inspected would pass.
-        qWarning() << "Item" << index << "has no picture";
-        recordItem(index, failedItem());
-        return;
-    }
     Item item;
-    for (const QRectF& region : regions)
-        if (const auto pixels = regionPixels(region, pictureSize()))
-            inspectRegion(tool, index, *pixels, &item);
+    bool isInspected = false;
+    for (const QRectF& region : regions) {
+        if (const auto cut = cutRegion(region, pictureSize())) {
+            inspectRegion(tool, index, *cut, &item);
+            isInspected = true;
+        }
+    }
+    if (workingImage.empty() && !isInspected) {
+        // Without a picture an item of which nothing was inspected would pass.
+        qWarning() << "Item" << index << "has no picture";
+        item = failedItem();
+    }
     recordItem(index, item);
+}
+
+QString Scribo::unknownError()
+{
+    return tr("unknown error!");
 }
 
 /// An item that could not be inspected at all.
@@ -259,7 +260,7 @@ Scribo::Item Scribo::failedItem()
 {
     Item item;
     item.isOk = false;
-    item.lines.append(messageLine(unknownError, cv::Rect()));
+    item.lines.append(messageLine(unknownError(), cv::Rect()));
     return item;
 }
 
@@ -279,28 +280,28 @@ cv::Mat Scribo::regionImage(Tool* tool, int index, const cv::Rect& region) const
     return workingImage(region);
 }
 
-void Scribo::inspectRegion(Tool* tool, int index, const cv::Rect& region, Item* item)
+void Scribo::inspectRegion(Tool* tool, int index, const RegionCut& region, Item* item)
 {
     const int firstLine = item->lines.size();
     cv::Mat image;
     QString message;
     bool isOk = false;
     try {
-        image = regionImage(tool, index, region);
-        isOk = isModelDisabled() || readRegion(image, region, item, &message);
+        image = regionImage(tool, index, region.pixels);
+        isOk = isModelDisabled() || readRegion(image, region.inside, item, &message);
     } catch (const std::exception& error) {
         qWarning() << "Reading a region of item" << index << "failed:" << error.what();
-        message += unknownError;
+        message += unknownError();
     }
     if (!message.isEmpty())
-        item->lines.append(messageLine(message, region));
+        item->lines.append(messageLine(message, region.pixels));
     item->isOk = item->isOk && isOk;
     if (!image.empty())
         archiveRegion(tool, image, *item, firstLine);
 }
 
 /// Reads and judges one region. Where it cannot be read, `message` says why.
-bool Scribo::readRegion(const cv::Mat& image, const cv::Rect& region, Item* item, QString* message)
+bool Scribo::readRegion(const cv::Mat& image, const QRectF& region, Item* item, QString* message)
 {
     if (!analyser) {
         *message += QStringLiteral("模型文件加载出错") + errorText;
@@ -313,19 +314,18 @@ bool Scribo::readRegion(const cv::Mat& image, const cv::Rect& region, Item* item
     addModelEntry();
     std::vector<SOrgAI_ResInfo> lines;
     if (analyser->execute(image, lines) != 1) {
-        *message += unknownError;
+        *message += unknownError();
         return false;
     }
     return judgeLines(lines, region, item);
 }
 
-bool Scribo::judgeLines(const std::vector<SOrgAI_ResInfo>& lines, const cv::Rect& region, Item* item)
+bool Scribo::judgeLines(const std::vector<SOrgAI_ResInfo>& lines, const QRectF& region, Item* item)
 {
     QStringList groups;
     for (const ClassInfo& info : analyser->classes())
         groups.append(QString::fromStdString(info.name));
-    return LineJudge(settings, groups, analyser->ignoreChar())
-        .judge(lines, toRectF(region), &item->lines, &item->mismatches);
+    return LineJudge(settings, groups, analyser->ignoreChar()).judge(lines, region, &item->lines, &item->mismatches);
 }
 
 void Scribo::addModelEntry()
@@ -338,16 +338,21 @@ void Scribo::addModelEntry()
         cycle.modelEntries.append(entry);
 }
 
-/// Hands the region's picture to the archive, once for each line that the region added to the item.
+/// Hands the region's picture to the archive, once for each line that the region added to the item. What goes wrong
+/// there changes nothing about the item.
 void Scribo::archiveRegion(Tool* tool, const cv::Mat& image, const Item& item, int firstLine)
 {
-    QList<SOrgAI_ResInfo> records = item.lines.mid(firstLine);
-    if (isModelDisabled()) {
-        records.append(SOrgAI_ResInfo());
-        records.last().isOk = true;
+    try {
+        QList<SOrgAI_ResInfo> records = item.lines.mid(firstLine);
+        if (isModelDisabled()) {
+            records.append(SOrgAI_ResInfo());
+            records.last().isOk = true;
+        }
+        for (const SOrgAI_ResInfo& record : std::as_const(records))
+            archive.savePicture(tool, modelName(), record, ++archivedRecords, image);
+    } catch (const std::exception& error) {
+        qWarning() << "Saving the picture of a region failed:" << error.what();
     }
-    for (const SOrgAI_ResInfo& record : std::as_const(records))
-        archive.savePicture(tool, modelName(), record, ++archivedRecords, image);
 }
 
 void Scribo::recordItem(int index, const Item& item)
@@ -397,11 +402,13 @@ void Scribo::archivePictures(ToolInterface* tool)
     refreshSaveLocation();
     if (!hasLoadedAnalyser())
         return;
-    if (tool != nullptr) {
+    try {
         std::vector<std::string> classNames;
         for (const ClassInfo& info : analyser->classes())
             classNames.push_back(info.name);
         archive.prepareFolders(tool, modelName(), classNames);
+    } catch (const std::exception& error) {
+        qWarning() << "Preparing the folders of the archive failed:" << error.what();
     }
     analyser->detector()->setConfidenceThreshold(confidenceThreshold());
 }

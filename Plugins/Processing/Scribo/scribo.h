@@ -4,6 +4,7 @@
 #include "picturearchive.h"
 #include "pluginsettings.h"
 #include "processorinterface.h"
+#include "regioncutter.h"
 #include "resinfo.h"
 
 #include <QImage>
@@ -128,12 +129,13 @@ private:
 
     bool isModelDisabled() const;
     void inspect(Tool* tool, int index);
+    static QString unknownError();
     static Item failedItem();
     cv::Size pictureSize() const;
     cv::Mat regionImage(Tool* tool, int index, const cv::Rect& region) const;
-    void inspectRegion(Tool* tool, int index, const cv::Rect& region, Item* item);
-    bool readRegion(const cv::Mat& image, const cv::Rect& region, Item* item, QString* message);
-    bool judgeLines(const std::vector<SOrgAI_ResInfo>& lines, const cv::Rect& region, Item* item);
+    void inspectRegion(Tool* tool, int index, const RegionCut& region, Item* item);
+    bool readRegion(const cv::Mat& image, const QRectF& region, Item* item, QString* message);
+    bool judgeLines(const std::vector<SOrgAI_ResInfo>& lines, const QRectF& region, Item* item);
     void addModelEntry();
     void archiveRegion(Tool* tool, const cv::Mat& image, const Item& item, int firstLine);
     void recordItem(int index, const Item& item);
