@@ -7,7 +7,10 @@ namespace scribo::cpu {
 using dnnl::algorithm;
 using format::ActivationKind;
 
-std::vector<ElementFunction> elementFunctions(const format::Activation* activation)
+namespace {
+
+/// The function alone, without what is done to its value.
+std::vector<ElementFunction> plainFunctions(const format::Activation* activation)
 {
     const float alpha = activation ? activation->alpha() : 0;
     const float beta = activation ? activation->beta() : 0;
@@ -38,6 +41,17 @@ std::vector<ElementFunction> elementFunctions(const format::Activation* activati
         return {{algorithm::eltwise_soft_relu}};
     }
     return {};
+}
+
+} // namespace
+
+std::vector<ElementFunction> elementFunctions(const format::Activation* activation)
+{
+    std::vector<ElementFunction> functions = plainFunctions(activation);
+    if (activation && (activation->scale() != 1.0F || activation->shift() != 0.0F)) {
+        functions.push_back({algorithm::eltwise_linear, activation->scale(), activation->shift()});
+    }
+    return functions;
 }
 
 void appendActivation(dnnl::primitive_attr* attributes, const format::Activation* activation)

@@ -1,126 +1,14 @@
 // Every pass over a network on its own.
 
-#include "passes/passes.h"
+#include "passmaker.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
 
-using namespace scribo::format;
-using namespace scribo::builder;
+using namespace passtest;
 using testing::ElementsAre;
-using Kinds = std::vector<OperationKind>;
-
-/// Puts a network together; its input is tensor 0, 1 x 2 x 4 x W.
-class Maker
-{
-public:
-    Maker()
-    {
-        TensorT picture;
-        picture.name = "picture";
-        picture.dims = {1, 2, 4, -1};
-        network.inputs = {addTensor(network, picture)};
-    }
-
-    template <class Values>
-    int constant(Extents dims, const Values& values)
-    {
-        return addTensor(network, makeConstant("constant", std::move(dims), values));
-    }
-
-    int list(const std::vector<std::int64_t>& values)
-    {
-        return constant({static_cast<std::int64_t>(values.size())}, values);
-    }
-
-    template <class Kind>
-    int add(Kind kind, std::vector<int> inputs, ElementType type = ElementType::Float32)
-    {
-        TensorT output;
-        output.name = "tensor" + std::to_string(network.tensors.size());
-        output.type = type;
-        auto operation = std::make_unique<OperationT>();
-        operation->kind.Set(std::move(kind));
-        operation->inputs = std::move(inputs);
-        operation->outputs = {addTensor(network, output)};
-        network.operations.push_back(std::move(operation));
-        return network.operations.back()->outputs.front();
-    }
-
-    /// A 1x1 convolution from 2 channels to 2, with weights 1 2 3 4.
-    int convolution(int data, std::vector<float> bias = {})
-    {
-        ConvolutionT convolution;
-        convolution.strides = {1, 1};
-        convolution.dilations = {1, 1};
-        convolution.pads = {0, 0, 0, 0};
-        std::vector<int> inputs = {data, constant({2, 2, 1, 1}, std::vector<float>{1, 2, 3, 4})};
-        if (!bias.empty()) {
-            inputs.push_back(constant({2}, bias));
-        }
-        return add(convolution, inputs);
-    }
-
-    /// From the 4 rows of the picture, turned to the back, to 2 columns.
-    int fullyConnected(std::vector<float> bias = {})
-    {
-        const int turned = transpose(0, {0, 1, 3, 2});
-        std::vector<int> inputs = {turned, constant({4, 2}, std::vector<float>(8, 0.5f))};
-        if (!bias.empty()) {
-            inputs.push_back(constant({2}, bias));
-        }
-        return add(FullyConnectedT(), inputs);
-    }
-
-    int transpose(int data, std::vector<int> permutation)
-    {
-        TransposeT transpose;
-        transpose.permutation = std::move(permutation);
-        return add(transpose, {data});
-    }
-
-    int binary(BinaryKind kind, int left, int right)
-    {
-        BinaryT binary;
-        binary.kind = kind;
-        return add(binary, {left, right});
-    }
-
-    int activation(ActivationKind kind, int data, float alpha = 0, float beta = 0)
-    {
-        ActivationT activation;
-        activation.kind = kind;
-        activation.alpha = alpha;
-        activation.beta = beta;
-        return add(activation, {data});
-    }
-
-    void output(int tensor) { network.outputs.push_back(tensor); }
-
-    Kinds kinds() const
-    {
-        Kinds list;
-        for (const auto& operation : network.operations) {
-            list.push_back(operation->kind.type);
-        }
-        return list;
-    }
-
-    OperationT& operation(std::size_t i) { return *network.operations[i]; }
-    const TensorT& tensor(int i) const { return *network.tensors[static_cast<std::size_t>(i)]; }
-
-    Profile profile()
-    {
-        Profile found;
-        std::string error;
-        EXPECT_TRUE(profileNetwork(network, {4, 12}, &found, &error)) << error;
-        return found;
-    }
-
-    NetworkT network;
-};
 
 TEST(FoldConstants, WorksOutChains)
 {
@@ -357,32 +245,6 @@ TEST(FuseBias, LeavesWhatIsNoBias)
     maker.network.operations.back()->kind.AsFullyConnected()->activation = std::make_unique<ActivationT>();
     maker.output(maker.binary(BinaryKind::Add, activated, maker.constant({2}, std::vector<float>{1, 2})));
     EXPECT_FALSE(fuseBias(maker.network));
-}
-
-TEST(ComposeActivations, RecognisesSwishAndHardSwish)
-{
-    Maker maker;
-    const int data = maker.activation(ActivationKind::Relu, 0);
-    maker.output(maker.binary(BinaryKind::Multiply, data, maker.activation(ActivationKind::Sigmoid, data)));
-    maker.output(
-        maker.binary(BinaryKind::Multiply, maker.activation(ActivationKind::HardSigmoid, data, 1.0f / 6, 0.5f), data));
-    EXPECT_TRUE(composeActivations(maker.network));
-    removeDead(maker.network);
-    ASSERT_EQ(maker.kinds(), (Kinds(3, OperationKind::Activation)));
-    EXPECT_EQ(maker.operation(1).kind.AsActivation()->kind, ActivationKind::Swish);
-    EXPECT_EQ(maker.operation(2).kind.AsActivation()->kind, ActivationKind::HardSwish);
-}
-
-TEST(ComposeActivations, LeavesOtherProducts)
-{
-    Maker maker;
-    const int data = maker.activation(ActivationKind::Relu, 0);
-    maker.output(maker.binary(BinaryKind::Multiply, data, maker.activation(ActivationKind::Sigmoid, 0)));
-    maker.output(maker.binary(BinaryKind::Add, data, maker.activation(ActivationKind::Sigmoid, data)));
-    maker.output(
-        maker.binary(BinaryKind::Multiply, data, maker.activation(ActivationKind::HardSigmoid, data, 0.2f, 0.5f)));
-    maker.output(maker.binary(BinaryKind::Multiply, data, maker.activation(ActivationKind::Tanh, data)));
-    EXPECT_FALSE(composeActivations(maker.network));
 }
 
 TEST(FuseActivations, IntoConvolutionAndFullyConnected)

@@ -30,7 +30,9 @@ bool foldAll(NetworkT& network, const WidthRange& widths, std::string* error)
         if (!profileNetwork(network, widths, &profile, error)) {
             return false;
         }
-        changed = foldShapes(network, profile);
+        changed = composeLayerNormalisation(network, profile);
+        changed |= simplifyScalars(network, profile);
+        changed |= foldShapes(network, profile);
         changed |= foldConstants(network);
         changed |= hoistTransposes(network);
         changed |= removeIdentities(network);
@@ -41,9 +43,16 @@ bool foldAll(NetworkT& network, const WidthRange& widths, std::string* error)
 void fuseAll(NetworkT& network)
 {
     dropZeroStates(network);
-    composeActivations(network);
     foldAffine(network);
     fuseBias(network);
+    // What has been composed may be a part of something larger; what it was made of must not be
+    // counted as a reader.
+    bool changed = true;
+    while (changed) {
+        changed = scaleActivations(network);
+        changed |= composeActivations(network);
+        removeDead(network);
+    }
     fuseActivations(network);
     removeDead(network);
 }

@@ -36,6 +36,9 @@ void addActivation(QStringList* details, const format::Activation* activation)
 {
     if (activation && activation->kind() != format::ActivationKind::None) {
         *details << QString::fromLatin1(format::EnumNameActivationKind(activation->kind()));
+        if (activation->scale() != 1 || activation->shift() != 0) {
+            *details << QStringLiteral("times %1 plus %2").arg(activation->scale()).arg(activation->shift());
+        }
     }
 }
 

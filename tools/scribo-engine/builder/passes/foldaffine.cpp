@@ -1,4 +1,5 @@
 #include "passes.h"
+#include "scalaraffine.h"
 
 #include <algorithm>
 #include <set>
@@ -48,17 +49,16 @@ std::optional<Affine> affineOf(
     if (!values) {
         return std::nullopt;
     }
-    Affine affine = {std::vector<float>(channels, 1), std::vector<float>(channels, 0)};
-    switch (operation.kind.AsBinary()->kind) {
-    case format::BinaryKind::Multiply:
-        affine.scale = *values;
-        return affine;
-    case format::BinaryKind::Add:
-        affine.shift = *values;
-        return affine;
-    default:
-        return std::nullopt;
+    Affine affine;
+    for (float value : *values) {
+        const auto one = scalarAffine(operation.kind.AsBinary()->kind, position, static_cast<double>(value));
+        if (!one) {
+            return std::nullopt;
+        }
+        affine.scale.push_back(static_cast<float>(one->scale));
+        affine.shift.push_back(static_cast<float>(one->shift));
     }
+    return affine;
 }
 
 void applyAffine(NetworkT& network, OperationT& convolution, const Affine& affine)

@@ -28,8 +28,19 @@ bool foldAffine(NetworkT& network);
 /// Makes sums with a constant the bias of the fully connected layer before them.
 bool fuseBias(NetworkT& network);
 
-/// Recognises activations that are written out: x * sigmoid(x), x * hardSigmoid(x).
+/// Takes the axes from constants of one element in elementwise operations, where the other operand has
+/// at least as many. `profile` is the network's.
+bool simplifyScalars(NetworkT& network, const Profile& profile);
+
+/// Recognises layer normalisations over the last axis that are written out as means, squares and a
+/// root. `profile` is the network's.
+bool composeLayerNormalisation(NetworkT& network, const Profile& profile);
+
+/// Recognises activations that are written out: x * sigmoid(x), x * hardSigmoid(x), x * clip(x + 3, 0, 6).
 bool composeActivations(NetworkT& network);
+
+/// Lets activations do the sums and products with one number that follow them.
+bool scaleActivations(NetworkT& network);
 
 /// Lets convolutions and fully connected layers apply the activation that follows them.
 bool fuseActivations(NetworkT& network);

@@ -1,4 +1,5 @@
 #include "passes.h"
+#include "scalaraffine.h"
 
 #include <algorithm>
 #include <numeric>
@@ -24,7 +25,15 @@ bool allZero(const std::vector<std::int64_t>& values)
     return std::all_of(values.begin(), values.end(), [](std::int64_t value) { return value == 0; });
 }
 
-/// Whether the operation gives exactly what it gets.
+/// The input that a sum with 0 or a product with 1 gives again; nothing for other operations.
+std::optional<std::size_t> neutral(const NetworkT& network, const OperationT& operation)
+{
+    std::size_t position = 0;
+    const auto affine = scalarAffine(network, operation, &position);
+    return affine && affine->scale == 1 && affine->shift == 0 ? std::optional(position) : std::nullopt;
+}
+
+/// Whether the operation gives exactly what it gets in its first input.
 bool isIdentity(const NetworkT& network, const OperationT& operation)
 {
     const format::OperationKindUnion& kind = operation.kind;
@@ -80,8 +89,9 @@ bool removeIdentities(NetworkT& network)
     bool changed = joinTransposes(network);
     std::vector<const OperationT*> redundant;
     for (const auto& operation : network.operations) {
-        if (isIdentity(network, *operation)
-            && redirect(network, operation->outputs.front(), operation->inputs.front())) {
+        const std::optional<std::size_t> position
+            = isIdentity(network, *operation) ? std::optional<std::size_t>(0) : neutral(network, *operation);
+        if (position && redirect(network, operation->outputs.front(), operation->inputs[*position])) {
             redundant.push_back(operation.get());
         }
     }
