@@ -7,10 +7,31 @@
 #include <cstring>
 #include <memory>
 
+namespace {
+
+using namespace scribo::builder;
+
+/// Plain options, or every adaptation at once; which one follows from the size, so that a search finds
+/// both for the same model.
+BuildOptions optionsFor(std::size_t size)
+{
+    BuildOptions options = {{32, 40}, "fuzz"};
+    if (size % 3 == 1) {
+        options.picture = {8, Channels::Bgr, {{0, 1}}};
+        options.scores = {"ntk", true, true};
+    } else if (size % 3 == 2) {
+        options.picture = {0, Channels::Grey, {{1, -1}}};
+        options.scores = {"nkt", false, false};
+    }
+    return options;
+}
+
+} // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    scribo::builder::Problems problems;
-    const auto network = scribo::builder::buildNetwork(bytes, size, {{32, 40}, "fuzz"}, &problems);
+    Problems problems;
+    const auto network = buildNetwork(bytes, size, optionsFor(size), &problems);
     if (!network) {
         if (problems.empty()) {
             std::abort();
