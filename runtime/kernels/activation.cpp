@@ -2,6 +2,8 @@
 
 #include "operations.h"
 
+#include <algorithm>
+
 namespace scribo::cpu {
 
 using dnnl::algorithm;
@@ -27,8 +29,8 @@ std::vector<ElementFunction> plainFunctions(const format::Activation* activation
         return {{algorithm::eltwise_tanh}};
     case ActivationKind::Elu:
         return {{algorithm::eltwise_elu, alpha}};
-    case ActivationKind::HardSigmoid:
-        return {{algorithm::eltwise_linear, alpha, beta}, {algorithm::eltwise_clip, 0, 1}};
+    case ActivationKind::HardSigmoid: // in hardSigmoid()
+        return {};
     case ActivationKind::HardSwish:
         return {{algorithm::eltwise_hardswish}};
     case ActivationKind::Swish:
@@ -43,10 +45,24 @@ std::vector<ElementFunction> plainFunctions(const format::Activation* activation
     return {};
 }
 
+/// scale * clip(alpha x + beta, 0, 1) + shift with the scale inside the clip: behind a convolution oneDNN
+/// 2.6 gives wrong results for a second linear function.
+std::vector<ElementFunction> hardSigmoid(const format::Activation& activation)
+{
+    const float scale = activation.scale();
+    const float atZero = activation.shift();
+    const float atOne = scale + atZero;
+    return {{algorithm::eltwise_linear, scale * activation.alpha(), scale * activation.beta() + atZero},
+        {algorithm::eltwise_clip, std::min(atZero, atOne), std::max(atZero, atOne)}};
+}
+
 } // namespace
 
 std::vector<ElementFunction> elementFunctions(const format::Activation* activation)
 {
+    if (activation && activation->kind() == ActivationKind::HardSigmoid) {
+        return hardSigmoid(*activation);
+    }
     std::vector<ElementFunction> functions = plainFunctions(activation);
     if (activation && (activation->scale() != 1.0F || activation->shift() != 0.0F)) {
         functions.push_back({algorithm::eltwise_linear, activation->scale(), activation->shift()});

@@ -1,5 +1,6 @@
 #include "activation.h"
 #include "operations.h"
+#include "winogradconvolution.h"
 
 namespace scribo::cpu {
 
@@ -45,7 +46,9 @@ void addConvolution(PlanBuilder& plan, const format::Operation& operation)
     dnnl::primitive_attr attributes = PlanBuilder::attributes();
     appendActivation(&attributes, convolution.activation());
     const convolution_forward::primitive_desc description(describe(plan, convolution), attributes, plan.engine());
-
+    if (addWinogradConvolution(plan, convolution, description.dst_desc())) {
+        return;
+    }
     const Operand source = plan.operand(plan.input(0), description.src_desc());
     const memory weights = plan.weights(DNNL_ARG_WEIGHTS, description.weights_desc(), [&] {
         const Shape shape = groupedShape(plan.shape(plan.input(1)), convolution.groups());

@@ -29,6 +29,23 @@ Layout stridedLayout(const Shape& shape, const Shape& strides)
     return {shape, memory::data_type::f32, strides};
 }
 
+Layout blockedLayout(const Shape& shape, int block)
+{
+    return {shape, memory::data_type::f32, block == 16 ? memory::format_tag::nChw16c : memory::format_tag::nChw8c};
+}
+
+int channelBlock(const Layout& layout)
+{
+    const dnnl_memory_desc_t& desc = layout.data;
+    const dnnl_blocking_desc_t& blocking = desc.format_desc.blocking;
+    if (desc.ndims != 4 || desc.format_kind != dnnl_blocked || blocking.inner_nblks != 1) {
+        return 0;
+    }
+    const auto block = static_cast<int>(blocking.inner_blks[0]);
+    const bool isKnown = block == 8 || block == 16;
+    return isKnown && layout == blockedLayout(layout.dims(), block) ? block : 0;
+}
+
 bool isPlain(const Layout& layout)
 {
     const dnnl_memory_desc_t& desc = layout.data;

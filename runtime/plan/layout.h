@@ -22,6 +22,12 @@ Layout anyLayout(const Shape& shape);
 /// Floats with the given distances between neighbours along each axis.
 Layout stridedLayout(const Shape& shape, const Shape& strides);
 
+/// N x channels x rows x columns, the channels in blocks of `block` (8 or 16) that lie together.
+Layout blockedLayout(const Shape& shape, int block);
+
+/// The block of such a layout; 0 for any other.
+int channelBlock(const Layout& layout);
+
 /// Whether the elements lie one behind the other in row-major order.
 bool isPlain(const Layout& layout);
 

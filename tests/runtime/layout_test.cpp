@@ -33,7 +33,8 @@ void onBlockedChannels(Body body)
         Array values;
         const int tensor = addConvolution(test, random, pick(random, 1, 40), &values);
         const std::pair<int, Array> outcome = body(test, random, tensor, values);
-        test.expect(outcome.first, outcome.second);
+        // A convolution worked out in tiles is less exact than in the plain form.
+        test.expect(outcome.first, outcome.second, 1e-4F);
     });
 }
 

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "graph/poolwindow.h"
+
+#include <cstdint>
+
+namespace scribo::cpu {
+
+/// Maximum pooling of channels in blocks (channels / block x rows x columns x block). Every window meets the source.
+struct MaxPoolingShape
+{
+    int block; ///< channels in a block: 8 or 16
+    std::int64_t blocks;
+    PoolWindow down, across;
+    std::int64_t rows, columns; ///< of the source
+    std::int64_t resultRows, resultColumns;
+};
+
+using MaxPooling = void (*)(const MaxPoolingShape& shape, const float* source, float* result);
+
+/// The fastest for blocks of `block` channels on this processor.
+MaxPooling maxPooling(int block);
+
+} // namespace scribo::cpu

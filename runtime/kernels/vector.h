@@ -1,0 +1,40 @@
+#pragma once
+
+#include "processor.h"
+
+#include <cstdint>
+#include <cstring>
+
+/// Vectors of floats that compile on every processor: one register where it is wide enough, several elsewhere.
+/// Arithmetic and comparisons work element by element.
+namespace scribo::cpu {
+
+using Float8 [[gnu::vector_size(32)]] = float;
+using Float16 [[gnu::vector_size(64)]] = float;
+
+template <class Vector>
+constexpr std::int64_t lanes = sizeof(Vector) / sizeof(float);
+
+/// From and to any address.
+template <class Vector>
+SCRIBO_INLINE Vector load(const float* from)
+{
+    Vector vector;
+    std::memcpy(&vector, from, sizeof vector);
+    return vector;
+}
+
+template <class Vector>
+SCRIBO_INLINE void store(float* to, const Vector& vector)
+{
+    std::memcpy(to, &vector, sizeof vector);
+}
+
+/// Not a number stays one in `a`.
+template <class Vector>
+SCRIBO_INLINE Vector larger(const Vector& a, const Vector& b)
+{
+    return a < b ? b : a;
+}
+
+} // namespace scribo::cpu
