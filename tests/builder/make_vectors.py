@@ -205,6 +205,10 @@ def hard_swish_written_out():
 def scaled_activations():
     return Do(lambda x: torch.cat([torch.tanh(x) * 2 + 1, 0.5 - torch.sigmoid(x) / 4, F.hardtanh(x, 0, 0.5) * -1], 1))
 
+@case(3, 3, (12,), opset=14)
+def scaled_hard_sigmoid_behind_convolution():
+    return Do(lambda x, conv: F.hardsigmoid(3 * conv(x)) * -1.8 + 0.6, nn.Conv2d(3, 8, 3, padding=1))
+
 @case(2, 3, (7,))
 def gelu_written_out():
     return nn.GELU()
