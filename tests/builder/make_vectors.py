@@ -442,6 +442,26 @@ def crnn_gru():
 def crnn_two_lstm():
     return Crnn(nn.LSTM, 2, softmax=False)
 
+class RowsThroughLinear(nn.Module):
+    """A recurrent layer whose steps go through a linear layer as the rows of one matrix, as the first CRNNs had it."""
+    def __init__(self, inputs, hidden, outputs):
+        super().__init__()
+        self.sequence = nn.LSTM(inputs, hidden, bidirectional=True)
+        self.linear = nn.Linear(2 * hidden, outputs)
+
+    def forward(self, x):
+        x = self.sequence(x)[0]
+        count, batch, size = x.size()
+        return self.linear(x.view(count * batch, size)).view(count, batch, -1)
+
+@case(1, 16, (32, 45), opset=(9, 13))
+def crnn_of_old():
+    return Do(lambda x, net, rows: rows(net(x).squeeze(2).permute(2, 0, 1)),
+              nn.Sequential(nn.Conv2d(1, 8, 3, padding=1), nn.ReLU(), nn.MaxPool2d(2, 2), nn.Conv2d(8, 12, 3, padding=1),
+                            nn.BatchNorm2d(12), nn.ReLU(), nn.MaxPool2d((2, 2), (2, 1), (0, 1)),
+                            nn.Conv2d(12, 12, (4, 2)), nn.ReLU()),
+              nn.Sequential(RowsThroughLinear(12, 10, 10), RowsThroughLinear(10, 10, 7)))
+
 
 # Written by hand: what PyTorch's exporter does not write, or not with these opsets.
 
