@@ -355,7 +355,6 @@ const Refusal refusals[] = {
     {"LstmPeepholes", "LSTM", {"weights", "recurrent", "", "", "", "", "vector"}, hidden<2>,
         "peepholes are not supported"},
     {"GemmIntegers", "Gemm", {"integers"}, nothing, "it is supported on floats only"},
-    {"PReluChannels", "PRelu", {"vector"}, nothing, "a slope for each channel is not supported"},
     {"PReluComputed", "PRelu", {"x"}, nothing, "its slope must be constant floats"},
     {"GeluTanh", "Gelu", {}, [](auto& node) { setAttribute(node, "approximate", "tanh"); },
         "approximation 'tanh' is not supported", 20},

@@ -217,6 +217,12 @@ def gelu_written_out():
 def prelu_single():
     return nn.PReLU(1, 0.2)
 
+@case(4, 3, (7,))
+def prelu_channels():
+    layer = nn.PReLU(4)
+    nn.init.uniform_(layer.weight, -1, 1)
+    return nn.Sequential(nn.Conv2d(4, 4, 1), layer)
+
 @case(3, 6)
 def activation_behind_convolution():
     return Do(lambda x, a, b, c, d, e: torch.cat([

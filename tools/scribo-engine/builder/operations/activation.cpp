@@ -38,6 +38,22 @@ void importHardSigmoid(Importer& importer, const OnnxNode& node)
     emitActivation(importer, node, ActivationKind::HardSigmoid, node.real("alpha", 0.2f), node.real("beta", 0.5f));
 }
 
+/// max(x, 0) + slope * min(x, 0), for slopes that differ between channels.
+void importSlopes(Importer& importer, const OnnxNode& node)
+{
+    const auto combine = [&](format::BinaryKind kind, int left, int right) {
+        format::BinaryT binary;
+        binary.kind = kind;
+        return importer.emit(node, binary, {left, right});
+    };
+    const int data = importer.tensor(node, 0);
+    const int zero = importer.constant({}, std::vector<float>{0});
+    const int above = combine(format::BinaryKind::Maximum, data, zero);
+    const int below = combine(format::BinaryKind::Minimum, data, zero);
+    const int sloped = combine(format::BinaryKind::Multiply, below, importer.tensor(node, 1));
+    importer.bind(node, 0, combine(format::BinaryKind::Add, above, sloped));
+}
+
 /// A slope for negative values that is the same everywhere is a leaky rectifier.
 void importPRelu(Importer& importer, const OnnxNode& node)
 {
@@ -46,11 +62,11 @@ void importPRelu(Importer& importer, const OnnxNode& node)
         return;
     }
     const std::vector<float> values = floatValues(*slope);
-    if (values.size() != 1) {
-        node.refuse("a slope for each channel is not supported");
-        return;
+    if (values.size() == 1) {
+        emitActivation(importer, node, ActivationKind::LeakyRelu, values.front());
+    } else {
+        importSlopes(importer, node);
     }
-    emitActivation(importer, node, ActivationKind::LeakyRelu, values.front());
 }
 
 void importGelu(Importer& importer, const OnnxNode& node)
