@@ -1,5 +1,7 @@
+#include "lstm.h"
 #include "operations.h"
 #include "recurrentweights.h"
+#include "rowproduct.h"
 
 namespace scribo::cpu {
 
@@ -135,12 +137,69 @@ void addLayer(PlanBuilder& plan, const Layer& layer, const typename Primitive::d
     plan.addPrimitive(Primitive(description), description.scratchpad_desc(), std::move(arguments), std::move(fixed));
 }
 
+/// Whether it is what our own kernel does: one sequence through an LSTM that begins with zeros and of which only the
+/// sequence of states is read.
+bool isPlainLstm(const PlanBuilder& plan, const Layer& layer)
+{
+    return layer.sizes.cell == CellKind::Lstm && plan.shape(plan.input(0))[1] == 1 && layer.initial.is_zero()
+        && layer.last.is_zero();
+}
+
+/// What the inputs and the biases add to the gates of all steps, in the kernel's order.
+BufferId projectInputs(PlanBuilder& plan, const LstmShape& shape, std::int64_t inputs)
+{
+    const std::int64_t columns = shape.directions * shape.gateRow();
+    const RowProduct product{
+        shape.block, shape.steps, inputs, columns / shape.block, inputs, inputs, 0, columns, shape.block};
+    const Layout weightLayout = plainLayout({product.weightCount()});
+    const dnnl::memory weights = plan.weights(DNNL_ARG_WEIGHTS_0, weightLayout, [&] {
+        return Weights{weightLayout, nullptr,
+            weightsInOrder(product, gatesInBlocks(shape, plan.constant(plan.input(1)), inputs).data())};
+    });
+    const Layout biasLayout = plainLayout({columns});
+    const dnnl::memory bias = plan.weights(DNNL_ARG_BIAS, biasLayout, [&] {
+        std::vector<float> sums(static_cast<std::size_t>(columns));
+        if (plan.input(3) >= 0) {
+            sums = gatesInBlocks(shape, lstmBias(shape, plan.constant(plan.input(3))).data(), 1);
+        }
+        return Weights{biasLayout, nullptr, std::move(sums)};
+    });
+    const BufferId projected = plan.scratch(static_cast<std::size_t>(shape.steps * columns) * sizeof(float));
+    plan.addKernel({plan.plainOperand(plan.input(0)).buffer, projected},
+        [product, weights, bias, kernel = multiplyRows(shape.block)](float* const* at) {
+            kernel(product, at[0], static_cast<const float*>(weights.get_data_handle()),
+                static_cast<const float*>(bias.get_data_handle()), at[1]);
+        });
+    return projected;
+}
+
+void addPlainLstm(PlanBuilder& plan, const Layer& layer)
+{
+    const RecurrentSizes& sizes = layer.sizes;
+    const LstmShape shape{widestLanes(), plan.shape(plan.input(0))[0], sizes.hidden, sizes.directions,
+        layer.direction == rnn_direction::unidirectional_right2left};
+    const BufferId projected = projectInputs(plan, shape, sizes.inputs);
+    const Layout ordered = plainLayout({shape.directions * shape.gateRow() * shape.hidden});
+    const dnnl::memory weights = plan.weights(DNNL_ARG_WEIGHTS_1, ordered, [&] {
+        return Weights{ordered, nullptr, recurrentInOrder(shape, plan.constant(plan.input(2)))};
+    });
+    const BufferId state = plan.scratch(static_cast<std::size_t>(shape.stateSize()) * sizeof(float));
+    PlanBuilder::Argument result{DNNL_ARG_DST_LAYER, -1, layer.result};
+    placeSequence(plan, layer, &result);
+    plan.addKernel(
+        {projected, state, result.buffer}, [shape, weights, kernel = lstmRun(shape.block)](float* const* at) {
+            kernel(shape, at[0], static_cast<const float*>(weights.get_data_handle()), at[1], at[2]);
+        });
+}
+
 } // namespace
 
 void addRecurrent(PlanBuilder& plan, const format::Operation& operation)
 {
     const Layer layer = describe(plan, *operation.kind_as_Recurrent());
-    if (layer.sizes.cell == CellKind::Lstm) {
+    if (isPlainLstm(plan, layer)) {
+        addPlainLstm(plan, layer);
+    } else if (layer.sizes.cell == CellKind::Lstm) {
         addLayer<dnnl::lstm_forward>(plan, layer, lstm(layer));
     } else if (layer.sizes.linearBeforeReset) {
         addLayer<dnnl::lbr_gru_forward>(plan, layer, gru<dnnl::lbr_gru_forward>(layer));

@@ -5,6 +5,12 @@
 #include <cstdint>
 #include <cstring>
 
+// Where vectors of this size are no registers, GCC warns of how they would be passed; nothing here is ever called, all
+// of it is inlined.
+#if !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wpsabi"
+#endif
+
 /// Vectors of floats that compile on every processor: one register where it is wide enough, several elsewhere.
 /// Arithmetic and comparisons work element by element.
 namespace scribo::cpu {
@@ -28,6 +34,13 @@ template <class Vector>
 SCRIBO_INLINE void store(float* to, const Vector& vector)
 {
     std::memcpy(to, &vector, sizeof vector);
+}
+
+/// `value` in every element; -0 becomes 0. In a product write the float itself, which costs nothing.
+template <class Vector>
+SCRIBO_INLINE Vector splat(float value)
+{
+    return Vector{} + value;
 }
 
 /// Not a number stays one in `a`.

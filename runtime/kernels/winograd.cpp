@@ -108,7 +108,7 @@ SCRIBO_INLINE void gather(const WinogradShape& shape, const float* layers, const
     constexpr std::int64_t block = lanes<Vector>;
     const std::int64_t layerSize = shape.filters * shape.tiles();
     // Without rectification everything is above the floor.
-    const Vector floor = Vector{} + (relu ? 0.0F : -std::numeric_limits<float>::infinity());
+    const auto floor = splat<Vector>(relu ? 0.0F : -std::numeric_limits<float>::infinity());
     Vector values[tile * tile];
     Vector half[step * tile];
     Vector done[step * step];

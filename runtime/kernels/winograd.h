@@ -9,7 +9,7 @@
 ///
 /// Source and result lie in blocks of channels (channels / block x rows x columns x block, channels padded with zeros
 /// to whole blocks). In between stand two stacks of 36 layers, one for each place in a tile of 6x6, each of
-/// channels / block x tiles x block: a convolution of 1x1 in 36 groups turns the first into the second.
+/// channels / block x tiles x block: a product of matrices for each layer turns the first into the second.
 namespace scribo::cpu {
 
 struct WinogradShape

@@ -1,16 +1,15 @@
 #include "winogradconvolution.h"
 
 #include "activation.h"
+#include "rowproduct.h"
 #include "winograd.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace scribo::cpu {
 
 namespace {
 
-using dnnl::convolution_forward;
 using dnnl::memory;
 
 bool areAll(const flatbuffers::Vector<int>& list, int value)
@@ -56,19 +55,26 @@ bool isWorthwhile(const PlanBuilder& plan, const WinogradShape& shape)
     return channels >= 16 && filters >= 16 && 2 * tiled <= direct;
 }
 
-/// The convolution of 1x1 in 36 groups that stands between the transforms; nothing when oneDNN has no kernel of its
-/// own for it on this processor.
-std::optional<convolution_forward::primitive_desc> betweenLayers(PlanBuilder& plan, const WinogradShape& shape)
+/// A layer of the source times the weights of that layer.
+RowProduct layerProduct(const WinogradShape& shape)
 {
-    constexpr std::int64_t layers = WinogradShape::layers;
-    const Layout source = blockedLayout({1, layers * shape.channels, 1, shape.tiles()}, shape.block);
-    const Layout result = blockedLayout({1, layers * shape.filters, 1, shape.tiles()}, shape.block);
-    const Layout weights = anyLayout({layers, shape.filters, shape.channels, 1, 1});
-    const convolution_forward::desc kind(dnnl::prop_kind::forward_inference, dnnl::algorithm::convolution_direct,
-        source, weights, result, {1, 1}, {0, 0}, {0, 0});
-    convolution_forward::primitive_desc description(kind, PlanBuilder::attributes(), plan.engine(), true);
-    const bool isCompiled = description && std::string(description.impl_info_str()).find("jit") != std::string::npos;
-    return isCompiled ? std::optional(description) : std::nullopt;
+    const std::int64_t blockStep = shape.tiles() * shape.block;
+    return {shape.block, shape.tiles(), shape.channels, shape.filters / shape.block, shape.block, shape.block,
+        blockStep, shape.block, blockStep};
+}
+
+std::vector<float> layerWeights(
+    const WinogradShape& shape, const float* weights, std::int64_t filters, std::int64_t channels)
+{
+    const RowProduct product = layerProduct(shape);
+    const std::vector<float> layers = winogradWeights(shape, weights, filters, channels);
+    std::vector<float> ordered;
+    ordered.reserve(layers.size());
+    for (std::int64_t layer = 0; layer < WinogradShape::layers; ++layer) {
+        const std::vector<float> part = weightsInOrder(product, layers.data() + layer * product.weightCount());
+        ordered.insert(ordered.end(), part.begin(), part.end());
+    }
+    return ordered;
 }
 
 /// Bias in whole blocks, zeros where there is none.
@@ -100,15 +106,11 @@ bool addWinogradConvolution(PlanBuilder& plan, const format::Convolution& convol
     if (!isWorthwhile(plan, shape)) {
         return false;
     }
-    const auto between = betweenLayers(plan, shape);
-    if (!between) {
-        return false;
-    }
     const std::int64_t filters = plan.shape(plan.output(0))[1];
     const std::int64_t channels = plan.shape(plan.input(0))[1];
-    const memory weights = plan.weights(DNNL_ARG_WEIGHTS_1, between->weights_desc(), [&] {
-        return Weights{plainLayout({WinogradShape::layers, shape.filters, shape.channels, 1, 1}), nullptr,
-            winogradWeights(shape, plan.constant(plan.input(1)), filters, channels)};
+    const Layout weightLayout = plainLayout({WinogradShape::layers, shape.filters, shape.channels});
+    const memory weights = plan.weights(DNNL_ARG_WEIGHTS_1, weightLayout, [&] {
+        return Weights{weightLayout, nullptr, layerWeights(shape, plan.constant(plan.input(1)), filters, channels)};
     });
     const memory bias = biasOf(plan, shape, filters);
     const Operand source = plan.operand(plan.input(0), blockedLayout(plan.shape(plan.input(0)), block));
@@ -118,9 +120,14 @@ bool addWinogradConvolution(PlanBuilder& plan, const format::Convolution& convol
 
     plan.addKernel({source.buffer, spread},
         [shape, transform = winogradSpread(block)](float* const* at) { transform(shape, at[0], at[1]); });
-    plan.addPrimitive(convolution_forward(*between), between->scratchpad_desc(),
-        {{DNNL_ARG_SRC, spread, between->src_desc()}, {DNNL_ARG_DST, products, between->dst_desc()}},
-        {{DNNL_ARG_WEIGHTS, weights}});
+    plan.addKernel({spread, products}, [shape, weights, multiply = multiplyRows(block)](float* const* at) {
+        const RowProduct product = layerProduct(shape);
+        const auto* layerWeights = static_cast<const float*>(weights.get_data_handle());
+        for (std::int64_t layer = 0; layer < WinogradShape::layers; ++layer) {
+            multiply(product, at[0] + layer * shape.channels * shape.tiles(),
+                layerWeights + layer * product.weightCount(), nullptr, at[1] + layer * shape.filters * shape.tiles());
+        }
+    });
     const bool relu = !elementFunctions(convolution.activation()).empty();
     plan.addKernel({products, result.buffer}, [shape, bias, relu, transform = winogradGather(block)](float* const* at) {
         transform(shape, at[0], static_cast<const float*>(bias.get_data_handle()), relu, at[1]);

@@ -1,0 +1,163 @@
+#include "rowproduct.h"
+
+#include "vector.h"
+
+#include <algorithm>
+
+namespace scribo::cpu {
+
+namespace {
+
+/// Vectors of columns and rows whose sums are held in registers at once: on AVX2 twelve sums, two weights and a value
+/// of the source fill the sixteen.
+constexpr std::int64_t vectorsAtOnce = 2;
+constexpr std::int64_t rowsAtOnce = 6;
+
+template <class Vector, std::int64_t rows, std::int64_t vectors>
+SCRIBO_INLINE void multiplyTile(
+    const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
+{
+    constexpr std::int64_t width = lanes<Vector>;
+    Vector sums[rows][vectors];
+    for (std::int64_t row = 0; row < rows; ++row) {
+        for (std::int64_t v = 0; v < vectors; ++v) {
+            sums[row][v] = bias ? load<Vector>(bias + v * width) : Vector{};
+        }
+    }
+    for (std::int64_t begin = 0; begin < product.inner; begin += product.sourceBlock) {
+        for (std::int64_t i = 0; i < product.sourceBlock; ++i, weights += vectors * width) {
+            Vector weight[vectors];
+            for (std::int64_t v = 0; v < vectors; ++v) {
+                weight[v] = load<Vector>(weights + v * width);
+            }
+            for (std::int64_t row = 0; row < rows; ++row) {
+                const float value = source[row * product.sourceRow + i];
+                for (std::int64_t v = 0; v < vectors; ++v) {
+                    sums[row][v] += value * weight[v];
+                }
+            }
+        }
+        source += product.sourceBlockStep;
+    }
+    for (std::int64_t row = 0; row < rows; ++row) {
+        for (std::int64_t v = 0; v < vectors; ++v) {
+            store(result + row * product.resultRow + v * product.resultVector, sums[row][v]);
+        }
+    }
+}
+
+/// As many rows as are left below rowsAtOnce.
+template <class Vector, std::int64_t vectors>
+SCRIBO_INLINE void multiplyRest(const RowProduct& product, std::int64_t rows, const float* source, const float* weights,
+    const float* bias, float* result)
+{
+    switch (rows) {
+    case 1:
+        return multiplyTile<Vector, 1, vectors>(product, source, weights, bias, result);
+    case 2:
+        return multiplyTile<Vector, 2, vectors>(product, source, weights, bias, result);
+    case 3:
+        return multiplyTile<Vector, 3, vectors>(product, source, weights, bias, result);
+    case 4:
+        return multiplyTile<Vector, 4, vectors>(product, source, weights, bias, result);
+    case 5:
+        return multiplyTile<Vector, 5, vectors>(product, source, weights, bias, result);
+    default:
+        return;
+    }
+}
+
+template <class Vector, std::int64_t vectors>
+SCRIBO_INLINE void multiplyColumns(
+    const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
+{
+    std::int64_t row = 0;
+    for (; row + rowsAtOnce <= product.rows; row += rowsAtOnce) {
+        multiplyTile<Vector, rowsAtOnce, vectors>(
+            product, source + row * product.sourceRow, weights, bias, result + row * product.resultRow);
+    }
+    multiplyRest<Vector, vectors>(
+        product, product.rows - row, source + row * product.sourceRow, weights, bias, result + row * product.resultRow);
+}
+
+template <class Vector>
+SCRIBO_INLINE void multiply(
+    const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
+{
+    constexpr std::int64_t width = lanes<Vector>;
+    std::int64_t vector = 0;
+    for (; vector + vectorsAtOnce <= product.vectors; vector += vectorsAtOnce) {
+        multiplyColumns<Vector, vectorsAtOnce>(product, source, weights + vector * product.inner * width,
+            bias ? bias + vector * width : nullptr, result + vector * product.resultVector);
+    }
+    if (vector < product.vectors) {
+        multiplyColumns<Vector, 1>(product, source, weights + vector * product.inner * width,
+            bias ? bias + vector * width : nullptr, result + vector * product.resultVector);
+    }
+}
+
+void multiply8(const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
+{
+    multiply<Float8>(product, source, weights, bias, result);
+}
+
+void multiply16(const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
+{
+    multiply<Float16>(product, source, weights, bias, result);
+}
+
+#if SCRIBO_X86
+SCRIBO_AVX2 void multiply8Avx2(
+    const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
+{
+    multiply<Float8>(product, source, weights, bias, result);
+}
+
+SCRIBO_AVX512 void multiply16Avx512(
+    const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
+{
+    multiply<Float16>(product, source, weights, bias, result);
+}
+#endif
+
+} // namespace
+
+std::vector<float> weightsInOrder(const RowProduct& product, const float* weights)
+{
+    std::vector<float> ordered;
+    ordered.reserve(static_cast<std::size_t>(product.weightCount()));
+    for (std::int64_t vector = 0; vector < product.vectors; vector += vectorsAtOnce) {
+        const std::int64_t begin = vector * product.lanes;
+        const std::int64_t end = std::min(vector + vectorsAtOnce, product.vectors) * product.lanes;
+        for (std::int64_t i = 0; i < product.inner; ++i) {
+            for (std::int64_t column = begin; column < end; ++column) {
+                ordered.push_back(weights[column * product.inner + i]);
+            }
+        }
+    }
+    return ordered;
+}
+
+MultiplyRows multiplyRows(int lanes)
+{
+#if SCRIBO_X86
+    if (lanes == 16 && hasAvx512()) {
+        return multiply16Avx512;
+    }
+    if (lanes == 8 && hasAvx2()) {
+        return multiply8Avx2;
+    }
+#endif
+    return lanes == 16 ? multiply16 : multiply8;
+}
+
+int widestLanes()
+{
+#if SCRIBO_X86
+    return hasAvx512() ? 16 : 8;
+#else
+    return 8;
+#endif
+}
+
+} // namespace scribo::cpu
