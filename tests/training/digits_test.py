@@ -34,7 +34,7 @@ class TenDigits(unittest.TestCase):
         unseen = PictureMaker("clean", DIGITS, 2, held_out=True, write=digits)
         with tempfile.TemporaryDirectory() as folder:
             model = Path(folder) / "digits.onnx"
-            write_onnx(trainer.model, model)
+            write_onnx(trainer.average, model)
             reader = onnx_reader(model, DIGITS)
             pictures = [unseen.draw() for _ in range(300)]
             right = sum(reader.read(picture) == label for picture, label in pictures)

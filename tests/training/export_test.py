@@ -114,11 +114,28 @@ class Training(unittest.TestCase):
             self.assertEqual(resumed.progress.pictures, len(batches[0][1]))
             losses = [t.step(*batches[1], 1e-3) for t in (trainer, resumed)]
             self.assertAlmostEqual(losses[0], losses[1], places=5)
-            for ours, theirs in zip(trainer.model.parameters(), resumed.model.parameters()):
-                self.assertTrue(torch.allclose(ours, theirs, atol=1e-6))
+            for kept in ("model", "average"):
+                for ours, theirs in zip(getattr(trainer, kept).parameters(), getattr(resumed, kept).parameters()):
+                    self.assertTrue(torch.allclose(ours, theirs, atol=1e-6))
             model, alphabet, progress = load_model(Path(folder) / "run" / "last.pt")
         self.assertEqual((alphabet, progress.steps), ("0123456789", 1))
         self.assertFalse(model.training)
+
+    def test_averages_the_weights_of_the_latest_steps(self):
+        trainer = self.trainer()
+        pictures, labels = self.batch()
+        seen = []
+        for step in range(3):
+            trainer.progress.steps = 5000 + step
+            trainer.step(pictures, labels, 1e-2)
+            seen.append(trainer.model.classifier.bias.detach().clone())
+        torch.manual_seed(1)
+        expected = Crnn(trainer.model.shape).classifier.bias.detach().clone()
+        for latest in seen:
+            expected += (latest - expected) / 500
+        self.assertTrue(torch.allclose(trainer.average.classifier.bias, expected, atol=1e-7))
+        for mean, latest in zip(trainer.average.buffers(), trainer.model.buffers()):
+            self.assertTrue(torch.equal(mean, latest))
 
     def test_is_left_unharmed_by_a_loss_that_is_not_a_number(self):
         trainer = self.trainer()

@@ -10,7 +10,7 @@ from scribokit.faces import FontFace, StrokeFace, rounded
 from scribokit.fontlist import PLATE, PRINT, font_files
 from scribokit.maker import RECIPES, PictureMaker, network_input
 from scribokit.scene import set_line
-from scribokit.texts import PLATE_PATTERNS, fill, gtin_text, is_readable, label_of, plate_text
+from scribokit.texts import PLATE_PATTERNS, even_text, fill, gtin_text, is_readable, label_of, plate_text
 
 ALPHABET = read_alphabet()
 
@@ -76,6 +76,22 @@ class Texts(unittest.TestCase):
         for _ in range(200):
             self.assertRegex(plate_text(dice), r"^[A-Z0-9 *-]+$")
         self.assertEqual(len(set(PLATE_PATTERNS)), len(PLATE_PATTERNS))
+
+    def test_drawn_evenly_hold_nothing_that_nobody_can_tell(self):
+        dice = random.Random(4)
+        texts = [even_text(ALPHABET, dice) for _ in range(3000)]
+        self.assertEqual(set("".join(texts)), set(ALPHABET))
+        for text in texts:
+            for group in ("0Oo", "1Il", "Cc", "Kk", "Pp", "Ss", "Uu", "Vv", "Ww", "Xx", "Zz"):
+                self.assertLessEqual(len(set(text) & set(group)), 1, text)
+
+    def test_drawn_evenly_take_any_alphabet(self):
+        dice = random.Random(5)
+        self.assertEqual({c for _ in range(200) for c in even_text("01", dice)}, set("01"))
+
+    def test_fill_either_without_o_and_i(self):
+        dice = random.Random(6)
+        self.assertFalse(set("OI") & set("".join(fill("XXXXXXXX", dice) for _ in range(300))))
 
     def test_are_labelled_without_gaps_and_emblems(self):
         self.assertEqual(label_of("A*BC 12-3", ALPHABET), "ABC12-3")

@@ -4,6 +4,7 @@ import re
 from pathlib import Path
 
 CSV_NAME = "labels.csv"
+PICTURE_TEXT = ("file", "text")
 PICTURE_SUFFIXES = (".png", ".jpg", ".jpeg", ".bmp", ".tif", ".tiff")
 
 
@@ -22,11 +23,16 @@ def read_labels(folder, table=None):
 
 
 def _from_table(folder, table):
+    return [(folder / row["file"], row["text"]) for row in load_rows(table) if row["file"] and row["text"]]
+
+
+def load_rows(table):
+    """The rows of a CSV file of labels as dictionaries. ValueError when it lacks a column."""
     with open(table, newline="", encoding="utf-8") as file:
         rows = csv.DictReader(file)
-        if not {"file", "text"} <= set(rows.fieldnames or ()):
+        if not set(PICTURE_TEXT) <= set(rows.fieldnames or ()):
             raise ValueError(f"{table}: the first row must name the columns file and text")
-        return [(folder / row["file"], row["text"]) for row in rows if row["file"] and row["text"]]
+        return list(rows)
 
 
 def label_of_name(name):
@@ -38,5 +44,5 @@ def write_labels(table, rows):
     """Writes (file, text) rows as a CSV file that read_labels takes."""
     with open(table, "w", newline="", encoding="utf-8") as file:
         writer = csv.writer(file)
-        writer.writerow(("file", "text"))
+        writer.writerow(PICTURE_TEXT)
         writer.writerows(rows)

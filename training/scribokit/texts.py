@@ -1,12 +1,20 @@
 """What is printed: dates, lots, serials, plates, article numbers, words, and the alphabet drawn evenly.
 
-In a pattern 'A' stands for a letter, '9' for a digit, 'X' for either; ' ' is a gap, '*' a gap with an emblem or a dot
+In a pattern 'A' stands for a letter, '9' for a digit, 'X' for either but O and I; ' ' is a gap, '*' a gap with an emblem or a dot
 that is not to be read; everything else stands for itself.
+
+The picture has to decide what the label says. In most fonts nobody can tell 0 from O or 1 from I in a random string, or
+a lone c from C, and a network that is asked to guess spends its weights on it. So such characters are drawn where their
+place, the letter case of the text or their neighbours tell them apart, and nowhere else.
 """
 import string
 
 CAPITALS = string.ascii_uppercase
+SMALL = string.ascii_lowercase
 DIGITS = string.digits
+EITHER = "".join(character for character in CAPITALS + DIGITS if character not in "OI")
+# Small letters that are their capitals made smaller.
+SHRUNK = "ckopsuvwxz"
 PLATE_PATTERNS = (
     "AA 999 AA", "AA-999-AA", "AA99 AAA", "AAA 999", "AAA 9999", "AAA-9999", "999 AAA", "9AAA999", "AAA9999", "AA 99999",
     "A*AA 9999", "AA*AA 999", "A*AA 999", "AA*A 99", "A 999 AA", "A 9999 AA", "999-AA-9", "99-AA-99", "AA-99-AA", "9AA 9999",
@@ -34,7 +42,7 @@ def fill(pattern, dice):
     because a reader of sequences drops them first."""
     result = []
     for symbol in pattern:
-        pool = {"A": CAPITALS, "9": DIGITS, "X": CAPITALS + DIGITS}.get(symbol)
+        pool = {"A": CAPITALS, "9": DIGITS, "X": EITHER}.get(symbol)
         if pool is None:
             result.append(symbol)
         elif result and result[-1] in pool and dice.random() < 0.08:
@@ -47,7 +55,7 @@ def fill(pattern, dice):
 def plate_text(dice):
     if dice.random() < 0.2:
         length = dice.randint(5, 8)
-        return "".join(dice.choice(CAPITALS + DIGITS + (" *" if 1 < i < length - 2 else "")) for i in range(length))
+        return "".join(dice.choice(EITHER + (" *" if 1 < i < length - 2 else "")) for i in range(length))
     return fill(dice.choice(PLATE_PATTERNS), dice)
 
 
@@ -77,8 +85,11 @@ def word_text(dice):
 
 
 def even_text(alphabet, dice):
-    """Every character of the alphabet as likely as any other."""
-    return "".join(dice.choice(alphabet) for _ in range(dice.randint(3, 10)))
+    """Every character of the alphabet about as likely as any other: in capitals, in small letters, or in both but for
+    those that only their size tells apart; with digits but without O and I, or with letters but without 0 and 1."""
+    hidden = dice.choice((CAPITALS, SMALL, SHRUNK + SHRUNK.upper() + "Il")) + dice.choice(("OoIl", "01"))
+    pool = "".join(character for character in alphabet if character not in hidden) or alphabet
+    return "".join(dice.choice(pool) for _ in range(dice.randint(3, 10)))
 
 
 def print_text(alphabet, dice):
