@@ -166,14 +166,17 @@ TEST(AdaptPictureFaults, ChannelsThatDoNotFit)
     BuildOptions options = atTestWidth();
     options.picture.channels = Channels::Grey;
     EXPECT_THAT(
-        problemsWith(modelOf(3, 0), options), ElementsAre("input 'x' takes 3 channels, not the 1 of a grey picture"));
+        problemsWith(modelOf(3, 0), options), ElementsAre("input 'x' has 3 channels, not the 1 of a grey picture"));
     options.picture.channels = Channels::Bgr;
     EXPECT_THAT(problemsWith(modelOf(1, 0), options),
-        ElementsAre("input 'x' takes 1 channels, not the 3 of blue, green and red"));
+        ElementsAre("input 'x' has 1 channels, not the 3 of a picture in colour"));
+    options.picture = {0, Channels::Rgb, {{0, 1}}};
+    EXPECT_THAT(problemsWith(modelOf(5, 0), options),
+        ElementsAre("input 'x' has 5 channels, not the 3 of a picture in colour"));
     options.picture.channels = Channels::Rgb;
     options.picture.ranges = {{0, 1}, {0, 1}};
     EXPECT_THAT(problemsWith(modelOf(3, 0), options),
-        ElementsAre("input 'x' takes 3 channels, but 2 ranges of values are given"));
+        ElementsAre("input 'x' has 3 channels, but 2 ranges of values are given"));
 }
 
 TEST(AdaptPictureHeight, IsGivenWhereTheModelLeavesItOpen)

@@ -17,19 +17,18 @@ struct Mixture
     std::vector<float> weights; ///< `to` rows of `from`
     std::vector<float> offsets; ///< `to` numbers
 
-    bool isIdentity() const
-    {
-        bool same = from == to && !hasOffsets();
-        for (std::size_t i = 0; same && i < weights.size(); ++i) {
-            same = weights[i] == (i / from == i % from ? 1.0f : 0.0f);
-        }
-        return same;
-    }
     bool hasOffsets() const
     {
         return std::any_of(offsets.begin(), offsets.end(), [](float offset) { return offset != 0; });
     }
 };
+
+bool isDefault(const PictureOptions& options)
+{
+    return options.channels == Channels::Rgb
+        && std::all_of(options.ranges.begin(), options.ranges.end(),
+            [](const ValueRange& range) { return range.black == -1 && range.white == 1; });
+}
 
 /// The rows of a mixture that leave the values as they are.
 std::vector<float> channelWeights(Channels channels, std::size_t count)
@@ -48,14 +47,14 @@ std::vector<float> channelWeights(Channels channels, std::size_t count)
 std::optional<Mixture> mixture(const PictureOptions& options, std::size_t channels, std::string* problem)
 {
     const bool grey = options.channels == Channels::Grey;
-    const std::size_t wanted = grey ? 1 : options.channels == Channels::Bgr ? 3 : channels;
+    const std::size_t wanted = grey ? 1 : 3;
     if (channels != wanted) {
-        *problem = "takes " + std::to_string(channels) + " channels, not the " + std::to_string(wanted) + " of "
-            + (grey ? "a grey picture" : "blue, green and red");
+        *problem = "has " + std::to_string(channels) + " channels, not the " + std::to_string(wanted) + " of "
+            + (grey ? "a grey picture" : "a picture in colour");
         return std::nullopt;
     }
     if (options.ranges.size() != 1 && options.ranges.size() != channels) {
-        *problem = "takes " + std::to_string(channels) + " channels, but " + std::to_string(options.ranges.size())
+        *problem = "has " + std::to_string(channels) + " channels, but " + std::to_string(options.ranges.size())
             + " ranges of values are given";
         return std::nullopt;
     }
@@ -139,6 +138,9 @@ void prepend(NetworkT& network, const Mixture& mixture)
 
 bool adaptPicture(NetworkT& network, const PictureOptions& options, Problems* problems)
 {
+    if (isDefault(options)) {
+        return true;
+    }
     const int input = network.inputs.front();
     TensorT& picture = *network.tensors[static_cast<std::size_t>(input)];
     std::string problem;
@@ -146,9 +148,6 @@ bool adaptPicture(NetworkT& network, const PictureOptions& options, Problems* pr
     if (!mix) {
         problems->push_back("input '" + picture.name + "' " + problem);
         return false;
-    }
-    if (mix->isIdentity()) {
-        return true;
     }
     std::vector<OperationT*> readers;
     for (const auto& operation : network.operations) {
