@@ -17,7 +17,7 @@ constexpr std::int64_t together = 2;
 
 /// The sums of `count` blocks of gates over all units of the state before; returns the weights that follow.
 template <class Vector, std::int64_t count>
-SCRIBO_INLINE const float* sumGates(
+SCRIBO_INLINE const float* sumBlocks(
     const float* inputs, const float* weights, const float* before, std::int64_t hidden, float* sums)
 {
     constexpr std::int64_t block = lanes<Vector>;
@@ -39,80 +39,120 @@ SCRIBO_INLINE const float* sumGates(
 }
 
 template <class Vector>
-SCRIBO_INLINE void updateBlock(const float* sums, float* cell, float* after)
+SCRIBO_INLINE void sum(
+    const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
 {
-    constexpr std::int64_t block = lanes<Vector>;
-    const Vector in = sigmoid(load<Vector>(sums));
-    const Vector out = sigmoid(load<Vector>(sums + block));
-    const Vector keep = sigmoid(load<Vector>(sums + 2 * block));
-    const Vector kept = keep * load<Vector>(cell) + in * tangens(load<Vector>(sums + 3 * block));
-    store(cell, kept);
-    store(after, Vector(out * tangens(kept)));
-}
-
-template <class Vector>
-SCRIBO_INLINE void step(
-    const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* after, float* cell)
-{
-    constexpr std::int64_t block = lanes<Vector>;
-    const std::int64_t blocks = shape.blocks();
-    float sums[together * gates * block];
-    for (std::int64_t first = 0; first < blocks; first += together) {
-        const std::int64_t count = std::min(together, blocks - first);
-        const float* rows = inputs + first * gates * block;
-        weights = count == together ? sumGates<Vector, together>(rows, weights, before, shape.hidden, sums)
-                                    : sumGates<Vector, 1>(rows, weights, before, shape.hidden, sums);
-        for (std::int64_t i = 0; i < count; ++i) {
-            updateBlock<Vector>(sums + i * gates * block, cell + (first + i) * block, after + (first + i) * block);
-        }
+    const std::int64_t row = gates * lanes<Vector>;
+    std::int64_t block = 0;
+    for (; block + together <= shape.blocks(); block += together) {
+        weights = sumBlocks<Vector, together>(inputs + block * row, weights, before, shape.hidden, sums + block * row);
+    }
+    if (block < shape.blocks()) {
+        sumBlocks<Vector, 1>(inputs + block * row, weights, before, shape.hidden, sums + block * row);
     }
 }
 
 template <class Vector>
-SCRIBO_INLINE void run(const LstmShape& shape, const float* inputs, const float* weights, float* state, float* result)
+SCRIBO_INLINE void update(const LstmShape& shape, const float* sums, float* cell, float* after)
 {
-    const std::int64_t size = shape.blocks() * lanes<Vector>;
+    constexpr std::int64_t block = lanes<Vector>;
+    for (std::int64_t i = 0; i < shape.blocks(); ++i, sums += gates * block, cell += block, after += block) {
+        const Vector in = sigmoid(load<Vector>(sums));
+        const Vector out = sigmoid(load<Vector>(sums + block));
+        const Vector keep = sigmoid(load<Vector>(sums + 2 * block));
+        const Vector kept = keep * load<Vector>(cell) + in * tangens(load<Vector>(sums + 3 * block));
+        store(cell, kept);
+        store(after, Vector(out * tangens(kept)));
+    }
+}
+
+/// The two halves of a step. They are functions of their own so that the constants of the second do not take the
+/// registers that the sums of the first need.
+struct StepKernels
+{
+    void (*sum)(const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums);
+    void (*update)(const LstmShape& shape, const float* sums, float* cell, float* after);
+};
+
+void sum8(const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
+{
+    sum<Float8>(shape, inputs, weights, before, sums);
+}
+
+void update8(const LstmShape& shape, const float* sums, float* cell, float* after)
+{
+    update<Float8>(shape, sums, cell, after);
+}
+
+void sum16(const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
+{
+    sum<Float16>(shape, inputs, weights, before, sums);
+}
+
+void update16(const LstmShape& shape, const float* sums, float* cell, float* after)
+{
+    update<Float16>(shape, sums, cell, after);
+}
+
+#if SCRIBO_X86
+SCRIBO_AVX2 void sum8Avx2(
+    const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
+{
+    sum<Float8>(shape, inputs, weights, before, sums);
+}
+
+SCRIBO_AVX2 void update8Avx2(const LstmShape& shape, const float* sums, float* cell, float* after)
+{
+    update<Float8>(shape, sums, cell, after);
+}
+
+SCRIBO_AVX512 void sum16Avx512(
+    const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
+{
+    sum<Float16>(shape, inputs, weights, before, sums);
+}
+
+SCRIBO_AVX512 void update16Avx512(const LstmShape& shape, const float* sums, float* cell, float* after)
+{
+    update<Float16>(shape, sums, cell, after);
+}
+#endif
+
+/// The fastest for blocks of `block` units on this processor.
+StepKernels stepKernels(int block)
+{
+#if SCRIBO_X86
+    if (block == 16 && hasAvx512()) {
+        return {sum16Avx512, update16Avx512};
+    }
+    if (block == 8 && hasAvx2()) {
+        return {sum8Avx2, update8Avx2};
+    }
+#endif
+    return block == 16 ? StepKernels{sum16, update16} : StepKernels{sum8, update8};
+}
+
+} // namespace
+
+void runLstm(const LstmShape& shape, const float* inputs, const float* weights, float* state, float* result)
+{
+    const StepKernels kernels = stepKernels(shape.block);
+    const std::int64_t size = shape.blocks() * shape.block;
+    float* const hidden = state;
+    float* const cell = state + size;
+    float* const sums = cell + size;
     for (std::int64_t direction = 0; direction < shape.directions; ++direction) {
-        float* before = state;
-        float* after = state + size;
-        float* cell = state + 2 * size;
-        std::fill_n(state, 3 * size, 0.0F);
+        std::fill_n(state, 2 * size, 0.0F);
         const bool backwards = direction == 1 || shape.backwards;
         for (std::int64_t i = 0; i < shape.steps; ++i) {
             const std::int64_t at = (backwards ? shape.steps - 1 - i : i) * shape.directions + direction;
-            step<Vector>(shape, inputs + at * shape.gateRow(), weights, before, after, cell);
-            std::copy_n(after, shape.hidden, result + at * shape.hidden);
-            std::swap(before, after);
+            kernels.sum(shape, inputs + at * shape.gateRow(), weights, hidden, sums);
+            kernels.update(shape, sums, cell, hidden);
+            std::copy_n(hidden, shape.hidden, result + at * shape.hidden);
         }
         weights += shape.gateRow() * shape.hidden;
     }
 }
-
-void run8(const LstmShape& shape, const float* inputs, const float* weights, float* state, float* result)
-{
-    run<Float8>(shape, inputs, weights, state, result);
-}
-
-void run16(const LstmShape& shape, const float* inputs, const float* weights, float* state, float* result)
-{
-    run<Float16>(shape, inputs, weights, state, result);
-}
-
-#if SCRIBO_X86
-SCRIBO_AVX2 void run8Avx2(
-    const LstmShape& shape, const float* inputs, const float* weights, float* state, float* result)
-{
-    run<Float8>(shape, inputs, weights, state, result);
-}
-
-SCRIBO_AVX512 void run16Avx512(
-    const LstmShape& shape, const float* inputs, const float* weights, float* state, float* result)
-{
-    run<Float16>(shape, inputs, weights, state, result);
-}
-#endif
-
-} // namespace
 
 std::vector<float> gatesInBlocks(const LstmShape& shape, const float* weights, std::int64_t columns)
 {
@@ -156,19 +196,6 @@ std::vector<float> recurrentInOrder(const LstmShape& shape, const float* weights
         }
     }
     return ordered;
-}
-
-LstmRun lstmRun(int block)
-{
-#if SCRIBO_X86
-    if (block == 16 && hasAvx512()) {
-        return run16Avx512;
-    }
-    if (block == 8 && hasAvx2()) {
-        return run8Avx2;
-    }
-#endif
-    return block == 16 ? run16 : run8;
 }
 
 } // namespace scribo::cpu

@@ -23,7 +23,7 @@ struct LstmShape
 
     std::int64_t blocks() const { return (hidden + block - 1) / block; }
     std::int64_t gateRow() const { return blocks() * block * gates; } ///< gates of a direction
-    std::int64_t stateSize() const { return 3 * blocks() * block; } ///< floats that a run needs
+    std::int64_t stateSize() const { return (2 + gates) * blocks() * block; } ///< floats that a run needs
 };
 
 /// Rows of gates as ONNX has them (directions x gates x hidden x `columns`) with the gates in blocks: directions x
@@ -36,9 +36,6 @@ std::vector<float> recurrentInOrder(const LstmShape& shape, const float* weights
 
 /// `inputs`: steps x directions x gateRow, what inputs and biases add. `weights`: from recurrentInOrder(). `state`:
 /// stateSize() floats of room. `result`: steps x directions x hidden. The states before the first step are zeros.
-using LstmRun
-    = void (*)(const LstmShape& shape, const float* inputs, const float* weights, float* state, float* result);
-
-LstmRun lstmRun(int block);
+void runLstm(const LstmShape& shape, const float* inputs, const float* weights, float* state, float* result);
 
 } // namespace scribo::cpu

@@ -186,10 +186,9 @@ void addPlainLstm(PlanBuilder& plan, const Layer& layer)
     const BufferId state = plan.scratch(static_cast<std::size_t>(shape.stateSize()) * sizeof(float));
     PlanBuilder::Argument result{DNNL_ARG_DST_LAYER, -1, layer.result};
     placeSequence(plan, layer, &result);
-    plan.addKernel(
-        {projected, state, result.buffer}, [shape, weights, kernel = lstmRun(shape.block)](float* const* at) {
-            kernel(shape, at[0], static_cast<const float*>(weights.get_data_handle()), at[1], at[2]);
-        });
+    plan.addKernel({projected, state, result.buffer}, [shape, weights](float* const* at) {
+        runLstm(shape, at[0], static_cast<const float*>(weights.get_data_handle()), at[1], at[2]);
+    });
 }
 
 } // namespace

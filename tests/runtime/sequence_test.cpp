@@ -112,8 +112,8 @@ Array runKernel(const format::RecurrentT& layer, const Array& data, const Array&
     Array result = Array::zeros({shape.steps, directions, 1, layer.hidden_size});
     std::vector<float> state(static_cast<std::size_t>(shape.stateSize()), 7.0F);
     std::vector<float> natural(result.data.size());
-    cpu::lstmRun(block)(shape, projected.data(), cpu::recurrentInOrder(shape, recurrent.data.data()).data(),
-        state.data(), natural.data());
+    cpu::runLstm(shape, projected.data(), cpu::recurrentInOrder(shape, recurrent.data.data()).data(), state.data(),
+        natural.data());
     result.data = natural; // steps x directions x hidden, as with a batch of one
     return result;
 }
