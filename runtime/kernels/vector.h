@@ -5,11 +5,9 @@
 #include <cstdint>
 #include <cstring>
 
-// Where vectors of this size are no registers, GCC warns of how they would be passed; nothing here is ever called, all
-// of it is inlined.
-#if !defined(__clang__)
+// Where vectors of this size are no registers, compilers warn of how they would be passed; nothing here is ever
+// called, all of it is inlined.
 #pragma GCC diagnostic ignored "-Wpsabi"
-#endif
 
 /// Vectors of floats that compile on every processor: one register where it is wide enough, several elsewhere.
 /// Arithmetic and comparisons work element by element.
