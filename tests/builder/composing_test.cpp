@@ -144,6 +144,16 @@ TEST(ScaleActivations, LeaveOtherArithmeticAndOtherReaders)
     EXPECT_FALSE(scaleActivations(maker.network));
 }
 
+TEST(ScaleActivations, LeaveNumbersThatWouldOverflow)
+{
+    Maker maker;
+    const int first
+        = maker.binary(BinaryKind::Multiply, maker.activation(ActivationKind::Tanh, 0), number(maker, 1e30f));
+    maker.output(maker.binary(BinaryKind::Multiply, first, number(maker, 1e30f)));
+    EXPECT_TRUE(scaleActivations(maker.network));
+    EXPECT_EQ(maker.kinds(), (Kinds{OperationKind::Activation, OperationKind::Binary}));
+}
+
 TEST(SimplifyScalars, ConstantsOfOneElementLoseTheirAxes)
 {
     Maker maker;
@@ -296,6 +306,7 @@ TEST(HoistTransposes, StayWhereRowsMatter)
 TEST(ScalarAffine, OnlyWhatIsDefined)
 {
     EXPECT_FALSE(scalarAffine(BinaryKind::Divide, 0, 0));
+    EXPECT_FALSE(scalarAffine(BinaryKind::Divide, 0, 1e-42));
     EXPECT_FALSE(scalarAffine(BinaryKind::Divide, 1, 2));
     EXPECT_FALSE(scalarAffine(BinaryKind::Power, 0, 2));
     EXPECT_EQ(scalarAffine(BinaryKind::Subtract, 1, 2)->scale, -1);

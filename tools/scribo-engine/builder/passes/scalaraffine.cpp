@@ -2,6 +2,8 @@
 
 #include "tensordata.h"
 
+#include <cmath>
+
 namespace scribo::builder {
 
 std::optional<ScalarAffine> scalarAffine(format::BinaryKind kind, std::size_t position, double constant)
@@ -14,7 +16,7 @@ std::optional<ScalarAffine> scalarAffine(format::BinaryKind kind, std::size_t po
     case format::BinaryKind::Multiply:
         return ScalarAffine{constant, 0};
     case format::BinaryKind::Divide:
-        if (position == 0 && constant != 0) {
+        if (position == 0 && std::isfinite(static_cast<float>(1 / constant))) {
             return ScalarAffine{1 / constant, 0};
         }
         return std::nullopt;

@@ -1,9 +1,23 @@
 #include "passes.h"
 #include "scalaraffine.h"
 
+#include <cmath>
 #include <set>
 
 namespace scribo::builder {
+
+namespace {
+
+/// `activation` with `affine` behind it; nothing where the numbers become too large.
+std::optional<format::ActivationT> scaledBy(const ScalarAffine& affine, format::ActivationT activation)
+{
+    activation.scale = static_cast<float>(static_cast<double>(activation.scale) * affine.scale);
+    activation.shift = static_cast<float>(static_cast<double>(activation.shift) * affine.scale + affine.shift);
+    const bool finite = std::isfinite(activation.scale) && std::isfinite(activation.shift);
+    return finite ? std::optional(activation) : std::nullopt;
+}
+
+} // namespace
 
 bool scaleActivations(NetworkT& network)
 {
@@ -17,14 +31,11 @@ bool scaleActivations(NetworkT& network)
         const Uses uses(network);
         const int data = operation->inputs[position];
         OperationT* producer = uses.soleProducer(data, format::OperationKind::Activation);
-        if (!producer || !redirect(network, operation->outputs.front(), data)) {
+        const auto scaled = producer ? scaledBy(*affine, *producer->kind.AsActivation()) : std::nullopt;
+        if (!scaled || !redirect(network, operation->outputs.front(), data)) {
             continue;
         }
-        format::ActivationT& activation = *producer->kind.AsActivation();
-        const double scale = static_cast<double>(activation.scale) * affine->scale;
-        const double shift = static_cast<double>(activation.shift) * affine->scale + affine->shift;
-        activation.scale = static_cast<float>(scale);
-        activation.shift = static_cast<float>(shift);
+        *producer->kind.AsActivation() = *scaled;
         folded.insert(operation.get());
         // It must not be counted as a reader any more.
         operation->inputs.clear();
