@@ -11,6 +11,8 @@ from .maker import PictureMaker
 
 def _work(recipe, alphabet, seed, columns, widest, outbox, parent):
     cv2.setNumThreads(1)
+    # When the training has ended without a word nobody takes the last batches, and the end must not wait for that.
+    outbox.cancel_join_thread()
     batches = Batches(PictureMaker(recipe, alphabet, seed), columns, widest)
     while True:
         batch = batches.next()
