@@ -1,9 +1,9 @@
 #include "blackbox/loadedplugin.h"
 #include "faketool.h"
+#include "residentmemory.h"
 #include "sanitizers.h"
 #include "testpictures.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -11,22 +11,11 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 namespace {
 
 constexpr int pictureCount = underSanitizer ? 3000 : 50000;
 constexpr int settledAfter = pictureCount / 10;
 constexpr int limit = 1000; ///< the default
-
-/// The memory that this process occupies, in bytes.
-qint64 residentBytes()
-{
-    QFile file(QStringLiteral("/proc/self/statm"));
-    if (!file.open(QIODevice::ReadOnly))
-        return -1;
-    return file.readAll().split(' ').at(1).toLongLong() * sysconf(_SC_PAGESIZE);
-}
 
 QJsonObject stateOf(ProcessorInterface& processor, int number)
 {

@@ -10,15 +10,15 @@ LoadedPlugin::LoadedPlugin()
     processor = qobject_cast<ProcessorInterface*>(loader.instance());
 }
 
-std::unique_ptr<ProcessorInterface> LoadedPlugin::makeInstance(Tool* tool) const
+std::unique_ptr<ProcessorInterface> LoadedPlugin::makeInstance(Tool* tool, const QString& model) const
 {
     std::unique_ptr<ProcessorInterface> instance(processor->clone(tool, false));
     QJsonObject settings;
     instance->saveParams(settings);
     QJsonArray parameters = settings["paramsWrap"].toArray();
-    QJsonObject model = parameters[1].toObject();
-    model["selectedText"] = "ocr_printed_p1_1_v1.trt";
-    parameters[1] = model;
+    QJsonObject choice = parameters[1].toObject();
+    choice["selectedText"] = model;
+    parameters[1] = choice;
     settings["paramsWrap"] = parameters;
     instance->loadParams(settings);
     return instance;

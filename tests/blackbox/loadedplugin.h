@@ -17,8 +17,9 @@ public:
     ProcessorInterface* root() const { return processor; }
     QString errorString() const { return loader.errorString(); }
 
-    /// A working instance for `tool` with the shipped model loaded and everything else at its default.
-    std::unique_ptr<ProcessorInterface> makeInstance(Tool* tool) const;
+    /// A working instance for `tool` with a model of the working directory loaded and everything else at its default.
+    std::unique_ptr<ProcessorInterface> makeInstance(
+        Tool* tool, const QString& model = QStringLiteral("ocr_printed_p1_1_v1.trt")) const;
 
 private:
     QPluginLoader loader;

@@ -234,6 +234,7 @@ TEST(DecodeOCR, ACharacterOfSeveralBytesIsOneElement)
     const LogCapture log;
     EXPECT_THAT(decoder.decode(), ElementsAre("\xE6\x95\xB0", "B"));
     EXPECT_EQ(log.count("decodeOCR delete char:\xE6\x95\xB0"), 1);
+    EXPECT_FALSE(decoder.leftOutCharacters());
 }
 
 TEST(DecodeOCR, AClassWithoutCharacterIsSkippedWithALine)
@@ -244,6 +245,7 @@ TEST(DecodeOCR, AClassWithoutCharacterIsSkippedWithALine)
     EXPECT_THAT(decoder.decode(), ElementsAre("A", "A"));
     EXPECT_EQ(log.count("decodeOCR has no alphabet entry for class: 3"), 2);
     EXPECT_EQ(log.count("decodeOCR has no alphabet entry for class: 2"), 1);
+    EXPECT_TRUE(decoder.leftOutCharacters());
 }
 
 TEST(DecodeOCR, TheConfidenceThresholdTakesNoPart)

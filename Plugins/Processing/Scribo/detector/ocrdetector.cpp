@@ -176,6 +176,7 @@ void OCRDetector::decodeTensor(const OutputTensor& tensor, std::vector<std::stri
         }
         if (static_cast<std::size_t>(best) > config.alphabet.size()) {
             LOG(ERROR) << "decodeOCR has no alphabet entry for class: " << best;
+            alphabetTooShort = true;
             continue;
         }
         const std::string& character = config.alphabet[static_cast<std::size_t>(best) - 1];

@@ -51,6 +51,10 @@ public:
     /// Whether the engine is loaded and usable.
     bool isReady() const { return ready; }
 
+    /// Whether the network has ever chosen a class for which the alphabet has no character. Such characters are left
+    /// out of a reading, so the model package does not fit and no reading of it is to be trusted.
+    bool leftOutCharacters() const { return alphabetTooShort; }
+
     /// Sets the configuration's class confidence threshold. Decoding keeps its own fixed floor.
     /// Always true.
     bool setConfidenceThreshold(float threshold);
@@ -101,6 +105,7 @@ private:
     void decodeTensor(const OutputTensor& tensor, std::vector<std::string>& characters);
 
     std::atomic<bool> stopRequested = false;
+    std::atomic<bool> alphabetTooShort = false;
     std::unique_ptr<std::thread> worker;
     BlockingQueue<InferRequest> requests;
 };
