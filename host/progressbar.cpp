@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include <unistd.h>
-
 namespace {
 
 constexpr int barWidth = 40;
@@ -11,10 +9,10 @@ constexpr char eraseLine[] = "\r\033[K";
 
 } // namespace
 
-ProgressBar::ProgressBar(std::FILE* stream, int total)
+ProgressBar::ProgressBar(std::FILE* stream, bool isTerminal, int total)
     : stream(stream)
+    , isTerminal(isTerminal)
     , total(total)
-    , isTerminal(isatty(fileno(stream)) == 1)
 {
 }
 

@@ -2,12 +2,12 @@
 
 #include <cstdio>
 
-/// A line "[####......] 12/30" that is drawn over itself. Draws nothing unless the stream is a terminal, so
-/// that files and pipes stay clean.
+/// A line "[####......] 12/30" that is drawn over itself. Draws nothing unless it is told that the stream is a
+/// terminal, so that files and pipes stay clean.
 class ProgressBar
 {
 public:
-    ProgressBar(std::FILE* stream, int total);
+    ProgressBar(std::FILE* stream, bool isTerminal, int total);
     ~ProgressBar();
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
@@ -18,7 +18,7 @@ public:
 
 private:
     std::FILE* stream;
-    int total;
     bool isTerminal;
+    int total;
     bool isVisible = false;
 };

@@ -13,6 +13,8 @@
 
 #include <cstdio>
 
+#include <unistd.h>
+
 Command::Command(const Options& options, HostLog& log)
     : options(options)
     , log(log)
@@ -212,7 +214,7 @@ void Command::inspectAll()
         table = std::make_unique<ResultTable>(names);
         print(table->header().toUtf8());
     }
-    progress = std::make_unique<ProgressBar>(stderr, options.quiet ? 0 : pictures.size());
+    progress = std::make_unique<ProgressBar>(stderr, isatty(fileno(stderr)) == 1, options.quiet ? 0 : pictures.size());
     for (int i = 0; i < pictures.size(); ++i) {
         progress->show(i);
         const PictureResult result = inspectPicture(pictures[i]);
