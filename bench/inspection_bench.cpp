@@ -4,6 +4,7 @@
 #include "blackbox/loadedplugin.h"
 #include "blackbox/stationtool.h"
 #include "loadedengine.h"
+#include "ocranalyser.h"
 
 #include <NvInfer.h>
 
@@ -87,6 +88,7 @@ class RatioReporter : public benchmark::ConsoleReporter
 public:
     void ReportRuns(const std::vector<Run>& runs) override
     {
+        ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs)
             if (run.run_type == Run::RT_Iteration)
                 times[run.run_name.function_name + "/" + run.run_name.args].push_back(run.GetAdjustedRealTime());
@@ -97,6 +99,8 @@ public:
         for (const int width : widths) {
             const double process = median("process/" + std::to_string(width));
             const double network = median("enqueueV2/" + std::to_string(width));
+            if (process == 0 || network == 0)
+                continue; // filtered out
             std::printf("region of %3d x %d: process %7.1f us, enqueueV2 %7.1f us, ratio %.3f\n", width, height,
                 process, network, process / network);
         }
@@ -106,6 +110,8 @@ private:
     double median(const std::string& name)
     {
         std::vector<double>& values = times[name];
+        if (values.empty())
+            return 0;
         std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
         return values[values.size() / 2];
     }
@@ -130,6 +136,18 @@ void registerPair(const LoadedPlugin& plugin, BareEngine* bare, int width)
             const auto station = plugin.makeInstance(&tool);
             for (auto _ : state)
                 station->process(&tool, 0);
+        })
+        ->Arg(width)
+        ->UseRealTime()
+        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark("execute",
+        [width](benchmark::State& state) {
+            static OCRAnalyser analyser(QStringLiteral("./model/ocr_printed_p1_1_v1.trt"));
+            std::vector<SOrgAI_ResInfo> lines;
+            const cv::Mat picture = printedPicture(width);
+            for (auto _ : state)
+                if (analyser.execute(picture, lines) != 1)
+                    state.SkipWithError("the reading failed");
         })
         ->Arg(width)
         ->UseRealTime()
