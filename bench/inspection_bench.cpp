@@ -1,5 +1,6 @@
-// What an inspection costs beside the network: `process` on one region, against enqueueV2 alone on a picture of the
-// same size. The two take turns in random order, and the ratio of their medians is printed at the end.
+// What an inspection costs beside the network: `process` on one region and the analyser's `execute`, against enqueueV2
+// alone on a picture of the same size. They take turns in random order; at the end come the ratios of the medians of
+// `process` and enqueueV2.
 
 #include "blackbox/loadedplugin.h"
 #include "blackbox/stationtool.h"
@@ -17,6 +18,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -126,43 +128,35 @@ cv::Mat printedPicture(int width)
     return picture;
 }
 
-void registerPair(const LoadedPlugin& plugin, BareEngine* bare, int width)
+void add(const char* name, int width, const std::function<void(benchmark::State&)>& body)
 {
-    benchmark::RegisterBenchmark("process",
-        [&plugin, width](benchmark::State& state) {
-            StationTool tool;
-            tool.picture = printedPicture(width);
-            tool.taughtRegions = {QRectF(0, 0, width, height)};
-            const auto station = plugin.makeInstance(&tool);
-            for (auto _ : state)
-                station->process(&tool, 0);
-        })
-        ->Arg(width)
-        ->UseRealTime()
-        ->Unit(benchmark::kMicrosecond);
-    benchmark::RegisterBenchmark("execute",
-        [width](benchmark::State& state) {
-            static OCRAnalyser analyser(QStringLiteral("./model/ocr_printed_p1_1_v1.trt"));
-            std::vector<SOrgAI_ResInfo> lines;
-            const cv::Mat picture = printedPicture(width);
-            for (auto _ : state)
-                if (analyser.execute(picture, lines) != 1)
-                    state.SkipWithError("the reading failed");
-        })
-        ->Arg(width)
-        ->UseRealTime()
-        ->Unit(benchmark::kMicrosecond);
-    benchmark::RegisterBenchmark("enqueueV2",
-        [bare, width](benchmark::State& state) {
-            if (!bare->setWidth(width))
-                state.SkipWithError("the engine refuses the width");
-            for (auto _ : state)
-                if (!bare->run())
-                    state.SkipWithError("the run failed");
-        })
-        ->Arg(width)
-        ->UseRealTime()
-        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark(name, body)->Arg(width)->UseRealTime()->Unit(benchmark::kMicrosecond);
+}
+
+void addWidth(const LoadedPlugin& plugin, OCRAnalyser* analyser, BareEngine* bare, int width)
+{
+    add("process", width, [&plugin, width](benchmark::State& state) {
+        StationTool tool;
+        tool.picture = printedPicture(width);
+        tool.taughtRegions = {QRectF(0, 0, width, height)};
+        const auto station = plugin.makeInstance(&tool);
+        for (auto _ : state)
+            station->process(&tool, 0);
+    });
+    add("execute", width, [analyser, width](benchmark::State& state) {
+        std::vector<SOrgAI_ResInfo> lines;
+        const cv::Mat picture = printedPicture(width);
+        for (auto _ : state)
+            if (analyser->execute(picture, lines) != 1)
+                state.SkipWithError("the reading failed");
+    });
+    add("enqueueV2", width, [bare, width](benchmark::State& state) {
+        if (!bare->setWidth(width))
+            state.SkipWithError("the engine refuses the width");
+        for (auto _ : state)
+            if (!bare->run())
+                state.SkipWithError("the run failed");
+    });
 }
 
 } // namespace
@@ -178,8 +172,9 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "the plug-in or the engine cannot be loaded: %s\n", qPrintable(plugin.errorString()));
         return 1;
     }
+    OCRAnalyser analyser(QStringLiteral("./model/ocr_printed_p1_1_v1.trt"));
     for (const int width : widths)
-        registerPair(plugin, &bare, width);
+        addWidth(plugin, &analyser, &bare, width);
 
     std::vector<std::string> arguments = {argv[0], "--benchmark_enable_random_interleaving=true",
         "--benchmark_repetitions=15", "--benchmark_min_time=0.05"};

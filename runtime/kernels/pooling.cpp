@@ -141,7 +141,7 @@ bool allMeetSource(const Geometry& pooling)
     return true;
 }
 
-/// A maximum over channels in blocks, which oneDNN takes more than twice as long for. False, with nothing added, when
+/// A maximum over channels in blocks, for which oneDNN takes several times as long. False, with nothing added, when
 /// it is something else.
 bool addBlockedMaximum(PlanBuilder& plan, const Geometry& pooling)
 {

@@ -44,8 +44,8 @@ WinogradShape shapeOf(const PlanBuilder& plan, const format::Convolution& convol
         convolution.pads()->Get(0), convolution.pads()->Get(1)};
 }
 
-/// Whether the fewer multiplications are worth the transforms. Measured on AVX2: with few channels the transforms cost
-/// more than they save, and the ends of tiles that hang over the picture are worked out in vain.
+/// Whether the fewer multiplications are worth the transforms. These cost the same however few channels share them,
+/// and the ends of tiles that hang over the picture are worked out in vain.
 bool isWorthwhile(const PlanBuilder& plan, const WinogradShape& shape)
 {
     const std::int64_t channels = plan.shape(plan.input(0))[1];

@@ -1,6 +1,6 @@
 """What is printed: dates, lots, serials, plates, article numbers, words, and the alphabet drawn evenly.
 
-In a pattern 'A' stands for a letter, '9' for a digit, 'X' for either but O and I; ' ' is a gap, '*' a gap with an emblem or a dot
+In a pattern 'A' stands for a letter, '9' for a digit, '?' for either but O and I; ' ' is a gap, '*' a gap with an emblem or a dot
 that is not to be read; everything else stands for itself.
 
 The picture has to decide what the label says. In most fonts nobody can tell 0 from O or 1 from I in a random string, or
@@ -18,16 +18,16 @@ SHRUNK = "ckopsuvwxz"
 PLATE_PATTERNS = (
     "AA 999 AA", "AA-999-AA", "AA99 AAA", "AAA 999", "AAA 9999", "AAA-9999", "999 AAA", "9AAA999", "AAA9999", "AA 99999",
     "A*AA 9999", "AA*AA 999", "A*AA 999", "AA*A 99", "A 999 AA", "A 9999 AA", "999-AA-9", "99-AA-99", "AA-99-AA", "9AA 9999",
-    "9A9 9999", "9999 AAA", "AA 9999", "AAA9A99", "A99 AAA", "AAA 99A", "A*99999", "A*X9999", "X*XXXXX", "AA 9999 A", "99 AA 99",
+    "9A9 9999", "9999 AAA", "AA 9999", "AAA9A99", "A99 AAA", "AAA 99A", "A*99999", "A*?9999", "?*?????", "AA 9999 A", "99 AA 99",
     "AAA*999", "999*AAA", "AA9 9999", "A99*99A", "9 AAA 99", "AAA 99 99", "A 99999", "99A 9999", "999 999", "99999", "99 9999",
-    "AA 999", "AA-9999", "AAAA 99", "AA 9A 9999", "AA99 A 999", "A 9999", "XXXXX", "XXXXXX", "XXXXXXX", "XXX XXX", "XXXX XXXX",
+    "AA 999", "AA-9999", "AAAA 99", "AA 9A 9999", "AA99 A 999", "A 9999", "?????", "??????", "???????", "??? ???", "???? ????",
     "AAAAAAA", "AAAA99", "A9999A", "9A99999", "AA999A", "99A999", "AAA999A", "9999 99", "AA 99 AAA", "AAA-999", "AAA*9999",
 )
 CODE_PATTERNS = (
-    "A9999", "AA9999", "A99999", "L99999", "LOT A9999", "LOT:A9999", "LOT#9999", "LOT 99999", "SN-999999", "SN:XXXXXXX", "S/N 99999",
-    "PN:9999-A", "REV(9)", "QTY:999", "9999-9999", "A9A9A9", "99A99", "XXXXXX", "XXXXXXXX", "AA-99-99", "CH.B:99999", "A9999.99",
-    "#9999", "No.99999", "99:99", "99:99 A9", "(99)999999", "AAA-999-XX", "B99 99:99", "9A99", "AAAA", "99-9999-99", "+99.9", "9.99", "MODEL A99", "TYPE 99A",
-    "XXXXX", "XXXXXXX", "XXX-XXX", "999999", "99999999", "9 999999 999999", "99 9 99999",
+    "A9999", "AA9999", "A99999", "L99999", "LOT A9999", "LOT:A9999", "LOT#9999", "LOT 99999", "SN-999999", "SN:???????", "S/N 99999",
+    "PN:9999-A", "REV(9)", "QTY:999", "9999-9999", "A9A9A9", "99A99", "??????", "????????", "AA-99-99", "CH.B:99999", "A9999.99",
+    "#9999", "No.99999", "99:99", "99:99 A9", "(99)999999", "AAA-999-??", "B99 99:99", "9A99", "AAAA", "99-9999-99", "+99.9", "9.99", "MODEL A99", "TYPE 99A",
+    "?????", "???????", "???-???", "999999", "99999999", "9 999999 999999", "99 9 99999",
 )
 WORDS = (
     "LOT EXP BEST BEFORE MADE IN CHINA GERMANY MEXICO USA BATCH DATE CODE SERIAL MODEL TYPE PART NO SIZE NET WEIGHT STERILE FRAGILE "
@@ -42,7 +42,7 @@ def fill(pattern, dice):
     because a reader of sequences drops them first."""
     result = []
     for symbol in pattern:
-        pool = {"A": CAPITALS, "9": DIGITS, "X": EITHER}.get(symbol)
+        pool = {"A": CAPITALS, "9": DIGITS, "?": EITHER}.get(symbol)
         if pool is None:
             result.append(symbol)
         elif result and result[-1] in pool and dice.random() < 0.08:

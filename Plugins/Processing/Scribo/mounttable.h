@@ -23,7 +23,7 @@ public:
     explicit MountTable(QString path = QStringLiteral("/proc/mounts"), FileTest fileExists = {});
 
     /// The mount points of the removable disks, in the order of the table, as the table writes them: the
-    /// kernel escapes blanks there, so a disk labelled "MY DISK" reads "/media/root/MY\040DISK".
+    /// kernel escapes blanks there, so a disk labelled "MY DISK" reads "MY\040DISK".
     /// Empty when there is no removable disk, no system disk to tell it from, or the table cannot be read.
     QStringList findRemovableMounts();
 

@@ -79,4 +79,17 @@ void removeOperations(NetworkT& network, const std::function<bool(const Operatio
         operations.end());
 }
 
+void AbsorbedOperations::add(OperationT& operation)
+{
+    operations.insert(&operation);
+    operation.inputs.clear();
+    operation.kind.Reset();
+}
+
+bool AbsorbedOperations::remove(NetworkT& network) const
+{
+    removeOperations(network, [this](const OperationT& operation) { return operations.count(&operation) > 0; });
+    return !operations.empty();
+}
+
 } // namespace scribo::builder

@@ -3,6 +3,7 @@
 #include "engine_generated.h"
 
 #include <functional>
+#include <set>
 #include <vector>
 
 /// What the passes over a network share.
@@ -43,5 +44,17 @@ bool redirect(NetworkT& network, int from, int to);
 
 /// Removes the operations for which `unwanted` says so.
 void removeOperations(NetworkT& network, const std::function<bool(const OperationT&)>& unwanted);
+
+/// Operations whose work others have taken over. They stay in the network until remove(), but read nothing any more.
+class AbsorbedOperations
+{
+public:
+    void add(OperationT& operation);
+    /// Takes them out of `network`; whether there were any.
+    bool remove(NetworkT& network) const;
+
+private:
+    std::set<const OperationT*> operations;
+};
 
 } // namespace scribo::builder

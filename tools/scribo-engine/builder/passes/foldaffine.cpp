@@ -2,7 +2,6 @@
 #include "scalaraffine.h"
 
 #include <algorithm>
-#include <set>
 
 namespace scribo::builder {
 
@@ -105,7 +104,7 @@ std::optional<std::size_t> convolutionInput(const Uses& uses, const OperationT& 
 
 bool foldAffine(NetworkT& network)
 {
-    std::set<const OperationT*> folded;
+    AbsorbedOperations absorbed;
     for (const auto& operation : network.operations) {
         const Uses uses(network);
         const std::optional<std::size_t> position = convolutionInput(uses, *operation);
@@ -119,13 +118,9 @@ bool foldAffine(NetworkT& network)
             continue;
         }
         applyAffine(network, convolution, *affine);
-        folded.insert(operation.get());
-        // It must not be counted as a reader of the convolution any more.
-        operation->inputs.clear();
-        operation->kind.Reset();
+        absorbed.add(*operation);
     }
-    removeOperations(network, [&](const OperationT& operation) { return folded.count(&operation) > 0; });
-    return !folded.empty();
+    return absorbed.remove(network);
 }
 
 } // namespace scribo::builder

@@ -2,7 +2,6 @@
 #include "scalaraffine.h"
 
 #include <cmath>
-#include <set>
 
 namespace scribo::builder {
 
@@ -21,7 +20,7 @@ std::optional<format::ActivationT> scaledBy(const ScalarAffine& affine, format::
 
 bool scaleActivations(NetworkT& network)
 {
-    std::set<const OperationT*> folded;
+    AbsorbedOperations absorbed;
     for (const auto& operation : network.operations) {
         std::size_t position = 0;
         const auto affine = scalarAffine(network, *operation, &position);
@@ -36,13 +35,9 @@ bool scaleActivations(NetworkT& network)
             continue;
         }
         *producer->kind.AsActivation() = *scaled;
-        folded.insert(operation.get());
-        // It must not be counted as a reader any more.
-        operation->inputs.clear();
-        operation->kind.Reset();
+        absorbed.add(*operation);
     }
-    removeOperations(network, [&](const OperationT& operation) { return folded.count(&operation) > 0; });
-    return !folded.empty();
+    return absorbed.remove(network);
 }
 
 } // namespace scribo::builder
