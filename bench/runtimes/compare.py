@@ -6,6 +6,7 @@ import pathlib
 import statistics
 import subprocess
 import sys
+import time
 
 import numpy as np
 import onnx
@@ -16,6 +17,7 @@ from worker import Worker
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 REPEATS = 3       # runs of a runtime in its turn
+REST = 0.02       # seconds before a turn, so that the other's threads no longer look for work
 TOLERANCE = 1e-3  # of a score
 
 
@@ -48,7 +50,7 @@ def start(name, threads, build):
         'onnxruntime': ['node', HERE / 'onnxruntime_worker.js', build / 'bench-peers/node_modules', threads],
         'opencv': ['/usr/bin/python3', '-B', HERE / 'opencv_worker.py', threads],
     }[name]
-    return Worker(name, [str(word) for word in command])
+    return Worker(name, [str(word) for word in command], {'SCRIBO_THREADS': str(threads)})
 
 
 def make_engine(model, build, work):
@@ -85,6 +87,7 @@ class Width:
         self.times[runtime.name] = []
 
     def measure(self, runtime):
+        time.sleep(REST)
         self.times[runtime.name] += self.turn(runtime, REPEATS)
 
     def disagreement(self, name):

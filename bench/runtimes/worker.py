@@ -9,15 +9,17 @@ INPUT and OUTPUT are files of float32 values; OUTPUT is what the last repeat ret
 is not timed.
 """
 
+import os
 import subprocess
 
 
 class Worker:
-    """Owns the process; `close` ends it."""
+    """Owns the process; `close` ends it. `settings` go into its environment."""
 
-    def __init__(self, name, command):
+    def __init__(self, name, command, settings):
         self.name = name
-        self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                        env={**os.environ, **settings})
 
     def ask(self, *words):
         """The answer in milliseconds, a list. RuntimeError when the worker has died."""

@@ -67,7 +67,7 @@ bool overlap(const void* a, std::size_t aSize, const void* b, std::size_t bSize)
 Context::Context(std::shared_ptr<Model> source, nvinfer1::ILogger& reports)
     : model(std::move(source))
     , logger(reports)
-    , processorStream(model->engine())
+    , runner(model->engine())
 {
 }
 
@@ -211,9 +211,8 @@ bool Context::run(void* const* bindings, cudaStream_t stream, std::string* error
     if (!checkBuffers(bindings, error)) {
         return false;
     }
-    const SingleThread single;
     current->bind(arena->data(), bindings);
-    current->run(processorStream);
+    runner.run(*current);
     return true;
 }
 

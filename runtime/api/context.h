@@ -4,6 +4,7 @@
 
 #include "plan/model.h"
 #include "plan/plancache.h"
+#include "plan/runner.h"
 
 #include <atomic>
 #include <memory>
@@ -34,7 +35,7 @@ private:
 
     std::shared_ptr<Model> model;
     nvinfer1::ILogger& logger;
-    dnnl::stream processorStream;
+    Runner runner;
     PlanCache plans;
     /// The plan of the width that is set; null before one is.
     Plan* current = nullptr;

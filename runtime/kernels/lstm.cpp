@@ -134,23 +134,22 @@ StepKernels stepKernels(int block)
 
 } // namespace
 
-void runLstm(const LstmShape& shape, const float* inputs, const float* weights, float* state, float* result)
+void runLstm(const LstmShape& shape, std::int64_t direction, const float* inputs, const float* weights, float* state,
+    float* result)
 {
     const StepKernels kernels = stepKernels(shape.block);
     const std::int64_t size = shape.blocks() * shape.block;
-    float* const hidden = state;
-    float* const cell = state + size;
+    float* const hidden = state + direction * shape.stateSize();
+    float* const cell = hidden + size;
     float* const sums = cell + size;
-    for (std::int64_t direction = 0; direction < shape.directions; ++direction) {
-        std::fill_n(state, 2 * size, 0.0F);
-        const bool backwards = direction == 1 || shape.backwards;
-        for (std::int64_t i = 0; i < shape.steps; ++i) {
-            const std::int64_t at = (backwards ? shape.steps - 1 - i : i) * shape.directions + direction;
-            kernels.sum(shape, inputs + at * shape.gateRow(), weights, hidden, sums);
-            kernels.update(shape, sums, cell, hidden);
-            std::copy_n(hidden, shape.hidden, result + at * shape.hidden);
-        }
-        weights += shape.gateRow() * shape.hidden;
+    weights += direction * shape.gateRow() * shape.hidden;
+    std::fill_n(hidden, 2 * size, 0.0F);
+    const bool backwards = direction == 1 || shape.backwards;
+    for (std::int64_t i = 0; i < shape.steps; ++i) {
+        const std::int64_t at = (backwards ? shape.steps - 1 - i : i) * shape.directions + direction;
+        kernels.sum(shape, inputs + at * shape.gateRow(), weights, hidden, sums);
+        kernels.update(shape, sums, cell, hidden);
+        std::copy_n(hidden, shape.hidden, result + at * shape.hidden);
     }
 }
 

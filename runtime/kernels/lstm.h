@@ -23,7 +23,7 @@ struct LstmShape
 
     std::int64_t blocks() const { return (hidden + block - 1) / block; }
     std::int64_t gateRow() const { return blocks() * block * gates; } ///< gates of a direction
-    std::int64_t stateSize() const { return (2 + gates) * blocks() * block; } ///< floats that a run needs
+    std::int64_t stateSize() const { return (2 + gates) * blocks() * block; } ///< floats that a direction needs
 };
 
 /// Rows of gates as ONNX has them (directions x gates x hidden x `columns`) with the gates in blocks: directions x
@@ -34,8 +34,10 @@ std::vector<float> lstmBias(const LstmShape& shape, const float* biases);
 /// ONNX's recurrent weights (directions x gates x hidden x hidden) in the order in which a step uses them.
 std::vector<float> recurrentInOrder(const LstmShape& shape, const float* weights);
 
-/// `inputs`: steps x directions x gateRow, what inputs and biases add. `weights`: from recurrentInOrder(). `state`:
-/// stateSize() floats of room. `result`: steps x directions x hidden. The states before the first step are zeros.
-void runLstm(const LstmShape& shape, const float* inputs, const float* weights, float* state, float* result);
+/// Runs one direction. `inputs`: steps x directions x gateRow, what inputs and biases add. `weights`: from
+/// recurrentInOrder(). `state`: directions x stateSize() floats of room. `result`: steps x directions x hidden. The
+/// states before the first step are zeros.
+void runLstm(const LstmShape& shape, std::int64_t direction, const float* inputs, const float* weights, float* state,
+    float* result);
 
 } // namespace scribo::cpu

@@ -22,47 +22,47 @@ SCRIBO_INLINE Span spanOf(const PoolWindow& window, std::int64_t index, std::int
 }
 
 template <class Vector>
-SCRIBO_INLINE void pool(const MaxPoolingShape& shape, const float* source, float* result)
+SCRIBO_INLINE void pool(const MaxPoolingShape& shape, std::int64_t index, const float* source, float* result)
 {
     constexpr std::int64_t block = lanes<Vector>;
     const std::int64_t rowSize = shape.columns * block;
-    for (std::int64_t blocks = shape.blocks; blocks-- > 0; source += shape.rows * rowSize) {
-        for (std::int64_t y = 0; y < shape.resultRows; ++y) {
-            const Span rows = spanOf(shape.down, y, shape.rows);
-            for (std::int64_t x = 0; x < shape.resultColumns; ++x, result += block) {
-                const Span columns = spanOf(shape.across, x, shape.columns);
-                const float* row = source + rows.begin * rowSize;
-                Vector most = load<Vector>(row + columns.begin * block);
-                for (std::int64_t i = rows.begin; i < rows.end; ++i, row += rowSize) {
-                    for (std::int64_t column = columns.begin; column < columns.end; ++column) {
-                        most = larger(load<Vector>(row + column * block), most);
-                    }
+    source += index * shape.rows * rowSize;
+    result += index * shape.resultRows * shape.resultColumns * block;
+    for (std::int64_t y = 0; y < shape.resultRows; ++y) {
+        const Span rows = spanOf(shape.down, y, shape.rows);
+        for (std::int64_t x = 0; x < shape.resultColumns; ++x, result += block) {
+            const Span columns = spanOf(shape.across, x, shape.columns);
+            const float* row = source + rows.begin * rowSize;
+            Vector most = load<Vector>(row + columns.begin * block);
+            for (std::int64_t i = rows.begin; i < rows.end; ++i, row += rowSize) {
+                for (std::int64_t column = columns.begin; column < columns.end; ++column) {
+                    most = larger(load<Vector>(row + column * block), most);
                 }
-                store(result, most);
             }
+            store(result, most);
         }
     }
 }
 
-void pool8(const MaxPoolingShape& shape, const float* source, float* result)
+void pool8(const MaxPoolingShape& shape, std::int64_t index, const float* source, float* result)
 {
-    pool<Float8>(shape, source, result);
+    pool<Float8>(shape, index, source, result);
 }
 
-void pool16(const MaxPoolingShape& shape, const float* source, float* result)
+void pool16(const MaxPoolingShape& shape, std::int64_t index, const float* source, float* result)
 {
-    pool<Float16>(shape, source, result);
+    pool<Float16>(shape, index, source, result);
 }
 
 #if SCRIBO_X86
-SCRIBO_AVX2 void pool8Avx2(const MaxPoolingShape& shape, const float* source, float* result)
+SCRIBO_AVX2 void pool8Avx2(const MaxPoolingShape& shape, std::int64_t index, const float* source, float* result)
 {
-    pool<Float8>(shape, source, result);
+    pool<Float8>(shape, index, source, result);
 }
 
-SCRIBO_AVX512 void pool16Avx512(const MaxPoolingShape& shape, const float* source, float* result)
+SCRIBO_AVX512 void pool16Avx512(const MaxPoolingShape& shape, std::int64_t index, const float* source, float* result)
 {
-    pool<Float16>(shape, source, result);
+    pool<Float16>(shape, index, source, result);
 }
 #endif
 

@@ -16,7 +16,8 @@ struct MaxPoolingShape
     std::int64_t resultRows, resultColumns;
 };
 
-using MaxPooling = void (*)(const MaxPoolingShape& shape, const float* source, float* result);
+/// One of the blocks of channels: `source` and `result` are where the whole begins.
+using MaxPooling = void (*)(const MaxPoolingShape& shape, std::int64_t index, const float* source, float* result);
 
 /// The fastest for blocks of `block` channels on this processor.
 MaxPooling maxPooling(int block);

@@ -154,8 +154,8 @@ bool addBlockedMaximum(PlanBuilder& plan, const Geometry& pooling)
     const MaxPoolingShape shape{block, extents[0] * ((extents[1] + block - 1) / block), pooling.windows[0],
         pooling.windows[1], pooling.source[0], pooling.source[1], pooling.result[0], pooling.result[1]};
     const Operand result = plan.result(plan.output(0), blockedLayout(plan.shape(plan.output(0)), block));
-    plan.addKernel({source.buffer, result.buffer},
-        [shape, kernel = maxPooling(block)](float* const* at) { kernel(shape, at[0], at[1]); });
+    plan.addKernel({source.buffer, result.buffer}, static_cast<int>(shape.blocks),
+        [shape, kernel = maxPooling(block)](float* const* at, int index) { kernel(shape, index, at[0], at[1]); });
     return true;
 }
 

@@ -145,6 +145,9 @@ bool isPlainLstm(const PlanBuilder& plan, const Layer& layer)
         && layer.last.is_zero();
 }
 
+/// Into how many parts the product before a recurrence is shared: few, because each reads all inputs again.
+constexpr std::int64_t projectionParts = 4;
+
 /// What the inputs and the biases add to the gates of all steps, in the kernel's order.
 BufferId projectInputs(PlanBuilder& plan, const LstmShape& shape, std::int64_t inputs)
 {
@@ -165,10 +168,12 @@ BufferId projectInputs(PlanBuilder& plan, const LstmShape& shape, std::int64_t i
         return Weights{biasLayout, nullptr, std::move(sums)};
     });
     const BufferId projected = plan.scratch(static_cast<std::size_t>(shape.steps * columns) * sizeof(float));
-    plan.addKernel({plan.plainOperand(plan.input(0)).buffer, projected},
-        [product, weights, bias, kernel = multiplyRows(shape.block)](float* const* at) {
-            kernel(product, at[0], static_cast<const float*>(weights.get_data_handle()),
-                static_cast<const float*>(bias.get_data_handle()), at[1]);
+    const std::int64_t parts = std::min<std::int64_t>(product.vectors, projectionParts);
+    plan.addKernel({plan.plainOperand(plan.input(0)).buffer, projected}, static_cast<int>(parts),
+        [product, parts, weights, bias, kernel = multiplyRows(shape.block)](float* const* at, int index) {
+            const ColumnPart part = columnPart(product, index, parts);
+            kernel(part.product, at[0], static_cast<const float*>(weights.get_data_handle()) + part.weight,
+                static_cast<const float*>(bias.get_data_handle()) + part.bias, at[1] + part.result);
         });
     return projected;
 }
@@ -183,12 +188,13 @@ void addPlainLstm(PlanBuilder& plan, const Layer& layer)
     const dnnl::memory weights = plan.weights(DNNL_ARG_WEIGHTS_1, ordered, [&] {
         return Weights{ordered, nullptr, recurrentInOrder(shape, plan.constant(plan.input(2)))};
     });
-    const BufferId state = plan.scratch(static_cast<std::size_t>(shape.stateSize()) * sizeof(float));
+    const BufferId state = plan.scratch(static_cast<std::size_t>(shape.directions * shape.stateSize()) * sizeof(float));
     PlanBuilder::Argument result{DNNL_ARG_DST_LAYER, -1, layer.result};
     placeSequence(plan, layer, &result);
-    plan.addKernel({projected, state, result.buffer}, [shape, weights](float* const* at) {
-        runLstm(shape, at[0], static_cast<const float*>(weights.get_data_handle()), at[1], at[2]);
-    });
+    plan.addKernel({projected, state, result.buffer}, static_cast<int>(shape.directions),
+        [shape, weights](float* const* at, int direction) {
+            runLstm(shape, direction, at[0], static_cast<const float*>(weights.get_data_handle()), at[1], at[2]);
+        });
 }
 
 } // namespace

@@ -138,6 +138,18 @@ std::vector<float> weightsInOrder(const RowProduct& product, const float* weight
     return ordered;
 }
 
+ColumnPart columnPart(const RowProduct& product, std::int64_t index, std::int64_t parts)
+{
+    // Weights of vectors that are multiplied at once lie together, so that parts begin between such groups.
+    const std::int64_t groups = (product.vectors + vectorsAtOnce - 1) / vectorsAtOnce;
+    const std::int64_t begin = index * groups / parts * vectorsAtOnce;
+    const std::int64_t end = std::min((index + 1) * groups / parts * vectorsAtOnce, product.vectors);
+    ColumnPart part{
+        product, begin * product.inner * product.lanes, begin * product.lanes, begin * product.resultVector};
+    part.product.vectors = end - begin;
+    return part;
+}
+
 MultiplyRows multiplyRows(int lanes)
 {
 #if SCRIBO_X86

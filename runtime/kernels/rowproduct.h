@@ -32,6 +32,18 @@ struct RowProduct
 /// so on.
 std::vector<float> weightsInOrder(const RowProduct& product, const float* weights);
 
+/// Some neighbouring columns of a product, and how many floats into its weights, bias and result they begin.
+struct ColumnPart
+{
+    RowProduct product;
+    std::int64_t weight;
+    std::int64_t bias;
+    std::int64_t result;
+};
+
+/// The part `index` of the `parts` into which the columns of `product` are shared; it may be empty.
+ColumnPart columnPart(const RowProduct& product, std::int64_t index, std::int64_t parts);
+
 /// `bias` is added to every row (`vectors` vectors); null for none.
 using MultiplyRows
     = void (*)(const RowProduct& product, const float* source, const float* weights, const float* bias, float* result);

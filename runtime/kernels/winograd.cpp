@@ -79,66 +79,66 @@ SCRIBO_INLINE void loadRow(const float* row, std::int64_t left, std::int64_t col
 }
 
 template <class Vector>
-SCRIBO_INLINE void spread(const WinogradShape& shape, const float* source, float* layers)
+SCRIBO_INLINE void spread(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
 {
     constexpr std::int64_t block = lanes<Vector>;
     const std::int64_t layerSize = shape.channels * shape.tiles();
+    source += index * shape.rows * shape.columns * block;
+    layers += index * shape.tiles() * block;
     Vector values[tile * tile];
-    for (std::int64_t blocks = shape.channels / block; blocks-- > 0; source += shape.rows * shape.columns * block) {
-        for (std::int64_t down = 0; down < shape.tilesDown(); ++down) {
-            for (std::int64_t across = 0; across < shape.tilesAcross(); ++across, layers += block) {
-                for (std::int64_t i = 0; i < tile; ++i) {
-                    const std::int64_t row = down * step - shape.padTop + i;
-                    const bool inside = row >= 0 && row < shape.rows;
-                    loadRow(inside ? source + row * shape.columns * block : nullptr, across * step - shape.padLeft,
-                        shape.columns, values + i * tile);
-                    spreadSix(values + i * tile, values + i * tile, 1);
-                }
-                for (int i = 0; i < tile; ++i) {
-                    spreadSix(values + i, values + i, tile);
-                }
-                for (std::int64_t i = 0; i < tile * tile; ++i) {
-                    store(layers + i * layerSize, values[i]);
-                }
+    for (std::int64_t down = 0; down < shape.tilesDown(); ++down) {
+        for (std::int64_t across = 0; across < shape.tilesAcross(); ++across, layers += block) {
+            for (std::int64_t i = 0; i < tile; ++i) {
+                const std::int64_t row = down * step - shape.padTop + i;
+                const bool inside = row >= 0 && row < shape.rows;
+                loadRow(inside ? source + row * shape.columns * block : nullptr, across * step - shape.padLeft,
+                    shape.columns, values + i * tile);
+                spreadSix(values + i * tile, values + i * tile, 1);
+            }
+            for (int i = 0; i < tile; ++i) {
+                spreadSix(values + i, values + i, tile);
+            }
+            for (std::int64_t i = 0; i < tile * tile; ++i) {
+                store(layers + i * layerSize, values[i]);
             }
         }
     }
 }
 
 template <class Vector>
-SCRIBO_INLINE void gather(const WinogradShape& shape, const float* layers, const float* bias, bool relu, float* result)
+SCRIBO_INLINE void gather(
+    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result)
 {
     constexpr std::int64_t block = lanes<Vector>;
     const std::int64_t layerSize = shape.filters * shape.tiles();
+    layers += index * shape.tiles() * block;
+    result += index * shape.resultRows * shape.resultColumns * block;
+    const Vector offset = load<Vector>(bias + index * block);
     // Without rectification everything is above the floor.
     const auto floor = splat<Vector>(relu ? 0.0F : -std::numeric_limits<float>::infinity());
     Vector values[tile * tile];
     Vector half[step * tile];
     Vector done[step * step];
-    for (std::int64_t blocks = shape.filters / block; blocks-- > 0; bias += block) {
-        const Vector offset = load<Vector>(bias);
-        for (std::int64_t top = 0; top < shape.resultRows; top += step) {
-            for (std::int64_t left = 0; left < shape.resultColumns; left += step, layers += block) {
-                for (std::int64_t i = 0; i < tile * tile; ++i) {
-                    values[i] = load<Vector>(layers + i * layerSize);
-                }
-                for (int i = 0; i < tile; ++i) {
-                    gatherSix(values + i, tile, half + i, tile);
-                }
-                for (int i = 0; i < step; ++i) {
-                    gatherSix(half + i * tile, 1, done + i * step, 1);
-                }
-                const std::int64_t rows = std::min(step, shape.resultRows - top);
-                const std::int64_t columns = std::min(step, shape.resultColumns - left);
-                for (std::int64_t y = 0; y < rows; ++y) {
-                    float* row = result + ((top + y) * shape.resultColumns + left) * block;
-                    for (std::int64_t x = 0; x < columns; ++x) {
-                        store(row + x * block, larger(done[y * step + x] + offset, floor));
-                    }
+    for (std::int64_t top = 0; top < shape.resultRows; top += step) {
+        for (std::int64_t left = 0; left < shape.resultColumns; left += step, layers += block) {
+            for (std::int64_t i = 0; i < tile * tile; ++i) {
+                values[i] = load<Vector>(layers + i * layerSize);
+            }
+            for (int i = 0; i < tile; ++i) {
+                gatherSix(values + i, tile, half + i, tile);
+            }
+            for (int i = 0; i < step; ++i) {
+                gatherSix(half + i * tile, 1, done + i * step, 1);
+            }
+            const std::int64_t rows = std::min(step, shape.resultRows - top);
+            const std::int64_t columns = std::min(step, shape.resultColumns - left);
+            for (std::int64_t y = 0; y < rows; ++y) {
+                float* row = result + ((top + y) * shape.resultColumns + left) * block;
+                for (std::int64_t x = 0; x < columns; ++x) {
+                    store(row + x * block, larger(done[y * step + x] + offset, floor));
                 }
             }
         }
-        result += shape.resultRows * shape.resultColumns * block;
     }
 }
 
@@ -169,47 +169,49 @@ void transformFilters(const float* filters, std::int64_t count, float* layers, s
     }
 }
 
-void spread8(const WinogradShape& shape, const float* source, float* layers)
+void spread8(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
 {
-    spread<Float8>(shape, source, layers);
+    spread<Float8>(shape, index, source, layers);
 }
 
-void gather8(const WinogradShape& shape, const float* layers, const float* bias, bool relu, float* result)
+void gather8(
+    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result)
 {
-    gather<Float8>(shape, layers, bias, relu, result);
+    gather<Float8>(shape, index, layers, bias, relu, result);
 }
 
-void spread16(const WinogradShape& shape, const float* source, float* layers)
+void spread16(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
 {
-    spread<Float16>(shape, source, layers);
+    spread<Float16>(shape, index, source, layers);
 }
 
-void gather16(const WinogradShape& shape, const float* layers, const float* bias, bool relu, float* result)
+void gather16(
+    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result)
 {
-    gather<Float16>(shape, layers, bias, relu, result);
+    gather<Float16>(shape, index, layers, bias, relu, result);
 }
 
 #if SCRIBO_X86
-SCRIBO_AVX2 void spread8Avx2(const WinogradShape& shape, const float* source, float* layers)
+SCRIBO_AVX2 void spread8Avx2(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
 {
-    spread<Float8>(shape, source, layers);
+    spread<Float8>(shape, index, source, layers);
 }
 
 SCRIBO_AVX2 void gather8Avx2(
-    const WinogradShape& shape, const float* layers, const float* bias, bool relu, float* result)
+    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result)
 {
-    gather<Float8>(shape, layers, bias, relu, result);
+    gather<Float8>(shape, index, layers, bias, relu, result);
 }
 
-SCRIBO_AVX512 void spread16Avx512(const WinogradShape& shape, const float* source, float* layers)
+SCRIBO_AVX512 void spread16Avx512(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
 {
-    spread<Float16>(shape, source, layers);
+    spread<Float16>(shape, index, source, layers);
 }
 
 SCRIBO_AVX512 void gather16Avx512(
-    const WinogradShape& shape, const float* layers, const float* bias, bool relu, float* result)
+    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result)
 {
-    gather<Float16>(shape, layers, bias, relu, result);
+    gather<Float16>(shape, index, layers, bias, relu, result);
 }
 #endif
 

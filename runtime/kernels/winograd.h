@@ -35,11 +35,13 @@ struct WinogradShape
 std::vector<float> winogradWeights(
     const WinogradShape& shape, const float* weights, std::int64_t filters, std::int64_t channels);
 
+// Both transforms work on one block of channels, the `index`-th; the addresses are where the whole begins.
+
 /// B' d B of every tile d of the source; outside the source lie zeros.
-using WinogradSpread = void (*)(const WinogradShape& shape, const float* source, float* layers);
+using WinogradSpread = void (*)(const WinogradShape& shape, std::int64_t index, const float* source, float* layers);
 /// A' m A of every tile m of the second stack, plus `bias` (`filters` floats); below 0 made 0 where `relu` is set.
-using WinogradGather
-    = void (*)(const WinogradShape& shape, const float* layers, const float* bias, bool relu, float* result);
+using WinogradGather = void (*)(
+    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result);
 
 /// The fastest of either for blocks of `block` channels on this processor.
 WinogradSpread winogradSpread(int block);

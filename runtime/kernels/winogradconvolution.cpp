@@ -118,20 +118,21 @@ bool addWinogradConvolution(PlanBuilder& plan, const format::Convolution& convol
     const BufferId spread = plan.scratch(stackSize(shape, shape.channels));
     const BufferId products = plan.scratch(stackSize(shape, shape.filters));
 
-    plan.addKernel({source.buffer, spread},
-        [shape, transform = winogradSpread(block)](float* const* at) { transform(shape, at[0], at[1]); });
-    plan.addKernel({spread, products}, [shape, weights, multiply = multiplyRows(block)](float* const* at) {
-        const RowProduct product = layerProduct(shape);
-        const auto* layerWeights = static_cast<const float*>(weights.get_data_handle());
-        for (std::int64_t layer = 0; layer < WinogradShape::layers; ++layer) {
+    plan.addKernel({source.buffer, spread}, static_cast<int>(shape.channels / block),
+        [shape, transform = winogradSpread(block)](
+            float* const* at, int index) { transform(shape, index, at[0], at[1]); });
+    plan.addKernel({spread, products}, static_cast<int>(WinogradShape::layers),
+        [shape, weights, multiply = multiplyRows(block)](float* const* at, int layer) {
+            const RowProduct product = layerProduct(shape);
+            const auto* layerWeights = static_cast<const float*>(weights.get_data_handle());
             multiply(product, at[0] + layer * shape.channels * shape.tiles(),
                 layerWeights + layer * product.weightCount(), nullptr, at[1] + layer * shape.filters * shape.tiles());
-        }
-    });
+        });
     const bool relu = !elementFunctions(convolution.activation()).empty();
-    plan.addKernel({products, result.buffer}, [shape, bias, relu, transform = winogradGather(block)](float* const* at) {
-        transform(shape, at[0], static_cast<const float*>(bias.get_data_handle()), relu, at[1]);
-    });
+    plan.addKernel({products, result.buffer}, static_cast<int>(shape.filters / block),
+        [shape, bias, relu, transform = winogradGather(block)](float* const* at, int index) {
+            transform(shape, index, at[0], static_cast<const float*>(bias.get_data_handle()), relu, at[1]);
+        });
     return true;
 }
 

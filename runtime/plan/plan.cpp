@@ -30,10 +30,10 @@ void Plan::bind(void* arena, void* const* bindings)
     bound = std::move(wanted);
 }
 
-void Plan::run(dnnl::stream& stream)
+void Plan::run(dnnl::stream& stream, const Crew& crew)
 {
     for (const Entry& entry : steps) {
-        entry.step->run(stream);
+        entry.step->run(stream, crew);
     }
     stream.wait();
 }
@@ -44,7 +44,7 @@ std::vector<double> Plan::profile(dnnl::stream& stream)
     std::vector<double> spent;
     for (const Entry& entry : steps) {
         const Clock::time_point start = Clock::now();
-        entry.step->run(stream);
+        entry.step->run(stream, Crew());
         stream.wait();
         const auto operation = static_cast<std::size_t>(entry.operation);
         spent.resize(std::max(spent.size(), operation + 1));

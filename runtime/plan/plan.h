@@ -4,6 +4,7 @@
 #include "step.h"
 
 #include "graph/value.h"
+#include "threads/threadchoice.h"
 
 #include <memory>
 #include <vector>
@@ -29,11 +30,14 @@ public:
     /// Makes the following runs work in `arena` (arenaSize() bytes, cache line aligned) and on
     /// `bindings`, one address for each binding. Cheap when nothing has changed.
     void bind(void* arena, void* const* bindings);
-    /// Carries out the steps. All results are there when it returns. Throws dnnl::error.
-    void run(dnnl::stream& stream);
-    /// The same step by step, and how many microseconds were spent on each operation of the network; the last
-    /// element is for what follows them. Throws dnnl::error and std::bad_alloc.
+    /// Carries out the steps. All results are there when it returns, the same ones whoever was in the crew. Throws
+    /// dnnl::error.
+    void run(dnnl::stream& stream, const Crew& crew);
+    /// The same on the calling thread step by step, and how many microseconds were spent on each operation of the
+    /// network; the last element is for what follows them. Throws dnnl::error and std::bad_alloc.
     std::vector<double> profile(dnnl::stream& stream);
+    /// How its runs go best; kept by whoever runs it.
+    ThreadChoice& threadChoice() { return choice; }
 
 private:
     friend class PlanBuilder;
@@ -57,6 +61,7 @@ private:
     std::vector<AlignedBuffer> fixed;
     /// The addresses that the steps are bound to: arena, then bindings.
     std::vector<void*> bound;
+    ThreadChoice choice;
 };
 
 } // namespace scribo::cpu

@@ -297,10 +297,15 @@ void PlanBuilder::addPrimitive(const dnnl::primitive& primitive, const Layout& s
     addStep(std::make_unique<PrimitiveStep>(primitive, std::move(arguments), std::move(fixed), engine()), used);
 }
 
-void PlanBuilder::addKernel(std::vector<BufferId> buffers, KernelStep::Kernel kernel)
+void PlanBuilder::addKernel(std::vector<BufferId> buffers, int parts, KernelStep::Kernel kernel)
 {
     const std::vector<BufferId> used = buffers;
-    addStep(std::make_unique<KernelStep>(std::move(buffers), std::move(kernel)), used);
+    addStep(std::make_unique<KernelStep>(std::move(buffers), parts, std::move(kernel)), used);
+}
+
+void PlanBuilder::addKernel(std::vector<BufferId> buffers, std::function<void(float* const* operands)> kernel)
+{
+    addKernel(std::move(buffers), 1, [kernel = std::move(kernel)](float* const* operands, int) { kernel(operands); });
 }
 
 void PlanBuilder::addReorder(const Operand& from, const Operand& to)
@@ -315,7 +320,7 @@ void PlanBuilder::addStep(std::unique_ptr<Step> step, const std::vector<BufferId
 {
     if (std::all_of(used.begin(), used.end(), [this](BufferId buffer) { return isFixed(buffer); })) {
         step->bind(Addresses(plan->buffers, nullptr, nullptr));
-        step->run(stream);
+        step->run(stream, Crew());
         stream.wait();
         return;
     }

@@ -2,6 +2,8 @@
 
 #include "buffer.h"
 
+#include "threads/helper.h"
+
 #include <oneapi/dnnl/dnnl.hpp>
 
 #include <functional>
@@ -11,13 +13,14 @@
 
 namespace scribo::cpu {
 
-/// One piece of a run. Bound to addresses before its first run and whenever they change.
+/// One piece of a run. Bound to addresses before its first run and whenever they change. Its results are there when
+/// run() returns, but for those of primitives, which may still be on their way through the stream.
 class Step
 {
 public:
     virtual ~Step() = default;
     virtual void bind(const Addresses& addresses) = 0;
-    virtual void run(dnnl::stream& stream) = 0;
+    virtual void run(dnnl::stream& stream, const Crew& crew) = 0;
 };
 
 /// A oneDNN primitive.
@@ -49,7 +52,7 @@ public:
         }
     }
 
-    void run(dnnl::stream& stream) override { primitive.execute(stream, memories); }
+    void run(dnnl::stream& stream, const Crew&) override { primitive.execute(stream, memories); }
 
 private:
     dnnl::primitive primitive;
@@ -58,14 +61,16 @@ private:
     dnnl::engine engine;
 };
 
-/// A kernel of our own: gets the addresses of its buffers, in the order in which they were named.
+/// A kernel of our own: gets the addresses of its buffers, in the order in which they were named. It is called once for
+/// each of its parts, which do not depend on each other.
 class KernelStep : public Step
 {
 public:
-    using Kernel = std::function<void(float* const* operands)>;
+    using Kernel = std::function<void(float* const* operands, int part)>;
 
-    KernelStep(std::vector<BufferId> used, Kernel function)
+    KernelStep(std::vector<BufferId> used, int count, Kernel function)
         : buffers(std::move(used))
+        , parts(count)
         , kernel(std::move(function))
         , operands(buffers.size())
     {
@@ -78,10 +83,14 @@ public:
         }
     }
 
-    void run(dnnl::stream&) override { kernel(operands.data()); }
+    void run(dnnl::stream&, const Crew& crew) override
+    {
+        crew.share(parts, [this](int part) { kernel(operands.data(), part); });
+    }
 
 private:
     std::vector<BufferId> buffers;
+    int parts;
     Kernel kernel;
     std::vector<float*> operands;
 };

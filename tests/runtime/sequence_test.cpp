@@ -110,10 +110,12 @@ Array runKernel(const format::RecurrentT& layer, const Array& data, const Array&
         }
     }
     Array result = Array::zeros({shape.steps, directions, 1, layer.hidden_size});
-    std::vector<float> state(static_cast<std::size_t>(shape.stateSize()), 7.0F);
+    std::vector<float> state(static_cast<std::size_t>(directions * shape.stateSize()), 7.0F);
     std::vector<float> natural(result.data.size());
-    cpu::runLstm(shape, projected.data(), cpu::recurrentInOrder(shape, recurrent.data.data()).data(), state.data(),
-        natural.data());
+    const std::vector<float> ordered = cpu::recurrentInOrder(shape, recurrent.data.data());
+    for (std::int64_t direction = 0; direction < directions; ++direction) {
+        cpu::runLstm(shape, direction, projected.data(), ordered.data(), state.data(), natural.data());
+    }
     result.data = natural; // steps x directions x hidden, as with a batch of one
     return result;
 }

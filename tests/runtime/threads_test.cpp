@@ -1,4 +1,7 @@
 #include "operationcase.h"
+#include "threadsvariable.h"
+
+#include "threads/processors.h"
 
 #include <algorithm>
 #include <atomic>
@@ -148,20 +151,61 @@ TEST(Threads, EnginesRunSideBySide)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(Threads, ARunStartsNoOthers)
+/// A network whose every kind of kernel works in several parts.
+std::vector<std::uint8_t> sharedNetwork()
+{
+    return smallCrnn(format::CellKind::Lstm, 40, 1, 64, 64).bytes(8, 640);
+}
+
+TEST(Threads, ARunGivesTheSameWithAndWithoutTheHelper)
+{
+    const std::vector<std::uint8_t> bytes = sharedNetwork();
+    Session session(bytes);
+    std::mt19937 random(runSeed());
+    for (const int width : {8, 97, 640}) {
+        const Array picture{{1, 3, 16, width}, randomFloats(random, 3 * 16 * width)};
+        const std::vector<float> first = session.run(picture).front().data;
+        // The trial takes turns; afterwards it is one of the two.
+        for (int run = 0; run < 30; ++run) {
+            EXPECT_EQ(session.run(picture).front().data, first) << "width " << width << ", run " << run;
+        }
+    }
+}
+
+/// Runs more than a trial, so that the helper has been called where it can be had.
+void runOften(Session* session)
+{
+    std::mt19937 random(1);
+    for (const int width : {640, 100}) {
+        for (int run = 0; run < 12; ++run) {
+            EXPECT_EQ(session->run({{1, 3, 16, width}, randomFloats(random, 3 * 16 * width)}).size(), 1U);
+        }
+    }
+}
+
+TEST(Threads, TheHelperIsTheOnlyOtherAndEndsWithTheLastContext)
 {
     // A sanitizer starts a thread of its own with the program's first.
     std::thread([] {}).join();
     const int before = fewestThreads();
-    std::thread worker([] {
-        NetworkMaker maker = smallCrnn(format::CellKind::Lstm, 40, 1, 64, 64);
-        Session session(maker.bytes(8, 640));
-        std::mt19937 random(1);
-        for (const int width : {640, 100}) {
-            EXPECT_EQ(session.run({{1, 3, 16, width}, randomFloats(random, 3 * 16 * width)}).size(), 1U);
-        }
-    });
-    worker.join();
+    {
+        Session session(sharedNetwork());
+        EXPECT_EQ(fewestThreads(), before);
+        runOften(&session);
+        Session another(sharedNetwork());
+        runOften(&another);
+        EXPECT_EQ(fewestThreads(), before + (cpu::usableProcessors() > 1 ? 1 : 0));
+    }
+    EXPECT_EQ(fewestThreads(), before);
+}
+
+TEST(Threads, WithOneProcessorARunStartsNoOthers)
+{
+    std::thread([] {}).join();
+    const int before = fewestThreads();
+    const ThreadsVariable one("1");
+    Session session(sharedNetwork());
+    runOften(&session);
     EXPECT_EQ(fewestThreads(), before);
 }
 

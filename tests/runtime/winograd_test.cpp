@@ -119,12 +119,17 @@ TEST(Winograd, TransformsMakeTheConvolution)
         const WinogradShape shape{block, data.shape[1], (filters + block - 1) / block * block, data.shape[2],
             data.shape[3], expected.shape[2], expected.shape[3], convolution.pads[0], convolution.pads[1]};
         std::vector<float> spread(static_cast<std::size_t>(WinogradShape::layers * shape.channels * shape.tiles()));
-        cpu::winogradSpread(block)(shape, inBlocks(data, block).data(), spread.data());
+        const std::vector<float> source = inBlocks(data, block);
+        for (std::int64_t i = 0; i < shape.channels / block; ++i) {
+            cpu::winogradSpread(block)(shape, i, source.data(), spread.data());
+        }
         const std::vector<float> products
             = layerProducts(shape, spread, cpu::winogradWeights(shape, weights.data.data(), filters, data.shape[1]));
         std::vector<float> result(static_cast<std::size_t>(shape.filters * shape.resultRows * shape.resultColumns));
         const std::vector<float> padded = inBlocks({{1, filters, 1, 1}, bias.data}, block);
-        cpu::winogradGather(block)(shape, products.data(), padded.data(), false, result.data());
+        for (std::int64_t i = 0; i < shape.filters / block; ++i) {
+            cpu::winogradGather(block)(shape, i, products.data(), padded.data(), false, result.data());
+        }
         const std::vector<float> wanted = inBlocks(expected, block);
         expectClose({{shape.filters * shape.resultRows * shape.resultColumns}, result},
             {{shape.filters * shape.resultRows * shape.resultColumns}, wanted}, tolerance);
@@ -141,11 +146,11 @@ TEST(Winograd, AWeightOfOneInTheMiddleCopies)
     std::vector<float> source(8 * 5 * 7);
     std::iota(source.begin(), source.end(), -100.0F);
     std::vector<float> spread(static_cast<std::size_t>(WinogradShape::layers * 8 * shape.tiles()));
-    cpu::winogradSpread(8)(shape, source.data(), spread.data());
+    cpu::winogradSpread(8)(shape, 0, source.data(), spread.data());
     const std::vector<float> products = layerProducts(shape, spread, cpu::winogradWeights(shape, weights.data(), 8, 8));
     std::vector<float> result(source.size());
     const std::vector<float> bias(8);
-    cpu::winogradGather(8)(shape, products.data(), bias.data(), true, result.data());
+    cpu::winogradGather(8)(shape, 0, products.data(), bias.data(), true, result.data());
     for (std::size_t i = 0; i < source.size(); ++i) {
         EXPECT_NEAR(result[i], std::max(source[i], 0.0F), 1e-3F) << i;
     }
@@ -169,7 +174,10 @@ TEST(MaxPooling, OfBlocksEqualsItsDefinition)
             {pooling.kernel[1], pooling.strides[1], pooling.pads[1], 0, false}, data.shape[2], data.shape[3],
             expected.shape[2], expected.shape[3]};
         std::vector<float> result(expected.data.size());
-        cpu::maxPooling(block)(shape, inBlocks(data, block).data(), result.data());
+        const std::vector<float> source = inBlocks(data, block);
+        for (std::int64_t i = 0; i < shape.blocks; ++i) {
+            cpu::maxPooling(block)(shape, i, source.data(), result.data());
+        }
         EXPECT_EQ(result, inBlocks(expected, block));
     });
 }

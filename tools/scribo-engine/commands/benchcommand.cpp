@@ -11,7 +11,7 @@ namespace scribo::tool {
 
 namespace {
 
-constexpr char help[] = R"(Times an engine on this machine, one thread.
+constexpr char help[] = R"(Times an engine on this machine.
 
   scribo-engine bench ENGINE.trt [--width W]... [--runs N] [--profile]
 
@@ -20,8 +20,9 @@ constexpr char help[] = R"(Times an engine on this machine, one thread.
   --runs N     runs of each width (default 100)
   --profile    also where the time of each width goes, operation by operation
 
-For each width: its first run, planning included; median and best of the runs; the memory of its
-plan. The machine should have nothing else to do.
+For each width: its first run, planning included; median and best of the runs on one thread; the
+median on two; how many the runtime would choose; the memory of its plan. Profiles are of one
+thread. The machine should have nothing else to do.
 )";
 
 constexpr int maximumRuns = 1'000'000;
@@ -85,7 +86,7 @@ QString profileTable(const EngineReport& report, const std::vector<double>& spen
 bool timeWidths(
     EngineTimer* timer, const EngineReport* report, const QList<int>& widths, int runs, QString* text, QString* error)
 {
-    QList<QStringList> rows = {{"width", "first run", "median", "best", "plan"}};
+    QList<QStringList> rows = {{"width", "first run", "median", "best", "two threads", "choice", "plan"}};
     QString profiles;
     for (int width : widths) {
         WidthTimes times;
@@ -93,7 +94,8 @@ bool timeWidths(
             return false;
         }
         rows << QStringList{QString::number(width), millisecondsText(times.first), millisecondsText(times.median),
-            millisecondsText(times.best), bytesText(times.planBytes)};
+            millisecondsText(times.best), times.helped > 0 ? millisecondsText(times.helped) : QStringLiteral("-"),
+            countText(static_cast<std::size_t>(times.threads), "thread"), bytesText(times.planBytes)};
         if (report) {
             profiles += QStringLiteral("\nwidth %1\n").arg(width) + profileTable(*report, timer->profile(runs));
         }

@@ -19,6 +19,12 @@ double millisecondsSince(Clock::time_point start)
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
+cpu::ThreadChoice::Duration asDuration(double milliseconds)
+{
+    return std::chrono::duration_cast<cpu::ThreadChoice::Duration>(
+        std::chrono::duration<double, std::milli>(milliseconds));
+}
+
 /// Of an even number of values the upper one in the middle. Changes the order of `values`.
 double median(std::vector<double>& values)
 {
@@ -51,19 +57,38 @@ bool EngineTimer::time(int width, int runs, WidthTimes* times, QString* error)
         return false;
     }
     bind();
-    plan->run(stream);
+    plan->run(stream, cpu::Crew());
     times->first = millisecondsSince(start);
 
-    std::vector<double> spent(static_cast<std::size_t>(std::max(runs, 1)));
-    for (double& milliseconds : spent) {
-        const Clock::time_point begin = Clock::now();
-        plan->run(stream);
-        milliseconds = millisecondsSince(begin);
+    std::vector<double> alone;
+    std::vector<double> helped;
+    for (int run = 0; run < std::max(runs, 1); ++run) {
+        timeRun(false, stream, &alone, &helped);
+        timeRun(true, stream, &alone, &helped);
     }
-    times->best = *std::min_element(spent.begin(), spent.end());
-    times->median = median(spent);
+    times->best = *std::min_element(alone.begin(), alone.end());
+    times->median = median(alone);
+    if (!helped.empty()) {
+        times->helped = median(helped);
+        times->threads = cpu::ThreadChoice::isWorthwhile(asDuration(times->helped), asDuration(times->median)) ? 2 : 1;
+    }
     times->planBytes = plan->heldSize() + plan->arenaSize();
     return true;
+}
+
+/// A run, with the helper if that is wanted and to be had; its milliseconds go where they belong.
+void EngineTimer::timeRun(
+    bool wantsHelper, dnnl::stream& stream, std::vector<double>* alone, std::vector<double>* withHelper)
+{
+    const cpu::Helper::Run presence(*helper);
+    const Clock::time_point begin = Clock::now();
+    bool isHelped = false;
+    {
+        const cpu::Crew crew = wantsHelper ? cpu::Crew(presence) : cpu::Crew();
+        isHelped = crew.isHelped();
+        plan->run(stream, crew);
+    }
+    (isHelped ? withHelper : alone)->push_back(millisecondsSince(begin));
 }
 
 void EngineTimer::bind()
