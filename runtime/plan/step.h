@@ -13,8 +13,7 @@
 
 namespace scribo::cpu {
 
-/// One piece of a run. Bound to addresses before its first run and whenever they change. Its results are there when
-/// run() returns, but for those of primitives, which may still be on their way through the stream.
+/// One piece of a run. Bound to addresses before its first run and whenever they change.
 class Step
 {
 public:
