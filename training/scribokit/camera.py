@@ -60,28 +60,35 @@ def _curved(planes, curvature):
 
 
 def _coloured(planes, paint, dice, noise):
-    cover = planes.astype(np.float32) * (1 / 255)
+    """The layers painted one over the other, as floats. Colours are planes until the end: adding a mask to each of three
+    planes takes a third of the time that adding it to pixels takes."""
+    cover = [plane.astype(np.float32) for plane in cv2.split(planes)]
     shape = planes.shape[:2]
-    surface = np.empty(shape + (3,), np.float32)
-    surface[:] = paint.surface
+    picture = np.empty((3,) + shape, np.float32)
+    picture[:] = _as_planes(paint.surface)
     if paint.grain:
-        surface += (noise.field(shape, dice, dice.choice((1, 2, 4, 8))) * paint.grain)[:, :, None]
-    if cover[:, :, FAINT].any():
-        surface += cover[:, :, FAINT, None] * (np.float32(paint.faint) - surface)
-    around = cover[:, :, OUTSIDE, None]
-    if around.any():
-        outside = np.float32(paint.outside) + (noise.field(shape, dice, 8) * paint.outside_grain)[:, :, None]
-        surface += around * (outside - surface)
-    if cover[:, :, CLUTTER].any():
-        surface += cover[:, :, CLUTTER, None] * (np.float32(paint.clutter) - surface)
-    text = cover[:, :, TEXT, None]
+        picture += noise.field(shape, dice, dice.choice((1, 2, 4, 8))) * paint.grain
+    _lay(picture, cover[FAINT], _as_planes(paint.faint))
+    if cover[OUTSIDE].any():
+        _lay(picture, cover[OUTSIDE], _as_planes(paint.outside) + noise.field(shape, dice, 8) * paint.outside_grain)
+    _lay(picture, cover[CLUTTER], _as_planes(paint.clutter))
+    text = cover[TEXT]
     if paint.relief:
-        blurred = cv2.GaussianBlur(cover[:, :, TEXT], (0, 0), max(0.5, shape[0] / 40))
-        slope = np.roll(blurred, paint.relief_shift, (0, 1)) - blurred
-        surface += (slope * paint.relief)[:, :, None]
+        blurred = cv2.GaussianBlur(text, (0, 0), max(0.5, shape[0] / 40))
+        picture += (np.roll(blurred, paint.relief_shift, (0, 1)) - blurred) * (paint.relief / 255)
         text = text * paint.relief_ink
-    surface += text * (np.float32(paint.ink) - surface)
-    return surface
+    _lay(picture, text, _as_planes(paint.ink))
+    return cv2.merge(list(picture))
+
+
+def _as_planes(colour):
+    return np.float32(colour)[:, None, None]
+
+
+def _lay(picture, cover, colour):
+    """Paints a colour, or planes of colour, over the picture where `cover` (0 to 255) is."""
+    if cover.any():
+        picture += (colour - picture) * (cover * np.float32(1 / 255))
 
 
 def _lit(picture, view, dice, noise):
