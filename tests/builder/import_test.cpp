@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace {
 
 using scribo::builder::buildNetwork;
@@ -212,6 +214,24 @@ TEST(ImportConstants, ThatCannotBeRead)
     maker.graph().clear_initializer();
     maker.graph().add_sparse_initializer();
     EXPECT_THAT(problemsOf(maker), ElementsAre("the model holds sparse constants, which are not supported"));
+}
+
+TEST(ImportWeights, AreNumbers)
+{
+    const float none = std::numeric_limits<float>::quiet_NaN();
+    const float infinite = std::numeric_limits<float>::infinity();
+    ModelMaker maker;
+    maker.node("Add", {"x", "mask"}, {"masked"});
+    maker.node("Mul", {"masked", "weight"}, {"y"});
+    maker.constant("mask", {3, 1, 1}, {0, 1, -infinite});
+    maker.constant("weight", {3, 1, 1}, {1, 2, 3});
+    EXPECT_THAT(problemsOf(maker), IsEmpty());
+    maker.constant("unread", {1}, {none});
+    EXPECT_THAT(problemsOf(maker), IsEmpty());
+    ModelMaker spoilt;
+    spoilt.node("Mul", {"x", "weight"}, {"y"});
+    spoilt.constant("weight", {3, 1, 1}, {1, 2, none});
+    EXPECT_THAT(problemsOf(spoilt), ElementsAre("constant 'weight' holds a value that is not a number"));
 }
 
 TEST(ImportShapes, AreCheckedAtEveryWidth)

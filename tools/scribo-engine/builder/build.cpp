@@ -5,6 +5,9 @@
 #include "onnxmodel.h"
 #include "passes/passes.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace scribo::builder {
 
 namespace {
@@ -57,6 +60,22 @@ void fuseAll(NetworkT& network)
     removeDead(network);
 }
 
+/// Checks that every weight is a number: one that is not, from a training that went wrong, would spoil some readings
+/// and leave others. Infinite ones are in use, as masks.
+bool checkWeights(const NetworkT& network, Problems* problems)
+{
+    for (const auto& tensor : network.tensors) {
+        if (!isConstant(*tensor) || tensor->type != format::ElementType::Float32) {
+            continue;
+        }
+        const std::vector<float> values = floatValues(*tensor);
+        if (std::any_of(values.begin(), values.end(), [](float value) { return std::isnan(value); })) {
+            problems->push_back("constant '" + tensor->name + "' holds a value that is not a number");
+        }
+    }
+    return problems->empty();
+}
+
 /// Writes the extents of the outputs, and checks that each hangs on the picture.
 bool finishOutputs(NetworkT& network, const WidthRange& widths, Problems* problems)
 {
@@ -105,7 +124,7 @@ std::unique_ptr<format::NetworkT> buildNetwork(
         return nullptr;
     }
     fuseAll(*network);
-    if (!finishOutputs(*network, options.widths, problems)) {
+    if (!checkWeights(*network, problems) || !finishOutputs(*network, options.widths, problems)) {
         return nullptr;
     }
     network->minimum_width = options.widths.minimum;
