@@ -1,5 +1,7 @@
 #include "resulttable.h"
 
+#include "terminalcolumns.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -83,7 +85,7 @@ ResultTable::ResultTable(const QStringList& pictures)
     : pictureWidth(narrowestPicture)
 {
     for (const QString& picture : pictures)
-        pictureWidth = std::max(pictureWidth, std::min(picture.size(), widestPicture));
+        pictureWidth = std::max(pictureWidth, std::min(terminalColumns(picture), widestPicture));
 }
 
 QString ResultTable::header() const
@@ -95,9 +97,8 @@ QString ResultTable::header() const
 QString ResultTable::row(const QString& picture, const QString& text, const QString& count, const QString& verdict,
     const QString& milliseconds) const
 {
-    return picture.leftJustified(pictureWidth) + QStringLiteral("  ") + text.leftJustified(textWidth)
-        + count.rightJustified(7) + QStringLiteral("  ") + verdict.leftJustified(7) + milliseconds.rightJustified(9)
-        + QLatin1Char('\n');
+    return paddedTo(pictureWidth, picture) + QStringLiteral("  ") + paddedTo(textWidth, text) + count.rightJustified(7)
+        + QStringLiteral("  ") + verdict.leftJustified(7) + milliseconds.rightJustified(9) + QLatin1Char('\n');
 }
 
 QString ResultTable::rows(const PictureResult& picture) const

@@ -2,6 +2,7 @@
 #include "recordfile.h"
 #include "resulttable.h"
 #include "station.h"
+#include "terminalcolumns.h"
 
 #include <QDir>
 
@@ -95,6 +96,18 @@ TEST(ResultTable, ShowsARowForEachRegionAndKeepsEveryRowOneLine)
     EXPECT_EQ(table.rows(result),
         QString::fromUtf8("a,b \"c\".png  A,\"Ü\uFFFD                     5  NG           1.3\n"
                           "             REV(3)                    6  OK          12.0\n"));
+}
+
+TEST(ResultTable, CountsColumnsAsATerminalDoes)
+{
+    EXPECT_EQ(terminalColumns(QString()), 0);
+    EXPECT_EQ(terminalColumns(QStringLiteral("LOT 7")), 5);
+    EXPECT_EQ(terminalColumns(QString::fromUtf8("\xe7\x94\x9f\xe4\xba\xa7")), 4); // two Chinese characters
+    EXPECT_EQ(terminalColumns(QString::fromUtf8("e\xcc\x81")), 1); // an accent of its own
+    EXPECT_EQ(terminalColumns(QString::fromUtf8("\xf0\xa0\x80\x80")), 2); // beyond the basic plane
+    EXPECT_EQ(terminalColumns(QString(QChar(QChar::ReplacementCharacter))), 1);
+    EXPECT_EQ(paddedTo(6, QString::fromUtf8("\xe7\x94\x9f")), QString::fromUtf8("\xe7\x94\x9f    "));
+    EXPECT_EQ(paddedTo(1, QStringLiteral("long")), QStringLiteral("long"));
 }
 
 TEST(ResultTable, SaysWhatWasNotRead)
