@@ -1,4 +1,4 @@
-"""How training uses the processor."""
+"""How the kit uses the processor."""
 import ctypes
 import os
 
@@ -16,7 +16,7 @@ def usable():
 
 
 def use(threads):
-    """Trains on this many threads, without what slows them down. To be called before the first batch."""
+    """Computes on this many threads, without what slows them down. To be called before the first batch."""
     torch.set_num_threads(threads)
     cv2.setNumThreads(1)
     _quieten_blas()
