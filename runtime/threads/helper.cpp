@@ -89,6 +89,11 @@ bool Helper::borrow()
         lent.store(false, std::memory_order_release);
         return false;
     }
+    const int callers = currentProcessor();
+    if (callers != avoided) {
+        keepOff(thread, callers);
+        avoided = callers;
+    }
     {
         const std::lock_guard<std::mutex> lock(mutex);
         called = true;

@@ -85,6 +85,8 @@ private:
     bool called = false;
     bool ending = false;
     std::thread thread;
+    /// The processor that the thread is kept off: the last borrower's.
+    int avoided = -1;
 };
 
 /// Who carries out the shared steps of a run: the calling thread, with the helper where it could be had.

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <thread>
 
 #ifdef __linux__
+#include <pthread.h>
 #include <sched.h>
 #endif
 
@@ -42,5 +42,33 @@ int usableProcessors()
 {
     return std::max(1, std::min(allowedProcessors(), wantedLimit()));
 }
+
+#ifdef __linux__
+int currentProcessor()
+{
+    return sched_getcpu();
+}
+
+void keepOff(std::thread& thread, int processor)
+{
+    cpu_set_t others;
+    if (processor < 0 || processor >= CPU_SETSIZE || sched_getaffinity(0, sizeof(others), &others) != 0) {
+        return;
+    }
+    CPU_CLR(static_cast<std::size_t>(processor), &others);
+    if (CPU_COUNT(&others) > 0) {
+        pthread_setaffinity_np(thread.native_handle(), sizeof(others), &others);
+    }
+}
+#else
+int currentProcessor()
+{
+    return -1;
+}
+
+void keepOff(std::thread&, int)
+{
+}
+#endif
 
 } // namespace scribo::cpu

@@ -7,9 +7,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <future>
 #include <vector>
 
 #ifdef __linux__
+#include <pthread.h>
 #include <sched.h>
 #endif
 
@@ -266,6 +268,46 @@ TEST(Processors, OnlyThoseThatTheThreadMayUseCount)
         ASSERT_EQ(sched_setaffinity(0, sizeof(one), &one), 0);
         EXPECT_EQ(cpu::usableProcessors(), 1);
     }).join();
+}
+
+TEST(Processors, AThreadIsKeptOffOneButNotOffAll)
+{
+    cpu_set_t all;
+    ASSERT_EQ(sched_getaffinity(0, sizeof(all), &all), 0);
+    std::promise<void> over;
+    std::thread thread([&over] { over.get_future().wait(); });
+    const auto usedBy = [](std::thread& of) {
+        cpu_set_t set;
+        CPU_ZERO(&set);
+        EXPECT_EQ(pthread_getaffinity_np(of.native_handle(), sizeof(set), &set), 0);
+        return set;
+    };
+    const auto equal = [](cpu_set_t a, cpu_set_t b) { return CPU_EQUAL(&a, &b) != 0; };
+
+    const int here = cpu::currentProcessor();
+    ASSERT_GE(here, 0);
+    cpu_set_t others = all;
+    CPU_CLR(static_cast<std::size_t>(here), &others);
+    const cpu_set_t wanted = CPU_COUNT(&others) > 0 ? others : all;
+    cpu::keepOff(thread, here);
+    EXPECT_TRUE(equal(usedBy(thread), wanted));
+    // Nothing that is no processor changes anything.
+    for (const int none : {-1, CPU_SETSIZE}) {
+        cpu::keepOff(thread, none);
+        EXPECT_TRUE(equal(usedBy(thread), wanted));
+    }
+
+    // For a caller that is bound to one processor there are no others.
+    std::thread([&] {
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(here, &one);
+        ASSERT_EQ(sched_setaffinity(0, sizeof(one), &one), 0);
+        cpu::keepOff(thread, here);
+    }).join();
+    EXPECT_TRUE(equal(usedBy(thread), wanted));
+    over.set_value();
+    thread.join();
 }
 #endif
 
