@@ -3,18 +3,15 @@
 // whatever else the machine does falls on both sides.
 
 #include "archive/faketool.h"
-#include "blackbox/loadedplugin.h"
+#include "benchhost.h"
 #include "picturearchive.h"
 #include "pluginsettings.h"
 #include "scribo.h"
 
 #include <QDir>
-#include <QGuiApplication>
 #include <QJsonArray>
 #include <QTemporaryDir>
 #include <QThreadPool>
-
-#include <glog/logging.h>
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -129,10 +126,8 @@ void benchWriters(cv::Size size, int type)
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    FLAGS_minloglevel = google::GLOG_WARNING; // a figure should not depend on where the log goes
-    const QGuiApplication application(argc, argv);
-    const LoadedPlugin plugin;
+    const BenchHost host(argc, argv);
+    const LoadedPlugin& plugin = host.plugin();
     if (plugin.root() == nullptr) {
         std::fprintf(stderr, "%s\n", qPrintable(plugin.errorString()));
         return 1;

@@ -2,17 +2,14 @@
 // alone on a picture of the same size. They take turns in random order; at the end come the ratios of the medians of
 // `process` and enqueueV2.
 
-#include "blackbox/loadedplugin.h"
+#include "benchhost.h"
 #include "blackbox/stationtool.h"
 #include "loadedengine.h"
 #include "ocranalyser.h"
 
 #include <NvInfer.h>
 
-#include <QGuiApplication>
-
 #include <benchmark/benchmark.h>
-#include <glog/logging.h>
 
 #include <opencv2/imgproc.hpp>
 
@@ -163,10 +160,8 @@ void addWidth(const LoadedPlugin& plugin, OCRAnalyser* analyser, BareEngine* bar
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    FLAGS_minloglevel = google::GLOG_WARNING; // a figure should not depend on where the log goes
-    const QGuiApplication application(argc, argv);
-    const LoadedPlugin plugin;
+    const BenchHost host(argc, argv);
+    const LoadedPlugin& plugin = host.plugin();
     BareEngine bare;
     if (plugin.root() == nullptr || !bare.load(QStringLiteral("model/ocr_printed_p1_1_v1.trt"))) {
         std::fprintf(stderr, "the plug-in or the engine cannot be loaded: %s\n", qPrintable(plugin.errorString()));

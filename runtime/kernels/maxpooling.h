@@ -16,7 +16,7 @@ struct MaxPoolingShape
     std::int64_t resultRows, resultColumns;
 };
 
-/// One of the blocks of channels: `source` and `result` are where the whole begins.
+/// Works on one block of channels, the `index`-th; the addresses are where the whole begins.
 using MaxPooling = void (*)(const MaxPoolingShape& shape, std::int64_t index, const float* source, float* result);
 
 /// The fastest for blocks of `block` channels on this processor.

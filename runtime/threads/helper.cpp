@@ -109,13 +109,6 @@ void Helper::giveBack()
 
 void Helper::share(int parts, Action action, const void* context)
 {
-    if (!mayWork()) {
-        // Another run has begun meanwhile and needs the processor more.
-        for (int part = 0; part < parts; ++part) {
-            action(context, part);
-        }
-        return;
-    }
     jobAction = action;
     jobContext = context;
     helped.store(0, std::memory_order_relaxed);

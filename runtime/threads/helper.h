@@ -117,7 +117,8 @@ public:
     template <class PartAction>
     void share(int parts, const PartAction& action) const
     {
-        if (helper && parts > 1) {
+        // Another run that has begun meanwhile needs the processor more.
+        if (helper && parts > 1 && helper->mayWork()) {
             helper->share(parts, &call<PartAction>, &action);
             return;
         }

@@ -34,27 +34,39 @@ protected:
                      }};
 };
 
-constexpr char systemLine[] = "/dev/sda1 / ext4 rw 0 0\n";
-constexpr char diskLine[] = "/dev/sdb1 /media/root/USB vfat rw 0 0\n";
+/// The mount point of a removable disk of this name.
+QByteArray mountPoint(const QByteArray& name)
+{
+    return QByteArrayLiteral("/media/root") + '/' + name;
+}
+
+/// The line of a partition that is mounted as a removable disk.
+QByteArray removable(const QByteArray& partition, const QByteArray& name, const QByteArray& fileSystem = "vfat")
+{
+    return partition + ' ' + mountPoint(name) + ' ' + fileSystem + " rw 0 0\n";
+}
+
+const QByteArray systemLine = "/dev/sda1 / ext4 rw 0 0\n";
+const QByteArray diskLine = removable("/dev/sdb1", "USB");
 
 const QStringList none;
-const QStringList usb{QStringLiteral("/media/root/USB")};
+const QStringList usb{mountPoint("USB")};
 
 } // namespace
 
 TEST_F(MountTableTest, findsTheDiskBelowMediaRoot)
 {
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + diskLine), usb);
+    EXPECT_EQ(mountsOf(systemLine + diskLine), usb);
 }
 
 TEST_F(MountTableTest, ignoresADiskMountedElsewhere)
 {
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1 /mnt/usb vfat rw 0 0\n"), none);
+    EXPECT_EQ(mountsOf(systemLine + "/dev/sdb1 /mnt/usb vfat rw 0 0\n"), none);
 }
 
 TEST_F(MountTableTest, ignoresTheOtherPartitionsOfTheSystemDisk)
 {
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sda12 /media/root/DATA vfat rw 0 0\n"), none);
+    EXPECT_EQ(mountsOf(systemLine + removable("/dev/sda12", "DATA")), none);
 }
 
 TEST_F(MountTableTest, findsNothingWithoutASystemDisk)
@@ -66,7 +78,7 @@ TEST_F(MountTableTest, findsNothingWithoutASystemDisk)
 TEST_F(MountTableTest, findsNothingWhenTheSystemDiskHasNoDeviceFile)
 {
     devices.clear();
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + diskLine), none);
+    EXPECT_EQ(mountsOf(systemLine + diskLine), none);
 }
 
 TEST_F(MountTableTest, takesEveryKindOfExtFileSystemForTheSystemDisk)
@@ -80,8 +92,8 @@ TEST_F(MountTableTest, theLastExtPartitionNamesTheSystemDisk)
 {
     devices.append(QStringLiteral("/dev/sdb"));
     // A removable disk that is itself ext4 takes the system disk's place, wherever it is mounted.
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1 /media/root/USB ext4 rw 0 0\n"), none);
-    EXPECT_EQ(mountsOf(QByteArray("/dev/sdb1 /media/root/USB ext4 rw 0 0\n") + systemLine), usb);
+    EXPECT_EQ(mountsOf(systemLine + removable("/dev/sdb1", "USB", "ext4")), none);
+    EXPECT_EQ(mountsOf(removable("/dev/sdb1", "USB", "ext4") + systemLine), usb);
 }
 
 TEST_F(MountTableTest, removesAllTrailingDigitsFromThePartition)
@@ -91,49 +103,44 @@ TEST_F(MountTableTest, removesAllTrailingDigitsFromThePartition)
 
 TEST_F(MountTableTest, keepsTheOrderOfTheTable)
 {
-    const QStringList expected{QStringLiteral("/media/root/Z"), QStringLiteral("/media/root/A")};
-    EXPECT_EQ(mountsOf(QByteArray("/dev/sdc1 /media/root/Z exfat rw 0 0\n") + systemLine
-                  + "/dev/sdb2 /media/root/A vfat rw 0 0\n"),
-        expected);
+    const QStringList expected{mountPoint("Z"), mountPoint("A")};
+    EXPECT_EQ(mountsOf(removable("/dev/sdc1", "Z", "exfat") + systemLine + removable("/dev/sdb2", "A")), expected);
 }
 
 TEST_F(MountTableTest, skipsLinesThatAreNoDiskPartition)
 {
-    const QByteArray others = "proc /proc proc rw 0 0\n"
-                              "/dev/nvme0n1p1 /media/root/NVME vfat rw 0 0\n"
-                              "/dev/mmcblk0p1 /media/root/CARD vfat rw 0 0\n"
-                              "/dev/sdb /media/root/WHOLE vfat rw 0 0\n"
-                              "/dev/sdaa1 /media/root/TWENTYSEVENTH vfat rw 0 0\n"
-                              " /dev/sdb1 /media/root/INDENTED vfat rw 0 0\n"
-                              "tmpfs /dev/sdb1 /media/root/LATER vfat rw 0 0\n";
+    const QByteArray others = "proc /proc proc rw 0 0\n" + removable("/dev/nvme0n1p1", "NVME")
+        + removable("/dev/mmcblk0p1", "CARD") + removable("/dev/sdb", "WHOLE")
+        + removable("/dev/sdaa1", "TWENTYSEVENTH") + removable(" /dev/sdb1", "INDENTED")
+        + removable("tmpfs /dev/sdb1", "LATER");
     EXPECT_EQ(mountsOf(systemLine + others), none);
     EXPECT_EQ(mountsOf(systemLine + others + diskLine), usb);
 }
 
 TEST_F(MountTableTest, fieldsAreSeparatedByExactlyOneBlankOrTab)
 {
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1\t/media/root/USB\tvfat\trw 0 0\n"), usb);
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1  /media/root/USB vfat rw 0 0\n"), none);
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1 /media/root/USB vfat\n"), none) << "no options";
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + "/dev/sdb1 /media/root/USB vfat \n"), usb) << "empty options";
+    const QByteArray place = mountPoint("USB");
+    EXPECT_EQ(mountsOf(systemLine + "/dev/sdb1\t" + place + "\tvfat\trw 0 0\n"), usb);
+    EXPECT_EQ(mountsOf(systemLine + "/dev/sdb1  " + place + " vfat rw 0 0\n"), none);
+    EXPECT_EQ(mountsOf(systemLine + "/dev/sdb1 " + place + " vfat\n"), none) << "no options";
+    EXPECT_EQ(mountsOf(systemLine + "/dev/sdb1 " + place + " vfat \n"), usb) << "empty options";
 }
 
 TEST_F(MountTableTest, aMissingLastNewlineAndEmptyLinesDoNoHarm)
 {
-    EXPECT_EQ(mountsOf("\n\n" + QByteArray(systemLine) + "\n/dev/sdb1 /media/root/USB vfat rw 0 0"), usb);
+    EXPECT_EQ(mountsOf("\n\n" + systemLine + "\n" + diskLine.trimmed()), usb);
 }
 
 TEST_F(MountTableTest, keepsTheKernelsEscapes)
 {
-    const QStringList expected{QStringLiteral(R"(/media/root/MY\040DISK\011A\134B)")};
-    EXPECT_EQ(mountsOf(systemLine + QByteArray(R"(/dev/sdb1 /media/root/MY\040DISK\011A\134B vfat rw 0 0)")), expected);
+    const char* const name = R"(MY\040DISK\011A\134B)";
+    EXPECT_EQ(mountsOf(systemLine + removable("/dev/sdb1", name)), QStringList{mountPoint(name)});
 }
 
 TEST_F(MountTableTest, readsUtf8AndSurvivesWhatIsNot)
 {
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + u8"/dev/sdb1 /media/root/硬盘 vfat rw 0 0\n"),
-        QStringList{QStringLiteral("/media/root/硬盘")});
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + QByteArray("\xff\xfe\0\n", 4) + diskLine), usb);
+    EXPECT_EQ(mountsOf(systemLine + removable("/dev/sdb1", u8"硬盘")), QStringList{mountPoint(u8"硬盘")});
+    EXPECT_EQ(mountsOf(systemLine + QByteArray("\xff\xfe\0\n", 4) + diskLine), usb);
 }
 
 TEST_F(MountTableTest, anEmptyTableHasNoDisk)
@@ -144,23 +151,23 @@ TEST_F(MountTableTest, anEmptyTableHasNoDisk)
 
 TEST_F(MountTableTest, parsesAgainOnlyWhenTheTextHasChanged)
 {
-    writeTable(QByteArray(systemLine) + diskLine);
+    writeTable(systemLine + diskLine);
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(table.findRemovableMounts(), usb);
     EXPECT_EQ(parses, 1);
 
     EXPECT_EQ(mountsOf(systemLine), none);
     EXPECT_EQ(parses, 2);
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + diskLine), usb);
+    EXPECT_EQ(mountsOf(systemLine + diskLine), usb);
     EXPECT_EQ(parses, 3);
 }
 
 TEST_F(MountTableTest, aTableThatCannotBeReadForAWhileHasNoDisk)
 {
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + diskLine), usb);
+    EXPECT_EQ(mountsOf(systemLine + diskLine), usb);
     QFile::remove(tablePath());
     EXPECT_EQ(table.findRemovableMounts(), none);
-    EXPECT_EQ(mountsOf(QByteArray(systemLine) + diskLine), usb) << "back, with the text of before";
+    EXPECT_EQ(mountsOf(systemLine + diskLine), usb) << "back, with the text of before";
 }
 
 TEST_F(MountTableTest, readsATableThatIsLargerThanOneRead)

@@ -403,9 +403,10 @@ TEST_F(PictureFolderTest, showsTheFirstRemovableDiskOrTheSystemDisk)
     archive.refreshSaveLocation();
     EXPECT_EQ(settings.savePathText, QStringLiteral("系统盘")) << "no disk";
 
-    table.write("/dev/sdb1 /media/root/USB vfat rw 0 0\n/dev/sdc1 /media/root/B vfat rw 0 0\n");
+    const QByteArray mediaRoot = "/media/root";
+    table.write("/dev/sdb1 " + mediaRoot + "/USB vfat rw 0 0\n/dev/sdc1 " + mediaRoot + "/B vfat rw 0 0\n");
     archive.refreshSaveLocation();
-    EXPECT_EQ(settings.savePathText, QStringLiteral("/media/root/USB"));
+    EXPECT_EQ(settings.savePathText, QString(mediaRoot + "/USB"));
     EXPECT_EQ(archive.findRemovableMounts().size(), 2);
 
     table.resize(0);

@@ -130,11 +130,13 @@ TEST(Helper, OneProcessorHasNone)
 TEST(Helper, IsSharedByAllAndEndsWithTheLast)
 {
     std::shared_ptr<Helper> first = Helper::ofProcess();
-    const std::shared_ptr<Helper> second = Helper::ofProcess();
+    std::shared_ptr<Helper> second = Helper::ofProcess();
     EXPECT_EQ(first, second);
     const std::weak_ptr<Helper> watched = first;
     first.reset();
     EXPECT_FALSE(watched.expired());
+    second.reset();
+    EXPECT_TRUE(watched.expired());
 }
 
 TEST(Helper, RunsOfManyThreadsTakeTurns)
