@@ -28,7 +28,7 @@ class TenDigits(unittest.TestCase):
         torch.set_num_threads(1)
         torch.manual_seed(1)
         batches = Batches(PictureMaker("clean", DIGITS, 1, write=digits), 1536)
-        trainer = Trainer(Crnn(Shape((12, 24, 32, 32, 48, 64), 48, 11)), DIGITS)
+        trainer = Trainer(Crnn(Shape(((12,), (24,), (32, 32), (48,), (64,)), 48, 11)), DIGITS)
         for step in range(STEPS):
             trainer.step(*batches.next(), learning_rate(step, step / STEPS, 4e-3))
         unseen = PictureMaker("clean", DIGITS, 2, held_out=True, write=digits)

@@ -44,7 +44,7 @@ class Evaluate(unittest.TestCase):
         config = Path(root) / "m.json"
         config.write_text('{"alphabet": "A01"}')
         torch.manual_seed(1)
-        write_onnx(Crnn(Shape((4, 6, 8, 8, 10, 12), 8, 4)), Path(root) / "m.onnx")
+        write_onnx(Crnn(Shape(((4,), (6,), (8, 8), (10,), (12,)), 8, 4)), Path(root) / "m.onnx")
         return folder, config
 
     def test_prints_a_table_and_writes_the_report(self):

@@ -11,7 +11,7 @@ from scribokit.model import Crnn, Shape, blended, folded, from_onnx, to_input
 from scribokit.supply import Supply
 from scribokit.training import Trainer, learning_rate, load_model, load_trainer, save_checkpoint
 
-SMALL = Shape((4, 6, 8, 8, 10, 12), 8, 4)
+SMALL = Shape(((4,), (6,), (8, 8), (10,), (12,)), 8, 4)
 
 
 def stirred():
@@ -58,13 +58,13 @@ class Exporting(unittest.TestCase):
             path = Path(folder) / "m.onnx"
             write_onnx(stirred(), path)
             model = from_onnx(path)
-        self.assertEqual((model.shape.channels, model.shape.hidden, model.shape.classes), (SMALL.channels, 8, 4))
+        self.assertEqual((model.shape.stages, model.shape.hidden, model.shape.classes), (SMALL.stages, 8, 4))
 
     def test_of_another_layout_is_refused(self):
         with tempfile.TemporaryDirectory() as folder:
             path = Path(folder) / "m.onnx"
             torch.onnx.export(torch.nn.Conv2d(3, 4, 3), torch.zeros(1, 3, 8, 8), str(path))
-            with self.assertRaisesRegex(ValueError, "six convolutions"):
+            with self.assertRaisesRegex(ValueError, "convolutions in 5 stages"):
                 from_onnx(path)
 
     def test_writes_a_package_whose_configuration_has_the_models_alphabet(self):
@@ -86,13 +86,13 @@ class Blending(unittest.TestCase):
             self.assertLess(float((blended(new, old, part)(picture) - expected(picture)).abs().max()), 1e-4)
 
     def test_takes_parts_of_the_weights(self):
-        new, old = (Crnn(Shape((4, 6, 8, 8, 10, 12), 8, 4, False)).eval() for _ in range(2))
+        new, old = (Crnn(Shape(SMALL.stages, 8, 4, False)).eval() for _ in range(2))
         middle = blended(new, old, 0.25).classifier.bias
         self.assertTrue(torch.allclose(middle, 0.25 * new.classifier.bias + 0.75 * old.classifier.bias))
 
     def test_of_different_shapes_is_refused(self):
         with self.assertRaisesRegex(ValueError, "different shapes"):
-            blended(stirred(), Crnn(Shape((4, 6, 8, 8, 10, 12), 9, 4)), 0.5)
+            blended(stirred(), Crnn(Shape(SMALL.stages, 9, 4)), 0.5)
 
 
 class Training(unittest.TestCase):
@@ -102,7 +102,7 @@ class Training(unittest.TestCase):
 
     def trainer(self):
         torch.manual_seed(1)
-        return Trainer(Crnn(Shape((4, 6, 8, 8, 10, 12), 8, 11)), "0123456789")
+        return Trainer(Crnn(Shape(SMALL.stages, 8, 11)), "0123456789")
 
     def test_goes_on_from_a_checkpoint_as_if_it_had_not_stopped(self):
         batches = [self.batch() for _ in range(2)]

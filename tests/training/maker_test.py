@@ -93,6 +93,14 @@ class Texts(unittest.TestCase):
         dice = random.Random(6)
         self.assertFalse(set("OI") & set("".join(fill("????????", dice) for _ in range(300))))
 
+    def test_fill_letters_with_o_and_i_only_in_groups_of_letters(self):
+        dice = random.Random(7)
+        for pattern, expected in (("AA-999", "OI"), ("AAA", "OI"), ("9 AA", "OI"), ("A", ""), ("A*9999", ""), ("AAA999", ""), ("999AAA", ""),
+                                  ("9AAA9", ""), ("AA?", ""), ("?AA", "")):
+            drawn = "".join(fill(pattern, dice) for _ in range(300))
+            self.assertEqual(set("OI") & set(drawn), set(expected), pattern)
+            self.assertIn("Q", drawn)
+
     def test_are_labelled_without_gaps_and_emblems(self):
         self.assertEqual(label_of("A*BC 12-3", ALPHABET), "ABC12-3")
 

@@ -61,8 +61,8 @@ def write_package(model, alphabet, folder, name, configuration, card):
 
 def card_text(name, model, alphabet, training, results, weaknesses, fonts):
     """The model card: what the model is, how it was trained (rows of name and value), what it reached."""
-    channels = model.shape.channels
-    rows = [("network", f"{len(channels)} convolutions ({channels[0]} to {channels[-1]} channels) with ReLU, four max pools, one "
+    widths = [width for stage in model.shape.stages for width in stage]
+    rows = [("network", f"{len(widths)} convolutions ({widths[0]} to {widths[-1]} channels) with ReLU, four max pools, one "
                         f"bidirectional LSTM of {model.shape.hidden}, one linear layer; {sum(p.numel() for p in folded(model).parameters()):,} weights"),
             ("input", "`input`, 1×3×32×width, float32, value / 127.5 − 1, width 32 to 320"),
             ("output", f"`output`, steps×1×{len(alphabet) + 1} soft-max scores, steps = width / 4; class 0 is the blank, class k the "

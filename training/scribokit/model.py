@@ -7,17 +7,33 @@ from torch import nn
 
 @dataclass
 class Shape:
-    """Widths of the six convolutions and of the LSTM; normalised: batch normalisation after each convolution."""
-    channels: tuple = (24, 48, 96, 96, 128, 160)
+    """Widths of the convolutions stage by stage, a pool after each stage but the last, and of the LSTM; normalised: batch
+    normalisation after each convolution. The very last convolution joins the two rows that are left."""
+    stages: tuple = ((24,), (48,), (96, 96), (128,), (160,))
     hidden: int = 96
     classes: int = 71
     normalised: bool = True
+
+    def __post_init__(self):
+        self.stages = tuple(tuple(int(width) for width in stage) for stage in self.stages)
+        if len(self.stages) != len(POOLS) + 1 or not all(stage and min(stage) > 0 for stage in self.stages):
+            raise ValueError(f"a network has {len(POOLS) + 1} stages of one convolution or more")
 
     def as_dict(self):
         return asdict(self)
 
 
-_POOLS = {0: (2, 2), 1: (2, 2), 3: (2, 1), 4: (2, 1)}
+def read_stages(text):
+    """"24/48/96,96/128/160" as ((24,), (48,), (96, 96), (128,), (160,)). ValueError when it is not of that form."""
+    return Shape(tuple(stage.split(",") for stage in text.split("/"))).stages
+
+
+def stages_text(stages):
+    return "/".join(",".join(map(str, stage)) for stage in stages)
+
+
+# Rows and columns that become one after each stage: 32 rows become 2, and 4 columns 1.
+POOLS = ((2, 2), (2, 2), (2, 1), (2, 1))
 
 
 class Crnn(nn.Module):
@@ -29,15 +45,16 @@ class Crnn(nn.Module):
         self.shape = shape
         self.scores = False
         layers, planes = [], 3
-        for index, width in enumerate(shape.channels):
-            last = index == len(shape.channels) - 1
-            layers.append(nn.Conv2d(planes, width, (2, 1) if last else 3, padding=0 if last else 1))
-            if shape.normalised:
-                layers.append(nn.BatchNorm2d(width))
-            layers.append(nn.ReLU(inplace=True))
-            if index in _POOLS:
-                layers.append(nn.MaxPool2d(_POOLS[index]))
-            planes = width
+        for number, stage in enumerate(shape.stages):
+            for place, width in enumerate(stage):
+                joins = number == len(POOLS) and place == len(stage) - 1
+                layers.append(nn.Conv2d(planes, width, (2, 1) if joins else 3, padding=0 if joins else 1))
+                if shape.normalised:
+                    layers.append(nn.BatchNorm2d(width))
+                layers.append(nn.ReLU(inplace=True))
+                planes = width
+            if number < len(POOLS):
+                layers.append(nn.MaxPool2d(POOLS[number]))
         self.features = nn.Sequential(*layers)
         self.sequence = nn.LSTM(planes, shape.hidden, bidirectional=True)
         self.classifier = nn.Linear(2 * shape.hidden, shape.classes)
@@ -46,6 +63,10 @@ class Crnn(nn.Module):
         steps = self.features(pictures).squeeze(2).permute(2, 0, 1)
         logits = self.classifier(self.sequence(steps)[0])
         return logits.softmax(2) if self.scores else logits.log_softmax(2)
+
+
+def convolutions(model):
+    return [layer for layer in model.features if isinstance(layer, nn.Conv2d)]
 
 
 def weight_count(model):
@@ -63,9 +84,8 @@ def folded(model):
     shape = Shape(**{**model.shape.as_dict(), "normalised": False})
     result = Crnn(shape)
     source = [layer for layer in model.features if isinstance(layer, (nn.Conv2d, nn.BatchNorm2d))]
-    target = [layer for layer in result.features if isinstance(layer, nn.Conv2d)]
     with torch.no_grad():
-        for convolution in target:
+        for convolution in convolutions(result):
             trained = source.pop(0)
             weight, bias = trained.weight.clone(), trained.bias.clone()
             if source and isinstance(source[0], nn.BatchNorm2d):
@@ -90,17 +110,16 @@ def from_onnx(path):
     for node in graph.node:
         if node.op_type == "Constant":
             weights[node.output[0]] = numpy_helper.to_array(node.attribute[0].t)
-    kinds = {kind: [node for node in graph.node if node.op_type == kind] for kind in ("Conv", "LSTM", "MatMul", "Add")}
-    if len(kinds["Conv"]) != 6 or len(kinds["LSTM"]) != 1 or not kinds["MatMul"]:
-        raise ValueError(f"{path}: not a model of six convolutions, one LSTM and one linear layer")
+    kinds = {kind: [node for node in graph.node if node.op_type == kind] for kind in ("Conv", "MaxPool", "LSTM", "MatMul", "Add")}
+    pools = tuple(tuple(next(a.ints for a in node.attribute if a.name == "kernel_shape")) for node in kinds["MaxPool"])
+    if pools != POOLS or len(kinds["LSTM"]) != 1 or not kinds["MatMul"]:
+        raise ValueError(f"{path}: not a model of convolutions in {len(POOLS) + 1} stages, one LSTM and one linear layer")
     lstm, linear = kinds["LSTM"][0], kinds["MatMul"][-1]
     bias = next(weights[name] for node in kinds["Add"] if linear.output[0] in node.input for name in node.input if name in weights)
-    channels = tuple(weights[node.input[1]].shape[0] for node in kinds["Conv"])
     hidden = weights[lstm.input[2]].shape[2]
-    model = Crnn(Shape(channels, hidden, len(bias), False))
-    convolutions = [layer for layer in model.features if isinstance(layer, nn.Conv2d)]
+    model = Crnn(Shape(_stages_of(graph, weights), hidden, len(bias), False))
     with torch.no_grad():
-        for layer, node in zip(convolutions, kinds["Conv"]):
+        for layer, node in zip(convolutions(model), kinds["Conv"]):
             layer.weight.copy_(torch.from_numpy(weights[node.input[1]].copy()))
             layer.bias.copy_(torch.from_numpy(weights[node.input[2]].copy()))
         for direction, suffix in enumerate(("", "_reverse")):
@@ -111,6 +130,17 @@ def from_onnx(path):
         model.classifier.weight.copy_(torch.from_numpy(weights[linear.input[1]].T.copy()))
         model.classifier.bias.copy_(torch.from_numpy(bias.copy()))
     return model
+
+
+def _stages_of(graph, weights):
+    """Widths of the convolutions in the order in which the nodes stand, a new stage after each pool."""
+    stages = [[]]
+    for node in graph.node:
+        if node.op_type == "Conv":
+            stages[-1].append(weights[node.input[1]].shape[0])
+        elif node.op_type == "MaxPool":
+            stages.append([])
+    return stages
 
 
 def _torch_gates(values, hidden):

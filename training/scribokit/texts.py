@@ -1,18 +1,21 @@
 """What is printed: dates, lots, serials, plates, article numbers, words, and the alphabet drawn evenly.
 
-In a pattern 'A' stands for a letter, '9' for a digit, '?' for either but O and I; ' ' is a gap, '*' a gap with an emblem or a dot
-that is not to be read; everything else stands for itself.
+In a pattern 'A' stands for a letter (O and I only in a group of letters, as in "AA-999" but not in "A999"), '9' for a digit, '?'
+for either but O and I; ' ' is a gap, '*' a gap with an emblem or a dot that is not to be read; everything else stands for itself.
 
 The picture has to decide what the label says. In most fonts nobody can tell 0 from O or 1 from I in a random string, or
 a lone c from C, and a network that is asked to guess spends its weights on it. So such characters are drawn where their
 place, the letter case of the text or their neighbours tell them apart, and nowhere else.
 """
+import re
 import string
 
 CAPITALS = string.ascii_uppercase
 SMALL = string.ascii_lowercase
 DIGITS = string.digits
-EITHER = "".join(character for character in CAPITALS + DIGITS if character not in "OI")
+LETTERS_BESIDE_DIGITS = "".join(character for character in CAPITALS if character not in "OI")
+EITHER = LETTERS_BESIDE_DIGITS + DIGITS
+LETTER_GROUP = re.compile(r"(?<![9?A])A{2,}(?![9?A])")
 # Small letters that are their capitals made smaller.
 SHRUNK = "ckopsuvwxz"
 PLATE_PATTERNS = (
@@ -41,8 +44,10 @@ def fill(pattern, dice):
     """The pattern with its letters and digits drawn. Doubled characters are made a little more frequent than chance,
     because a reader of sequences drops them first."""
     result = []
-    for symbol in pattern:
-        pool = {"A": CAPITALS, "9": DIGITS, "?": EITHER}.get(symbol)
+    in_groups = {place for group in LETTER_GROUP.finditer(pattern) for place in range(*group.span())}
+    for place, symbol in enumerate(pattern):
+        letters = CAPITALS if place in in_groups else LETTERS_BESIDE_DIGITS
+        pool = {"A": letters, "9": DIGITS, "?": EITHER}.get(symbol)
         if pool is None:
             result.append(symbol)
         elif result and result[-1] in pool and dice.random() < 0.08:

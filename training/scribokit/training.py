@@ -101,8 +101,7 @@ def save_checkpoint(path, trainer):
     """Writes beside the old file and renames, so that a stop in the middle leaves the old one."""
     path = Path(path)
     path.parent.mkdir(parents=True, exist_ok=True)
-    shape = {**trainer.model.shape.as_dict(), "channels": list(trainer.model.shape.channels)}
-    state = {"shape": json.dumps(shape), "alphabet": trainer.alphabet, "model": trainer.model.state_dict(),
+    state = {"shape": json.dumps(trainer.model.shape.as_dict()), "alphabet": trainer.alphabet, "model": trainer.model.state_dict(),
              "average": trainer.average.state_dict(), "optimizer": trainer.optimizer.state_dict(), "progress": vars(trainer.progress), "rate": trainer.rate}
     beside = path.with_suffix(".part")
     torch.save(state, beside)
@@ -112,7 +111,7 @@ def save_checkpoint(path, trainer):
 def load_model(path):
     """(averaged model in evaluation, alphabet, progress) of a checkpoint."""
     state = torch.load(path, map_location="cpu")
-    model = Crnn(_shape(state))
+    model = Crnn(Shape(**json.loads(state["shape"])))
     model.load_state_dict(state["average"])
     return model.eval(), state["alphabet"], Progress(**state["progress"])
 
@@ -120,17 +119,12 @@ def load_model(path):
 def load_trainer(path, device="cpu"):
     """A trainer that goes on where the checkpoint was saved."""
     state = torch.load(path, map_location="cpu")
-    trainer = Trainer(Crnn(_shape(state)), state["alphabet"], state["rate"], device)
+    trainer = Trainer(Crnn(Shape(**json.loads(state["shape"]))), state["alphabet"], state["rate"], device)
     trainer.model.load_state_dict(state["model"])
     trainer.average.load_state_dict(state["average"])
     trainer.optimizer.load_state_dict(state["optimizer"])
     trainer.progress = Progress(**state["progress"])
     return trainer
-
-
-def _shape(state):
-    values = json.loads(state["shape"])
-    return Shape(**{**values, "channels": tuple(values["channels"])})
 
 
 class Clock:

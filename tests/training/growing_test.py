@@ -1,0 +1,114 @@
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+import torch
+
+from scribokit.exporting import write_onnx
+from scribokit.growing import grown
+from scribokit.model import Crnn, Shape, read_stages, stages_text, weight_count
+from scribokit.training import load_model
+
+TRAIN = Path(__file__).resolve().parents[2] / "training" / "train"
+SMALL = Shape(((4,), (6,), (8, 8), (10,), (12,)), 8, 5)
+SMALL_WEIGHTS = weight_count(Crnn(Shape(SMALL.stages, SMALL.hidden, SMALL.classes, False)))
+
+
+def small():
+    """A network whose normalisation has seen something."""
+    torch.manual_seed(4)
+    model = Crnn(SMALL).train()
+    for _ in range(3):
+        model(torch.randn(4, 3, 32, 64) * 2 + 0.5)
+    return model.eval()
+
+
+class Growing(unittest.TestCase):
+    def difference(self, stages, hidden):
+        model = small()
+        large = grown(model, read_stages(stages), hidden).eval()
+        self.assertEqual((stages_text(large.shape.stages), large.shape.hidden), (stages, hidden))
+        self.assertGreaterEqual(weight_count(large), SMALL_WEIGHTS)
+        picture = torch.randn(2, 3, 32, 77)
+        with torch.no_grad():
+            return float((model(picture) - large(picture)).abs().max())
+
+    def test_of_nothing_changes_nothing(self):
+        self.assertLess(self.difference("4/6/8,8/10/12", 8), 1e-4)
+
+    def test_of_channels_keeps_the_scores(self):
+        self.assertLess(self.difference("5/9/8,16/11/20", 8), 1e-4)
+
+    def test_of_the_lstm_keeps_the_scores(self):
+        self.assertLess(self.difference("4/6/8,8/10/12", 13), 1e-4)
+
+    def test_of_convolutions_keeps_the_scores(self):
+        self.assertLess(self.difference("4,4/6,7,6/8,8,8/10,10/10,12", 8), 1e-4)
+
+    def test_of_everything_keeps_the_scores(self):
+        self.assertLess(self.difference("6,8/9/12,12,14/20,16/18,20", 11), 1e-4)
+
+    def test_lets_the_new_parts_learn(self):
+        torch.manual_seed(5)
+        large = grown(small(), read_stages("4/6/8,8/10,11/10,14"), 9)
+        before = {name: value.clone() for name, value in large.state_dict().items()}
+        optimizer = torch.optim.Adam(large.parameters(), lr=1e-2)
+        for _ in range(3):
+            optimizer.zero_grad()
+            large(torch.randn(2, 3, 32, 64))[..., 0].sum().backward()
+            optimizer.step()
+        unchanged = [name for name, value in large.state_dict().items() if torch.equal(value, before[name])]
+        self.assertEqual(unchanged, [])
+        self.assertTrue(bool((large.classifier.weight[:, 8] != 0).any()), "nobody listens to the new unit of the LSTM")
+
+    def test_refuses_to_shrink(self):
+        for stages, hidden, message in (("4/6/8,8/10/12", 7, "an LSTM of 8 cannot shrink to 7"),
+                                        ("4/6/8/10/12", 8, "a stage of 2 convolutions cannot shrink to 1"),
+                                        ("4/6/8,7/10/12", 8, "8 channels cannot shrink to 7"),
+                                        ("4/6/8,8/10,9/12", 8, "10 channels cannot shrink to 9")):
+            with self.assertRaisesRegex(ValueError, message):
+                grown(small(), read_stages(stages), hidden)
+
+
+class Stages(unittest.TestCase):
+    def test_are_read_as_they_are_written(self):
+        self.assertEqual(read_stages("24/48/96,96/128/160"), ((24,), (48,), (96, 96), (128,), (160,)))
+        self.assertEqual(stages_text(read_stages("1,2/3/4/5/6,7")), "1,2/3/4/5/6,7")
+
+    def test_of_another_number_or_without_widths_are_refused(self):
+        for text in ("24/48/96/128", "24/48/96/128/160/160", "24/48//128/160", "24/48/a/128/160", "24/0/96/128/160", ""):
+            with self.assertRaises(ValueError):
+                read_stages(text)
+
+
+class Command(unittest.TestCase):
+    def train(self, folder, *more):
+        return subprocess.run([str(TRAIN), "--run", f"{folder}/run", "--alphabet", "0123", "--minutes", "0", "--columns", "320", "--workers", "0",
+                               "--recipe", "clean", *more], capture_output=True, text=True)
+
+    def test_grows_the_given_model(self):
+        with tempfile.TemporaryDirectory() as folder:
+            write_onnx(small(), f"{folder}/m.onnx")
+            done = self.train(folder, "--from-onnx", f"{folder}/m.onnx", "--stages", "4/6/8,9/10/12", "--hidden", "10")
+            self.assertEqual(done.returncode, 0, done.stderr)
+            shape = load_model(Path(folder) / "run" / "last.pt")[0].shape
+        self.assertEqual((stages_text(shape.stages), shape.hidden), ("4/6/8,9/10/12", 10))
+
+    def test_keeps_the_size_of_the_given_model_without_being_asked(self):
+        with tempfile.TemporaryDirectory() as folder:
+            write_onnx(small(), f"{folder}/m.onnx")
+            self.assertEqual(self.train(folder, "--from-onnx", f"{folder}/m.onnx").returncode, 0)
+            shape = load_model(Path(folder) / "run" / "last.pt")[0].shape
+        self.assertEqual((shape.stages, shape.hidden), (SMALL.stages, SMALL.hidden))
+
+    def test_says_in_one_line_what_is_wrong(self):
+        with tempfile.TemporaryDirectory() as folder:
+            write_onnx(small(), f"{folder}/m.onnx")
+            for more, message in ((("--from-onnx", f"{folder}/m.onnx", "--hidden", "7"), "an LSTM of 8 cannot shrink to 7\n"),
+                                  (("--from-onnx", f"{folder}/m.onnx", "--alphabet", "01"), f"{folder}/m.onnx has 5 classes, the alphabet needs 3\n")):
+                done = self.train(folder, *more)
+                self.assertEqual((done.returncode, done.stderr), (1, message))
+            done = self.train(folder, "--stages", "24/48")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("--stages: 24/48: a network has 5 stages of one convolution or more", done.stderr)
