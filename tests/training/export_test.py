@@ -6,21 +6,11 @@ from pathlib import Path
 import onnx
 import torch
 
+from networks import SMALL, stirred
 from scribokit.exporting import TOLERANCE, export_difference, write_onnx, write_package
 from scribokit.model import Crnn, Shape, blended, folded, from_onnx, to_input
 from scribokit.supply import Supply
 from scribokit.training import Trainer, learning_rate, load_model, load_trainer, save_checkpoint
-
-SMALL = Shape(((4,), (6,), (8, 8), (10,), (12,)), 8, 4)
-
-
-def stirred():
-    """A network whose normalisation has seen something."""
-    torch.manual_seed(2)
-    model = Crnn(SMALL).train()
-    for _ in range(3):
-        model(torch.randn(4, 3, 32, 64) * 2 + 0.5)
-    return model.eval()
 
 
 class Exporting(unittest.TestCase):
