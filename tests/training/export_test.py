@@ -111,6 +111,15 @@ class Training(unittest.TestCase):
         self.assertEqual((alphabet, progress.steps), ("0123456789", 1))
         self.assertFalse(model.training)
 
+    def test_goes_on_from_a_checkpoint_that_names_six_widths(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "last.pt"
+            save_checkpoint(path, self.trainer())
+            state = torch.load(path)
+            state["shape"] = json.dumps({"channels": [4, 6, 8, 8, 10, 12], "hidden": 8, "classes": 11, "normalised": True})
+            torch.save(state, path)
+            self.assertEqual(load_trainer(path).model.shape.stages, SMALL.stages)
+
     def test_averages_the_weights_of_the_latest_steps(self):
         trainer = self.trainer()
         pictures, labels = self.batch()

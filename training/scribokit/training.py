@@ -111,7 +111,7 @@ def save_checkpoint(path, trainer):
 def load_model(path):
     """(averaged model in evaluation, alphabet, progress) of a checkpoint."""
     state = torch.load(path, map_location="cpu")
-    model = Crnn(Shape(**json.loads(state["shape"])))
+    model = Crnn(_shape(state))
     model.load_state_dict(state["average"])
     return model.eval(), state["alphabet"], Progress(**state["progress"])
 
@@ -119,12 +119,21 @@ def load_model(path):
 def load_trainer(path, device="cpu"):
     """A trainer that goes on where the checkpoint was saved."""
     state = torch.load(path, map_location="cpu")
-    trainer = Trainer(Crnn(Shape(**json.loads(state["shape"]))), state["alphabet"], state["rate"], device)
+    trainer = Trainer(Crnn(_shape(state)), state["alphabet"], state["rate"], device)
     trainer.model.load_state_dict(state["model"])
     trainer.average.load_state_dict(state["average"])
     trainer.optimizer.load_state_dict(state["optimizer"])
     trainer.progress = Progress(**state["progress"])
     return trainer
+
+
+def _shape(state):
+    """Checkpoints from before the stages name the widths of six convolutions."""
+    values = json.loads(state["shape"])
+    if "channels" in values:
+        first, second, *third, fourth, fifth = values.pop("channels")
+        values["stages"] = ((first,), (second,), third, (fourth,), (fifth,))
+    return Shape(**values)
 
 
 class Clock:
