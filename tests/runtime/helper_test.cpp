@@ -293,7 +293,7 @@ TEST(Processors, AThreadIsKeptOffOneButNotOffAll)
     const cpu_set_t wanted = CPU_COUNT(&others) > 0 ? others : all;
     cpu::keepOff(thread, here);
     EXPECT_TRUE(equal(usedBy(thread), wanted));
-    // Nothing that is no processor changes anything.
+    // What is no processor changes nothing.
     for (const int none : {-1, CPU_SETSIZE}) {
         cpu::keepOff(thread, none);
         EXPECT_TRUE(equal(usedBy(thread), wanted));

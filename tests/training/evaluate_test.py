@@ -9,9 +9,10 @@ import cv2
 import numpy as np
 import torch
 
+from networks import SMALL
 from scribokit.exporting import write_onnx
 from scribokit.labels import CSV_NAME, read_labels
-from scribokit.model import Crnn, Shape
+from scribokit.model import Crnn
 from scribokit.readers import InspectReader, load_picture, onnx_reader, readings
 
 TRAINING = Path(__file__).resolve().parents[2] / "training"
@@ -44,7 +45,7 @@ class Evaluate(unittest.TestCase):
         config = Path(root) / "m.json"
         config.write_text('{"alphabet": "A01"}')
         torch.manual_seed(1)
-        write_onnx(Crnn(Shape(((4,), (6,), (8, 8), (10,), (12,)), 8, 4)), Path(root) / "m.onnx")
+        write_onnx(Crnn(SMALL), Path(root) / "m.onnx")
         return folder, config
 
     def test_prints_a_table_and_writes_the_report(self):

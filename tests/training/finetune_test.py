@@ -9,6 +9,7 @@ import cv2
 import numpy as np
 import torch
 
+from networks import SMALL
 from scribokit.exporting import write_onnx
 from scribokit.finetune import MixedMaker, split, varied
 from scribokit.labels import read_labels
@@ -99,7 +100,7 @@ class Command(unittest.TestCase):
             config = Path(root) / "m.json"
             config.write_text('{"classes": [], "alphabet": "A0123456789"}')
             torch.manual_seed(1)
-            write_onnx(Crnn(Shape(((4,), (6,), (8, 8), (10,), (12,)), 8, 12)), Path(root) / "m.onnx")
+            write_onnx(Crnn(Shape(SMALL.stages, 8, 12)), Path(root) / "m.onnx")
             result = run("train", Path(root) / "m.onnx", Path(root) / "labelled", Path(root) / "run", "--config", config, "--minutes", "0.05",
                          "--known", "10", "--columns", "512", "--threads", "1")
             self.assertEqual(result.returncode, 0, result.stderr)

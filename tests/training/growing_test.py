@@ -8,18 +8,18 @@ import torch
 from networks import SMALL, stirred
 from scribokit.exporting import write_onnx
 from scribokit.growing import grown
-from scribokit.model import Crnn, Shape, read_stages, stages_text, weight_count
+from scribokit.model import Crnn, folded, read_stages, weight_count
 from scribokit.training import load_model
 
 TRAIN = Path(__file__).resolve().parents[2] / "training" / "train"
-SMALL_WEIGHTS = weight_count(Crnn(Shape(SMALL.stages, SMALL.hidden, SMALL.classes, False)))
+SMALL_WEIGHTS = weight_count(folded(Crnn(SMALL)))
 
 
 class Growing(unittest.TestCase):
     def difference(self, stages, hidden):
         model = stirred()
         large = grown(model, read_stages(stages), hidden).eval()
-        self.assertEqual((stages_text(large.shape.stages), large.shape.hidden), (stages, hidden))
+        self.assertEqual((large.shape.stages, large.shape.hidden), (read_stages(stages), hidden))
         self.assertGreaterEqual(weight_count(large), SMALL_WEIGHTS)
         picture = torch.randn(2, 3, 32, 77)
         with torch.no_grad():
@@ -65,7 +65,7 @@ class Growing(unittest.TestCase):
 class Stages(unittest.TestCase):
     def test_are_read_as_they_are_written(self):
         self.assertEqual(read_stages("24/48/96,96/128/160"), ((24,), (48,), (96, 96), (128,), (160,)))
-        self.assertEqual(stages_text(read_stages("1,2/3/4/5/6,7")), "1,2/3/4/5/6,7")
+        self.assertEqual(read_stages("1,2/3/4/5/6,7"), ((1, 2), (3,), (4,), (5,), (6, 7)))
 
     def test_of_another_number_or_without_widths_are_refused(self):
         for text in ("24/48/96/128", "24/48/96/128/160/160", "24/48//128/160", "24/48/a/128/160", "24/0/96/128/160", ""):
@@ -84,7 +84,7 @@ class Command(unittest.TestCase):
             done = self.train(folder, "--from-onnx", f"{folder}/m.onnx", "--stages", "4/6/8,9/10/12", "--hidden", "10")
             self.assertEqual(done.returncode, 0, done.stderr)
             shape = load_model(Path(folder) / "run" / "last.pt")[0].shape
-        self.assertEqual((stages_text(shape.stages), shape.hidden), ("4/6/8,9/10/12", 10))
+        self.assertEqual((shape.stages, shape.hidden), (((4,), (6,), (8, 9), (10,), (12,)), 10))
 
     def test_keeps_the_size_of_the_given_model_without_being_asked(self):
         with tempfile.TemporaryDirectory() as folder:

@@ -21,7 +21,8 @@ def write_onnx(model, path):
     plain.scores = True
     example = torch.zeros(1, 3, 32, 160)
     with warnings.catch_warnings():
-        # What PyTorch warns of, widths that the trace may have fixed, is what export_difference() looks at.
+        # PyTorch warns of its own checks of sizes, which a trace leaves out, and of batches of several, which the model
+        # does not take.
         warnings.simplefilter("ignore")
         torch.onnx.export(plain, example, str(path), opset_version=OPSET, input_names=["input"], output_names=["output"],
                           dynamic_axes={"input": {3: "width"}, "output": {0: "steps"}}, do_constant_folding=True)

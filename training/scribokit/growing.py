@@ -23,29 +23,29 @@ def grown(model, stages, hidden):
 def _grow_convolutions(small, large):
     """Old outputs hear old inputs alone; the channels that a convolution adds stand behind the old ones."""
     sources, planes = iter(convolutions(small)), 3
-    for layer, is_new in zip(convolutions(large), _new_ones(small.shape.stages, large.shape.stages)):
+    for layer, is_new in zip(convolutions(large), _which_are_new(small.shape.stages, large.shape.stages)):
         source = None if is_new else next(sources)
-        width = planes if is_new else source.out_channels
-        if layer.out_channels < width:
-            raise ValueError(f"{width} channels cannot shrink to {layer.out_channels}")
+        kept = planes if is_new else source.out_channels
+        if layer.out_channels < kept:
+            raise ValueError(f"{kept} channels cannot shrink to {layer.out_channels}")
         layer.bias.zero_()
-        layer.weight[:width] = 0
+        layer.weight[:kept] = 0
         if is_new:
-            layer.weight[range(width), range(width), 1, 1] = 1
+            layer.weight[range(kept), range(kept), 1, 1] = 1
         else:
-            layer.weight[:width, :planes] = source.weight
-            layer.bias[:width] = source.bias
-        planes = width
+            layer.weight[:kept, :planes] = source.weight
+            layer.bias[:kept] = source.bias
+        planes = kept
 
 
-def _new_ones(old_stages, new_stages):
-    """For each convolution whether it is new."""
+def _which_are_new(old_stages, new_stages):
+    """For each convolution of the new stages, in their order, whether it is added."""
     result = []
     for number, (old, new) in enumerate(zip(old_stages, new_stages)):
         if len(new) < len(old):
             raise ValueError(f"a stage of {len(old)} convolutions cannot shrink to {len(new)}")
-        kept = len(old) - (number == len(new_stages) - 1)
-        result += [False] * kept + [True] * (len(new) - len(old)) + [False] * (len(old) - kept)
+        before = len(old) - (number == len(new_stages) - 1)
+        result += [False] * before + [True] * (len(new) - len(old)) + [False] * (len(old) - before)
     return result
 
 

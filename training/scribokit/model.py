@@ -5,6 +5,10 @@ import torch
 from torch import nn
 
 
+# Rows and columns that become one after each stage: 32 rows become 2, and 4 columns 1.
+POOLS = ((2, 2), (2, 2), (2, 1), (2, 1))
+
+
 @dataclass
 class Shape:
     """Widths of the convolutions stage by stage, a pool after each stage but the last, and of the LSTM; normalised: batch
@@ -26,14 +30,6 @@ class Shape:
 def read_stages(text):
     """"24/48/96,96/128/160" as ((24,), (48,), (96, 96), (128,), (160,)). ValueError when it is not of that form."""
     return Shape(tuple(stage.split(",") for stage in text.split("/"))).stages
-
-
-def stages_text(stages):
-    return "/".join(",".join(map(str, stage)) for stage in stages)
-
-
-# Rows and columns that become one after each stage: 32 rows become 2, and 4 columns 1.
-POOLS = ((2, 2), (2, 2), (2, 1), (2, 1))
 
 
 class Crnn(nn.Module):
