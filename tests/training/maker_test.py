@@ -3,13 +3,18 @@ import unittest
 
 import numpy as np
 
+from scribokit import marks
 from scribokit.alphabet import read_alphabet
 from scribokit.batches import Batches
+from scribokit.camera import shoot
+from scribokit.conditions import Paint, View
 from scribokit.ctc import steps_needed
-from scribokit.faces import FontFace, StrokeFace, rounded
+from scribokit.dots import COLUMNS, FORMS, ROWS, DotFace
+from scribokit.faces import CAP_HEIGHT, FontFace, StrokeFace, rounded
 from scribokit.fontlist import PLATE, PRINT, font_files
 from scribokit.maker import RECIPES, PictureMaker, network_input
-from scribokit.scene import set_line
+from scribokit.noise import NoiseBank
+from scribokit.scene import TEXT, Scene, set_line
 from scribokit.texts import PLATE_PATTERNS, even_text, fill, gtin_text, is_readable, label_of, plate_text
 
 ALPHABET = read_alphabet()
@@ -89,9 +94,20 @@ class Texts(unittest.TestCase):
         dice = random.Random(5)
         self.assertEqual({c for _ in range(200) for c in even_text("01", dice)}, set("01"))
 
-    def test_fill_either_without_o_and_i(self):
+    def test_drawn_evenly_have_o_i_and_l_away_from_digits_and_show_how_tall_capitals_are(self):
+        dice = random.Random(8)
+        for text in (even_text(ALPHABET, dice) for _ in range(3000)):
+            self.assertFalse(set(text) & set("0123456789") and set(text) & set("OoIl"), text)
+            letters = [character for character in text if character.isalpha()]
+            if letters and not set(text) & set("0123456789"):
+                self.assertTrue(set("".join(letters).lower()) - set("ckopsuvwxz"), text)
+
+    def test_drawn_evenly_come_from_an_alphabet_that_cannot_show_it_too(self):
+        self.assertLessEqual(set(even_text("xX", random.Random(9))), set("xX"))
+
+    def test_fill_either_without_o_i_0_and_1(self):
         dice = random.Random(6)
-        self.assertFalse(set("OI") & set("".join(fill("????????", dice) for _ in range(300))))
+        self.assertFalse(set("OI01") & set("".join(fill("????????", dice) for _ in range(300))))
 
     def test_fill_letters_with_o_and_i_only_in_groups_of_letters(self):
         dice = random.Random(7)
@@ -138,9 +154,77 @@ class Faces(unittest.TestCase):
         self.assertTrue(np.allclose(points[0], [0, 0]) and np.allclose(points[-1], [10, 10]))
         self.assertFalse(any(np.allclose(point, [10, 0]) for point in points))
 
+    def test_of_dots_have_the_whole_alphabet_and_nothing_else(self):
+        self.assertEqual(set(FORMS), set(ALPHABET))
+        for character, forms in FORMS.items():
+            for rows in forms:
+                self.assertEqual((len(rows), {len(row) for row in rows}), (ROWS, {COLUMNS}), character)
+            self.assertGreater(DotFace(3).glyph(character).mask.max(), 200)
+        self.assertIsNone(DotFace(3).glyph("?"))
+
+    def test_of_dots_draw_no_two_characters_alike_but_0_and_o(self):
+        owners = {}
+        for character, forms in FORMS.items():
+            for rows in forms:
+                owners.setdefault(tuple(rows), set()).add(character)
+        self.assertEqual([owner for owner in owners.values() if len(owner) > 1], [{"0", "O"}])
+
     def test_set_a_line_that_is_too_long_as_none(self):
         self.assertIsNone(set_line("W" * 80, StrokeFace(1)))
         self.assertIsNone(set_line(" * ", StrokeFace(1)))
+
+
+class Marks(unittest.TestCase):
+    def test_lose_no_point_and_no_dash(self):
+        dice, noise = random.Random(10), NoiseBank(1)
+        mask = set_line("A.9-B:", FontFace(font_files(PRINT, False)[0]))[0]
+        changed = 0
+        for _ in range(200):
+            result = marks.marked(mask, dice, noise)
+            self.assertTrue(marks.shows_all(mask, result))
+            changed += not np.array_equal(result, mask)
+        self.assertGreater(changed, 40)
+
+    def test_are_missed_where_they_are_gone_or_nearly(self):
+        mask = np.zeros((20, 40), np.uint8)
+        mask[2:18, 2:12] = mask[14:18, 20:24] = 255
+        self.assertTrue(marks.shows_all(mask, mask))
+        for rows, columns in ((slice(14, 18), slice(20, 24)), (slice(2, 18), slice(2, 11))):
+            less = mask.copy()
+            less[rows, columns] = 0
+            self.assertFalse(marks.shows_all(mask, less))
+
+
+class Cameras(unittest.TestCase):
+    """A line of five characters, 20 pixels of the scene to each, around which the box leaves some room."""
+
+    def shot(self, view, room):
+        scene = Scene(100, 5)
+        scene.planes[TEXT][scene.top:scene.bottom, scene.left:scene.right] = 255
+        box = scene.left - room, scene.top - room, scene.right + room, scene.bottom + room
+        paint = Paint((200, 200, 200), (20, 20, 20), (0, 0, 0), (0, 0, 0), (0, 0, 0))
+        return shoot(scene, box, view, paint, random.Random(1), NoiseBank(1))
+
+    def test_take_the_picture_at_the_height_that_is_asked_for(self):
+        for height in (12, 30, 60):
+            self.assertEqual(self.shot(View(height), 0).shape[0], height)
+
+    def test_take_it_higher_when_capitals_would_have_less_than_seven_pixels(self):
+        picture = self.shot(View(12), CAP_HEIGHT / 2)
+        self.assertEqual(picture.shape[0], 16)
+        self.assertGreaterEqual((picture[:, picture.shape[1] // 2, 0] < 110).sum(), 7)
+        self.assertGreaterEqual(self.shot(View(12, detail=0.5), CAP_HEIGHT / 2).shape[0], 28)
+
+    def test_take_it_higher_when_characters_would_have_less_than_four_pixels(self):
+        self.assertGreaterEqual(self.shot(View(12, stretch=0.5), 0).shape[0], 16)
+
+    def test_take_none_where_even_the_highest_shows_too_little(self):
+        self.assertIsNone(self.shot(View(12), 10 * CAP_HEIGHT))
+
+    def test_blur_no_more_than_leaves_a_capital_its_gaps(self):
+        sharp, blurred = (self.shot(View(40, blur=blur), CAP_HEIGHT) for blur in (2.0, 200.0))
+        self.assertLess(np.abs(sharp.astype(int) - blurred).mean(), 4)
+        self.assertGreater(np.ptp(self.shot(View(40, motion=400.0), CAP_HEIGHT)), 100)
 
 
 if __name__ == "__main__":

@@ -4,19 +4,31 @@ import math
 import cv2
 import numpy as np
 
+from .conditions import HIGHEST
+from .faces import CAP_HEIGHT
 from .scene import CLUTTER, FAINT, OUTSIDE, TEXT
+
+# Pixels that a capital has to have in height, and a character with its gap in width, to be told from others: the
+# smallest letters in use are drawn in seven rows, and in three columns and a gap.
+_LEAST_HEIGHT, _LEAST_PITCH = 7, 4
 
 
 def shoot(scene, box, view, paint, dice, noise):
-    """A picture (height×width×3 bytes, BGR) of the scene's box (x0, y0, x1, y1), as `view` and `paint` say."""
-    planes = _project(scene, box, view, dice)
+    """A picture (height×width×3 bytes, BGR) of the scene's box (x0, y0, x1, y1), as `view` and `paint` say; None when
+    its characters would be too small for anybody to read on the highest picture."""
+    seen = _project(scene, box, view, dice)
+    if seen is None:
+        return None
+    planes, capitals = seen
     picture = _coloured(planes, paint, dice, noise)
     picture = _lit(picture, view, dice, noise)
-    return _recorded(picture, view, dice, noise)
+    return _recorded(picture, view, capitals, dice, noise)
 
 
 def _project(scene, box, view, dice):
-    """Warps the layers so that the box's outline, turned and seen at an angle, fills the picture."""
+    """Warps the layers so that the box's outline, turned and seen at an angle, fills the picture, which is taken larger
+    when its characters would be too small. The layers and the height of a capital in pixels, or None when that makes
+    the picture higher than any."""
     x0, y0, x1, y1 = box
     centre = np.array([(x0 + x1) / 2, (y0 + y1) / 2])
     corners = np.array([[x0, y0], [x1, y0], [x1, y1], [x0, y1]]) - centre
@@ -32,7 +44,10 @@ def _project(scene, box, view, dice):
     for edge in (low, high):
         edge += size * np.array([dice.gauss(0, view.jitter * 0.4), dice.gauss(0, view.jitter)])
     size = np.maximum(high - low, 8)
-    height = view.height
+    least = max(_LEAST_HEIGHT / CAP_HEIGHT, _LEAST_PITCH / (scene.pitch * view.stretch)) / view.detail
+    height = max(view.height, math.ceil(size[1] * least))
+    if height > HIGHEST:
+        return None
     width = int(max(8, min(round(size[0] / size[1] * height), 12 * height)))
     scale = np.array([width, height]) / size
     target = (seen - low) * scale
@@ -44,7 +59,7 @@ def _project(scene, box, view, dice):
         source = source * half
     matrix = cv2.getPerspectiveTransform(source, np.float32(target))
     planes = cv2.warpPerspective(planes, matrix, (width, height), flags=cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE)
-    return _curved(planes, view.curvature) if view.curvature else planes
+    return (_curved(planes, view.curvature) if view.curvature else planes), CAP_HEIGHT * scale[1]
 
 
 def _curved(planes, curvature):
@@ -117,12 +132,14 @@ def _lit(picture, view, dice, noise):
     return picture
 
 
-def _recorded(picture, view, dice, noise):
+def _recorded(picture, view, capitals, dice, noise):
+    """What the sensor and the file make of it. Blur ends where it would close the gaps of a capital, `capitals` pixels
+    high: at a deviation of a tenth and a motion of a fifth of that."""
     height, width = picture.shape[:2]
     if view.blur > 0:
-        picture = cv2.GaussianBlur(picture, (0, 0), view.blur * height / 32)
+        picture = cv2.GaussianBlur(picture, (0, 0), min(view.blur * height / 32, capitals / 10))
     if view.motion > 1:
-        length = max(2, int(round(view.motion * height / 32)))
+        length = max(2, int(round(min(view.motion * height / 32, capitals / 5))))
         kernel = np.zeros((length, length), np.float32)
         if dice.random() < 0.7:
             kernel[length // 2] = 1 / length

@@ -1,6 +1,9 @@
 """How a scene is painted and seen. A level from 0 (studio) to 1 (the worst that a reader is asked for) scales all."""
 from dataclasses import dataclass
 
+# Heights of the pictures in pixels.
+LOWEST, HIGHEST = 12, 60
+
 
 @dataclass
 class Paint:
@@ -40,9 +43,9 @@ class View:
     jpeg: int = 0
 
 
-def draw_view(dice, level, stretch=(0.75, 1.3), low=12, high=60):
+def draw_view(dice, level, stretch=(0.75, 1.3)):
     """Conditions of this level. Heights are drawn so that small pictures are as frequent as large ones."""
-    height = int(round(low * (high / low) ** (dice.random() ** (0.8 + 0.5 * (1 - level)))))
+    height = int(round(LOWEST * (HIGHEST / LOWEST) ** (dice.random() ** (0.8 + 0.5 * (1 - level)))))
     view = View(height)
     view.tilt = dice.choice((0.4, 1.5, 3.5)) * (0.3 + level)
     view.shear = 0.10 * level * dice.random()

@@ -1,4 +1,5 @@
 """Layouts: a line of text with what surrounds it, as a scene and the box that a crop shows of it."""
+from .dots import DotFace
 from .faces import CAP_HEIGHT
 from .scene import BASELINE, CLUTTER, FAINT, OUTSIDE, TEXT, Scene, set_line
 from . import marks
@@ -61,7 +62,7 @@ def plate(text, face, small_face, dice):
         return None
     mask, emblems = line
     mask = marks.heavier(mask, dice) if dice.random() < 0.12 else mask
-    scene = Scene(mask.shape[1])
+    scene = Scene(mask.shape[1], len(text))
     scene.stamp(TEXT, mask, scene.left, scene.top - BASELINE + CAP_HEIGHT)
     for x in emblems:
         if dice.random() < 0.85:
@@ -143,28 +144,18 @@ def _stickers(scene, face, dice):
 
 def printed(text, face, small_face, dice, noise, level):
     """A line as an industrial printer leaves it: (scene, box), or None when the face lacks a character."""
-    process = dice.random()
-    stencilled = process > 0.95
+    dotted = isinstance(face, DotFace)
+    stencilled = not dotted and dice.random() < 0.05
     line = set_line(text, face, spacing=dice.choice((0, 0, dice.uniform(-0.03, 0.3))), gap=dice.uniform(0.25, 0.6), emblem=0.4,
                     each=(lambda glyph: marks.stencil(glyph, dice)) if stencilled else None)
     if line is None:
         return None
     mask = line[0]
-    if process < 0.16:
-        mask = marks.dot_matrix(mask, dice)
-    elif process < 0.24:
-        mask = marks.missing_columns(mask, dice)
-    elif process < 0.30:
-        mask = marks.scan_lines(mask, dice)
-    elif process < 0.38:
-        mask = marks.worn(mask, dice, noise)
-    elif process < 0.48:
-        mask = marks.heavier(mask, dice)
-    elif process < 0.54:
-        mask = marks.lighter(mask, dice)
-    elif process < 0.56:
-        mask = marks.outlined(mask, dice)
-    scene = Scene(mask.shape[1])
+    if dotted:
+        mask = marks.slanted(mask, dice)
+    elif not stencilled:
+        mask = marks.marked(mask, dice, noise)
+    scene = Scene(mask.shape[1], len(text))
     scene.stamp(TEXT, mask, scene.left, scene.top - BASELINE + CAP_HEIGHT)
     if dice.random() < 0.45 * level:
         _neighbours(scene, small_face, dice)

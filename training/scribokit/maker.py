@@ -5,6 +5,7 @@ import cv2
 import numpy as np
 
 from . import camera, conditions, layouts, texts
+from .dots import DotFace
 from .faces import FontFace, StrokeFace
 from .fontlist import PLATE, PRINT, SEGMENT, font_files
 from .noise import NoiseBank
@@ -17,8 +18,11 @@ RECIPES = {
     "mix": (0.6, 0.0, 1.0),
     "clean": (0.0, 0.0, 0.0),
 }
-_STROKE_FACES = 160
-_HELD_OUT_STROKE_SEED = 100_000
+# Faces that are drawn from a seed: their kind and how many of them there are.
+_DRAWN_FACES = {"strokes": (StrokeFace, 160), "dots": (DotFace, 60)}
+_HELD_OUT_SEED = 100_000
+# What lines of print are drawn with, and how often.
+_PRINT_USES = ("print", "plate", "dots", "strokes", "segment"), (70, 12, 10, 5, 3)
 
 
 class FaceSet:
@@ -28,13 +32,13 @@ class FaceSet:
         self._files = {name: font_files(patterns, held_out) for name, patterns in (("plate", PLATE), ("print", PRINT), ("segment", SEGMENT))}
         if not self._files["print"]:
             raise RuntimeError("no fonts found: install the packages of training/packages.txt")
-        self._first_stroke_seed = _HELD_OUT_STROKE_SEED if held_out else 0
+        self._first_seed = _HELD_OUT_SEED if held_out else 0
         self._open = {}
 
     def draw(self, use, dice):
-        if use == "strokes":
-            seed = self._first_stroke_seed + dice.randrange(_STROKE_FACES)
-            return self._opened(seed, StrokeFace)
+        if use in _DRAWN_FACES:
+            kind, count = _DRAWN_FACES[use]
+            return self._opened(self._first_seed + dice.randrange(count), kind)
         files = self._files[use] or self._files["print"]
         for _ in range(20):
             face = self._opened(dice.choice(files), FontFace)
@@ -42,10 +46,11 @@ class FaceSet:
                 return face
         raise RuntimeError("the installed fonts cannot be opened")
 
-    def _opened(self, key, kind):
+    def _opened(self, source, kind):
+        key = kind, source
         if key not in self._open:
             try:
-                self._open[key] = kind(key)
+                self._open[key] = kind(source)
             except (OSError, ValueError, ZeroDivisionError):
                 self._open[key] = None
         return self._open[key]
@@ -95,11 +100,11 @@ class PictureMaker:
             paint = conditions.draw_plate_paint(dice, level)
         else:
             text = self._write(dice)
-            use = dice.random()
-            face = self._faces.draw("segment" if use < 0.03 else "strokes" if use < 0.08 else "plate" if use < 0.2 else "print", dice)
-            if use < 0.03 and not set(text) <= set("0123456789-.:"):
+            use = dice.choices(*_PRINT_USES)[0]
+            face = self._faces.draw(use, dice)
+            if use == "segment" and not set(text) <= set("0123456789-.:"):
                 text = texts.fill(dice.choice(("99.9", "9999", "99:99", "-99.9", "999999")), dice)
-            elif 0.03 <= use < 0.08:
+            elif use == "strokes":
                 text = text.upper()
             if not texts.is_readable(text, self._alphabet):
                 return None
@@ -112,7 +117,8 @@ class PictureMaker:
         if laid is None:
             return None
         scene, box = laid
-        return camera.shoot(scene, box, view, paint, dice, self._noise), texts.label_of(text, self._alphabet)
+        picture = camera.shoot(scene, box, view, paint, dice, self._noise)
+        return None if picture is None else (picture, texts.label_of(text, self._alphabet))
 
 
 def network_input(picture, width=None, height=32, widest=320):

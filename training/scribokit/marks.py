@@ -1,8 +1,8 @@
 """What a marking process makes of clean letters: each function takes a mask (bytes, 255 is ink) and gives a mask."""
+from functools import partial
+
 import cv2
 import numpy as np
-
-from .faces import CAP_HEIGHT
 
 _CROSS = cv2.getStructuringElement(cv2.MORPH_CROSS, (3, 3))
 
@@ -17,8 +17,9 @@ def lighter(mask, dice):
 
 
 def dot_matrix(mask, dice):
-    """Continuous ink-jet and needle printers: the letters sampled to a few rows of round dots."""
-    pitch = max(3, round(CAP_HEIGHT / dice.randint(7, 12)))
+    """Ink-jet and needle printers of many rows: the letters of a font sampled to 10 or 13 rows of round dots. Printers
+    of fewer rows have letters made for them (DotFace), because those of a font cannot be told apart in so few dots."""
+    pitch = dice.choice((3, 4))
     size = max(1, mask.shape[1] // pitch), max(1, mask.shape[0] // pitch)
     _, dots = cv2.threshold(cv2.resize(mask, size, interpolation=cv2.INTER_AREA), dice.randint(70, 110), 255, cv2.THRESH_BINARY)
     stamp = np.zeros((pitch, pitch), np.uint8)
@@ -26,11 +27,16 @@ def dot_matrix(mask, dice):
     drops = np.kron(dots // 255, stamp)
     result = np.zeros_like(mask)
     result[:drops.shape[0], :drops.shape[1]] = drops[:mask.shape[0], :mask.shape[1]]
-    if dice.random() < 0.3:
-        shift = dice.uniform(-0.25, 0.25)
-        matrix = np.float32([[1, shift, -shift * mask.shape[0] / 2], [0, 1, 0]])
-        result = cv2.warpAffine(result, matrix, (mask.shape[1], mask.shape[0]))
-    return result
+    return slanted(result, dice)
+
+
+def slanted(mask, dice):
+    """Rows of dots on a moving product lean when its speed is not the one that was set: three lines in ten."""
+    if dice.random() >= 0.3:
+        return mask
+    shift = dice.uniform(-0.25, 0.25)
+    matrix = np.float32([[1, shift, -shift * mask.shape[0] / 2], [0, 1, 0]])
+    return cv2.warpAffine(mask, matrix, (mask.shape[1], mask.shape[0]))
 
 
 def missing_columns(mask, dice):
@@ -67,3 +73,20 @@ def stencil(glyph_mask, dice):
     middle = mask.shape[1] // 2
     mask[:, middle - 1:middle + 2] = 0
     return mask if np.count_nonzero(mask) > 0.55 * np.count_nonzero(glyph_mask) else glyph_mask
+
+
+def marked(mask, dice, noise):
+    """The line as one of the processes marks it, or as it is when the process would lose a whole mark, a point or a
+    dash: the label names it, so the picture has to show it."""
+    processes = (None, heavier, dot_matrix, missing_columns, partial(worn, noise=noise), scan_lines, lighter, outlined)
+    process = dice.choices(processes, (52, 10, 8, 8, 8, 6, 6, 2))[0]
+    result = process(mask, dice) if process else mask
+    return result if shows_all(mask, result) else mask
+
+
+def shows_all(before, after):
+    """Whether a fifth or more of every connected mark is still inked."""
+    count, labels = cv2.connectedComponents((before > 127).view(np.uint8))
+    areas = np.bincount(labels.ravel(), minlength=count)
+    kept = np.bincount(labels[after > 63], minlength=count)
+    return bool((kept[1:] >= 0.2 * areas[1:]).all())

@@ -15,8 +15,10 @@ MAX_WIDTH = 740
 
 
 class Scene:
-    def __init__(self, text_width):
-        """Room for a line of this width (pixels at CAP_HEIGHT) and its surroundings."""
+    def __init__(self, text_width, characters):
+        """Room for a line of this width (pixels at CAP_HEIGHT) and so many characters, gaps counted in, and for its
+        surroundings."""
+        self.pitch = text_width / characters
         self.width = int(text_width) + 2 * _MARGIN
         self.height = CAP_HEIGHT + 2 * _MARGIN
         self.planes = [np.zeros((self.height, self.width), np.uint8) for _ in range(4)]

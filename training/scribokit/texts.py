@@ -1,11 +1,12 @@
 """What is printed: dates, lots, serials, plates, article numbers, words, and the alphabet drawn evenly.
 
 In a pattern 'A' stands for a letter (O and I only in a group of letters, as in "AA-999" but not in "A999"), '9' for a digit, '?'
-for either but O and I; ' ' is a gap, '*' a gap with an emblem or a dot that is not to be read; everything else stands for itself.
+for either but O, I, 0 and 1; ' ' is a gap, '*' a gap with an emblem or a dot that is not to be read; everything else stands for itself.
 
 The picture has to decide what the label says. In most fonts nobody can tell 0 from O or 1 from I in a random string, or
 a lone c from C, and a network that is asked to guess spends its weights on it. So such characters are drawn where their
-place, the letter case of the text or their neighbours tell them apart, and nowhere else.
+place, the letter case of the text or their neighbours tell them apart, and nowhere else: O and I in groups of letters
+alone, 0 and 1 among digits.
 """
 import re
 import string
@@ -14,7 +15,7 @@ CAPITALS = string.ascii_uppercase
 SMALL = string.ascii_lowercase
 DIGITS = string.digits
 LETTERS_BESIDE_DIGITS = "".join(character for character in CAPITALS if character not in "OI")
-EITHER = LETTERS_BESIDE_DIGITS + DIGITS
+EITHER = LETTERS_BESIDE_DIGITS + "23456789"
 LETTER_GROUP = re.compile(r"(?<![9?A])A{2,}(?![9?A])")
 # Small letters that are their capitals made smaller.
 SHRUNK = "ckopsuvwxz"
@@ -91,10 +92,20 @@ def word_text(dice):
 
 def even_text(alphabet, dice):
     """Every character of the alphabet about as likely as any other: in capitals, in small letters, or in both but for
-    those that only their size tells apart; with digits but without O and I, or with letters but without 0 and 1."""
-    hidden = dice.choice((CAPITALS, SMALL, SHRUNK + SHRUNK.upper() + "Il")) + dice.choice(("OoIl", "01"))
+    those that only their size tells apart; with digits but without O and I, or without digits."""
+    hidden = dice.choice((CAPITALS, SMALL, SHRUNK + SHRUNK.upper() + "Il")) + dice.choice(("OoIl", DIGITS))
     pool = "".join(character for character in alphabet if character not in hidden) or alphabet
-    return "".join(dice.choice(pool) for _ in range(dice.randint(3, 10)))
+    for _ in range(20):
+        text = "".join(dice.choice(pool) for _ in range(dice.randint(3, 10)))
+        if _shows_its_size(text):
+            break
+    return text
+
+
+def _shows_its_size(text):
+    """Whether a letter or digit tells how tall capitals are, so that small letters can be told from them."""
+    characters = [character for character in text if character.isalnum()]
+    return not characters or any(character.lower() not in SHRUNK for character in characters)
 
 
 def print_text(alphabet, dice):
