@@ -20,9 +20,11 @@ _AVERAGED_STEPS = 500
 
 @dataclass
 class Progress:
-    """What is kept besides the weights: steps done, pictures seen, seconds trained, the best line accuracy so far."""
+    """What is kept besides the weights: steps done, pictures trained on, pictures read to find those, seconds trained,
+    the best line accuracy so far."""
     steps: int = 0
     pictures: int = 0
+    read: int = 0
     seconds: float = 0.0
     best: float = -1.0
 
@@ -47,7 +49,7 @@ class Trainer:
         self.device = device
         self.rate = rate
         self.optimizer = torch.optim.AdamW(model.parameters(), lr=rate, weight_decay=1e-4)
-        self.loss = nn.CTCLoss(blank=0, zero_infinity=True)
+        self._ctc = nn.CTCLoss(blank=0, reduction="none", zero_infinity=True)
         self.progress = Progress()
 
     def step(self, pictures, labels, rate):
@@ -55,12 +57,7 @@ class Trainer:
         self.model.train()
         for group in self.optimizer.param_groups:
             group["lr"] = rate
-        scores = self.model(to_input(pictures, self.device))
-        classes = [encode(label, self.alphabet) for label in labels]
-        target = torch.tensor([value for label in classes for value in label], dtype=torch.long)
-        lengths = torch.tensor([len(label) for label in classes])
-        steps = torch.full((len(labels),), scores.shape[0], dtype=torch.long)
-        loss = self.loss(scores.float().cpu(), target, steps, lengths)
+        loss = self._losses(pictures, labels).mean()
         self.optimizer.zero_grad(set_to_none=True)
         if torch.isfinite(loss):
             loss.backward()
@@ -70,6 +67,21 @@ class Trainer:
         self.progress.steps += 1
         self.progress.pictures += len(labels)
         return float(loss)
+
+    def losses(self, pictures, labels):
+        """How badly each line is read: its CTC loss divided by its characters, an array."""
+        self.model.eval()
+        self.progress.read += len(labels)
+        with torch.no_grad():
+            return self._losses(pictures, labels).numpy()
+
+    def _losses(self, pictures, labels):
+        scores = self.model(to_input(pictures, self.device))
+        classes = [encode(label, self.alphabet) for label in labels]
+        target = torch.tensor([value for label in classes for value in label], dtype=torch.long)
+        lengths = torch.tensor([len(label) for label in classes])
+        steps = torch.full((len(labels),), scores.shape[0], dtype=torch.long)
+        return self._ctc(scores.float().cpu(), target, steps, lengths) / lengths
 
     def _keep_average(self):
         steps = self.progress.steps
