@@ -31,7 +31,7 @@ def dot_matrix(mask, dice):
 
 
 def slanted(mask, dice):
-    """Rows of dots on a moving product lean when its speed is not the one that was set: three lines in ten."""
+    """Leaning to either side, as rows of dots on a moving product may, in three lines of ten."""
     if dice.random() >= 0.3:
         return mask
     shift = dice.uniform(-0.25, 0.25)

@@ -1,7 +1,8 @@
 """What is printed: dates, lots, serials, plates, article numbers, words, and the alphabet drawn evenly.
 
-In a pattern 'A' stands for a letter (O and I only in a group of letters, as in "AA-999" but not in "A999"), '9' for a digit, '?'
-for either but O, I, 0 and 1; ' ' is a gap, '*' a gap with an emblem or a dot that is not to be read; everything else stands for itself.
+In a pattern 'A' stands for a letter (O and I only in a group of letters, as in "AA-999" but not in "A999"), '9' for a
+digit, '?' for either but O, I, 0 and 1; ' ' is a gap, '*' a gap with an emblem or a dot that is not to be read; everything
+else stands for itself.
 
 The picture has to decide what the label says. In most fonts nobody can tell 0 from O or 1 from I in a random string, or
 a lone c from C, and a network that is asked to guess spends its weights on it. So such characters are drawn where their
