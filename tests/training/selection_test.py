@@ -60,7 +60,7 @@ class Selection(unittest.TestCase):
 
 
 class Losses(unittest.TestCase):
-    def test_are_those_of_a_step_and_change_nothing(self):
+    def test_of_a_line_are_the_same_in_any_batch_and_change_nothing(self):
         torch.manual_seed(1)
         trainer = Trainer(Crnn(SMALL), "abc")
         pictures = np.random.default_rng(1).integers(0, 256, (3, 3, 32, 64), np.uint8)

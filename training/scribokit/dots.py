@@ -116,7 +116,6 @@ class DotFace:
 
     def __init__(self, seed):
         dice = np.random.default_rng(seed)
-        self.name = f"dots-{seed}"
         self._column = _PITCH * dice.uniform(0.75, 1.25)
         self._radius = min(_PITCH, self._column) * dice.uniform(0.34, 0.62)
         self._forms = {character: forms[dice.integers(len(forms))] for character, forms in FORMS.items()}
