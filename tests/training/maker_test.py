@@ -3,7 +3,7 @@ import unittest
 
 import numpy as np
 
-from scribokit import marks
+from scribokit import marks, plates
 from scribokit.alphabet import read_alphabet
 from scribokit.batches import Batches
 from scribokit.camera import shoot
@@ -14,8 +14,8 @@ from scribokit.faces import CAP_HEIGHT, FontFace, StrokeFace, rounded
 from scribokit.fontlist import PLATE, PRINT, font_files
 from scribokit.maker import RECIPES, PictureMaker, network_input
 from scribokit.noise import NoiseBank
-from scribokit.scene import TEXT, Scene, set_line
-from scribokit.texts import PLATE_PATTERNS, even_text, fill, gtin_text, is_readable, label_of, plate_text
+from scribokit.scene import CLUTTER, FAINT, OUTSIDE, TEXT, Scene, set_line
+from scribokit.texts import LOOKALIKES, PLATE_PATTERNS, even_text, fill, gtin_text, is_readable, label_of, plate_text, tempting
 
 ALPHABET = read_alphabet()
 
@@ -79,7 +79,7 @@ class Texts(unittest.TestCase):
     def test_of_plates_have_capitals_and_digits(self):
         dice = random.Random(3)
         for _ in range(200):
-            self.assertRegex(plate_text(dice), r"^[A-Z0-9 *-]+$")
+            self.assertRegex(plate_text(dice), r"^[A-Z0-9 *.-]+$")
         self.assertEqual(len(set(PLATE_PATTERNS)), len(PLATE_PATTERNS))
 
     def test_drawn_evenly_hold_nothing_that_nobody_can_tell(self):
@@ -117,6 +117,18 @@ class Texts(unittest.TestCase):
             self.assertEqual(set("OI") & set(drawn), set(expected), pattern)
             self.assertIn("Q", drawn)
 
+    def test_of_plates_have_lookalikes_in_each_others_places(self):
+        dice = random.Random(3)
+        drawn = [tempting("8B 999", dice) for _ in range(400)]
+        self.assertEqual(set(drawn), {"8B 999", "BB 999", "88 999", "B8 999"})
+        self.assertLess(200, drawn.count("8B 999"))
+        self.assertEqual({LOOKALIKES[LOOKALIKES[character]] for character in LOOKALIKES}, set(LOOKALIKES))
+        self.assertTrue(all(character.isdigit() != other.isdigit() for character, other in LOOKALIKES.items()))
+
+    def test_of_plates_have_none_beside_o_and_i(self):
+        dice = random.Random(3)
+        self.assertEqual({tempting(text, dice) for text in ("BO 888", "BI 888") for _ in range(200)}, {"BO 888", "BI 888"})
+
     def test_are_labelled_without_gaps_and_emblems(self):
         self.assertEqual(label_of("A*BC 12-3", ALPHABET), "ABC12-3")
 
@@ -153,6 +165,13 @@ class Faces(unittest.TestCase):
         points = rounded(np.array([[0.0, 0], [10, 0], [10, 10]]), 3)
         self.assertTrue(np.allclose(points[0], [0, 0]) and np.allclose(points[-1], [10, 10]))
         self.assertFalse(any(np.allclose(point, [10, 0]) for point in points))
+
+    def test_of_strokes_have_8_and_0_rounder_than_b_and_d(self):
+        for seed in range(160):
+            face = StrokeFace(seed)
+            corners = {character: int(face.glyph(character).mask[:8, :8].sum()) for character in "8B0D"}
+            self.assertLess(corners["8"], 0.9 * corners["B"], seed)
+            self.assertLess(corners["0"], 0.9 * corners["D"], seed)
 
     def test_of_dots_have_the_whole_alphabet_and_nothing_else(self):
         self.assertEqual(set(FORMS), set(ALPHABET))
@@ -228,6 +247,57 @@ class Cameras(unittest.TestCase):
         sharp, blurred = (self.shot(View(40, blur=blur), CAP_HEIGHT) for blur in (2.0, 200.0))
         self.assertLess(np.abs(sharp.astype(int) - blurred).mean(), 4)
         self.assertGreater(np.ptp(self.shot(View(40, motion=400.0), CAP_HEIGHT)), 100)
+
+    def test_see_a_line_climb_whose_strokes_stay_upright(self):
+        picture = self.shot(View(60, slope=0.6), 0)
+        ink = picture[:, :, 0] < 110
+        first, last = np.flatnonzero(ink.any(0))[[0, -1]]
+        self.assertGreater(abs(np.flatnonzero(ink[:, first + 3])[0] - np.flatnonzero(ink[:, last - 3])[0]), 4)
+        self.assertGreater(ink[:, first + 3].sum(), 0.9 * ink[:, (first + last) // 2].sum())
+
+
+class Plates(unittest.TestCase):
+    def setUp(self):
+        self.scene = Scene(300, 7)
+        self.edge = self.scene.left - 10, self.scene.top - 12, self.scene.right + 14, self.scene.bottom + 9
+        self.face = StrokeFace(1)
+
+    def inside(self, room):
+        x0, y0, x1, y1 = (int(v) for v in self.edge)
+        return self.scene.planes[CLUTTER][y0 + room:y1 - room, x0 + room:x1 - room]
+
+    def test_have_frames_around_them_and_not_across(self):
+        for seed in range(60):
+            self.setUp()
+            outer = plates.frame(self.scene, self.face, self.edge, random.Random(seed))
+            self.assertTrue(outer[0] < self.edge[0] and outer[1] < self.edge[1] and outer[2] > self.edge[2] and outer[3] > self.edge[3])
+            self.assertFalse(self.inside(4).any(), seed)
+            self.assertTrue(self.scene.planes[CLUTTER][int(outer[1]), int(outer[0]):int(outer[2])].all(), seed)
+
+    def test_have_bodywork_around_them_and_not_across(self):
+        marked = 0
+        for seed in range(60):
+            self.setUp()
+            plates.bodywork(self.scene, self.edge, random.Random(seed))
+            self.assertFalse(self.inside(0).any(), seed)
+            marked += self.scene.planes[CLUTTER].any()
+        self.assertGreater(marked, 50)
+
+    def test_have_seals_larger_than_the_dots_of_a_colon(self):
+        for seed in range(60):
+            self.setUp()
+            plates.seals(self.scene, self.scene.left + 100, 0.25, random.Random(seed))
+            rows = np.flatnonzero((self.scene.planes[CLUTTER] | self.scene.planes[FAINT]).any(1))
+            self.assertGreater(rows[-1] - rows[0], CAP_HEIGHT * 0.45, seed)
+
+    def test_are_seen_with_all_their_characters(self):
+        dice = random.Random(2)
+        for _ in range(60):
+            scene, box = plates.plate("AB*123", self.face, self.face, dice)
+            rows, columns = (np.flatnonzero(scene.planes[TEXT].any(axis)) for axis in (1, 0))
+            self.assertTrue(box[0] <= columns[0] + 1 and box[1] <= rows[0] + 1 and box[2] >= columns[-1] - 1 and box[3] >= rows[-1] - 1, box)
+            x0, y0, x1, y1 = columns[0], rows[0], columns[-1], rows[-1]
+            self.assertFalse(scene.planes[OUTSIDE][y0:y1, x0:x1].any())
 
 
 if __name__ == "__main__":

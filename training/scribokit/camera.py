@@ -33,9 +33,9 @@ def _project(scene, box, view, dice):
     centre = np.array([(x0 + x1) / 2, (y0 + y1) / 2])
     corners = np.array([[x0, y0], [x1, y0], [x1, y1], [x0, y1]]) - centre
     angle = math.radians(dice.gauss(0, view.tilt))
-    shear = dice.gauss(0, view.shear)
+    shear, slope = dice.gauss(0, view.shear), dice.gauss(0, view.slope)
     turn = np.array([[math.cos(angle), -math.sin(angle)], [math.sin(angle), math.cos(angle)]])
-    seen = corners @ (turn @ np.array([[view.stretch, shear], [0, 1.0]])).T
+    seen = corners @ (turn @ np.array([[view.stretch, shear], [slope * view.stretch, 1.0]])).T
     for axis in (0, 1):
         keystone = dice.gauss(0, view.keystone)
         seen *= 1 + keystone * seen[:, axis:axis + 1] / max(np.abs(seen[:, axis]).max(), 1)

@@ -22,10 +22,12 @@ class Paint:
 
 @dataclass
 class View:
-    """Angles in degrees, blur, motion in pixels at a height of 32, noise in grey levels, shadow, glare, dirt as chances."""
+    """Angles in degrees; shear and slope, what the line leans and climbs for each pixel up and along, as things seen from
+    above and from the side do; blur, motion in pixels at a height of 32, noise in grey levels, shadow, glare, dirt as chances."""
     height: int
     tilt: float = 0.0
     shear: float = 0.0
+    slope: float = 0.0
     stretch: float = 1.0
     keystone: float = 0.0
     curvature: float = 0.0
@@ -64,6 +66,14 @@ def draw_view(dice, level, stretch=(0.75, 1.3)):
         view.detail = dice.uniform(max(0.35, 10 / height) if height > 12 else 1, 1)
     if dice.random() < 0.45:
         view.jpeg = dice.randint(int(70 - 45 * level), 95)
+    return view
+
+
+def draw_plate_view(dice, level):
+    """As draw_view, but narrow plates are more frequent, and so are those seen from the side or by a camera held askew."""
+    view = draw_view(dice, level, stretch=(0.6, 1.15))
+    if dice.random() < 0.55 * level:
+        view.tilt, view.slope = dice.choice(((6.0, 0.03), (3.0, 0.07), (1.0, 0.12)))
     return view
 
 

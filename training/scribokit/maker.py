@@ -4,7 +4,7 @@ import random
 import cv2
 import numpy as np
 
-from . import camera, conditions, layouts, texts
+from . import camera, conditions, layouts, plates, texts
 from .dots import DotFace
 from .faces import FontFace, StrokeFace
 from .fontlist import PLATE, PRINT, SEGMENT, font_files
@@ -95,8 +95,8 @@ class PictureMaker:
             if not texts.is_readable(text, self._alphabet):
                 return None
             face = self._faces.draw("strokes" if dice.random() < 0.5 else "plate", dice)
-            laid = layouts.plate(text, face, small_face, dice)
-            view = conditions.draw_view(dice, level, stretch=(0.6, 1.15))
+            laid = plates.plate(text, face, small_face, dice)
+            view = conditions.draw_plate_view(dice, level)
             paint = conditions.draw_plate_paint(dice, level)
         else:
             text = self._write(dice)

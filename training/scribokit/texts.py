@@ -27,6 +27,7 @@ PLATE_PATTERNS = (
     "AAA*999", "999*AAA", "AA9 9999", "A99*99A", "9 AAA 99", "AAA 99 99", "A 99999", "99A 9999", "999 999", "99999", "99 9999",
     "AA 999", "AA-9999", "AAAA 99", "AA 9A 9999", "AA99 A 999", "A 9999", "?????", "??????", "???????", "??? ???", "???? ????",
     "AAAAAAA", "AAAA99", "A9999A", "9A99999", "AA999A", "99A999", "AAA999A", "9999 99", "AA 99 AAA", "AAA-999", "AAA*9999",
+    "9A9*9999", "9AA*9999", "AAA 99-99", "AA*999-AA", "AA*9999-A", "AA*999-A", "999-A-999", "99A-999.99", "99A-9999", "AAA 9A99", "AA 999-AA",
 )
 CODE_PATTERNS = (
     "A9999", "AA9999", "A99999", "L99999", "LOT A9999", "LOT:A9999", "LOT#9999", "LOT 99999", "SN-999999", "SN:???????", "S/N 99999",
@@ -39,6 +40,9 @@ WORDS = (
     "KEEP DRY USE BY END MFG PROD PACK UNIT TEST PASS FAIL LEFT RIGHT FRONT BACK OPEN CLOSE START STOP POWER INPUT OUTPUT GROUND "
     "Volt Watt Made Batch Lot Exp Type Model Serial Best before Date Code Part number Line Shift Valve Pump Motor Filter Class "
     "HOTEL TAXI POLICE TRUCK SUPER MUSTANG LUCKY RACER FAST QUICK ZEPHYR JUMBO VOYAGE BOXER KING QUEEN WIZARD").split()
+# Letters and digits that look like each other and are still told apart at a height of twelve pixels. Not 0 and D, whose
+# corners are lost there: a reader that often meets D among digits reads 0 as D.
+LOOKALIKES = {"8": "B", "B": "8", "5": "S", "S": "5", "2": "Z", "Z": "2", "6": "G", "G": "6", "4": "A", "A": "4", "7": "T", "T": "7"}
 MONTHS = ("JAN", "FEB", "MAR", "APR", "MAY", "JUN", "JUL", "AUG", "SEP", "OCT", "NOV", "DEC")
 
 
@@ -60,10 +64,18 @@ def fill(pattern, dice):
 
 
 def plate_text(dice):
-    if dice.random() < 0.2:
+    if dice.random() < 0.3:
         length = dice.randint(5, 8)
         return "".join(dice.choice(EITHER + (" *" if 1 < i < length - 2 else "")) for i in range(length))
-    return fill(dice.choice(PLATE_PATTERNS), dice)
+    return tempting(fill(dice.choice(PLATE_PATTERNS), dice), dice)
+
+
+def tempting(text, dice):
+    """Some characters replaced by those that look like them, so that a reader cannot tell an 8 from a B by its place. O
+    and I, which nothing but their place tells from 0 and 1, keep the text as it is."""
+    if set(text) & set("OI"):
+        return text
+    return "".join(LOOKALIKES[c] if c in LOOKALIKES and dice.random() < 0.08 else c for c in text)
 
 
 def date_text(dice):
