@@ -45,11 +45,14 @@ class View:
     jpeg: int = 0
 
 
-def draw_view(dice, level, stretch=(0.75, 1.3)):
-    """Conditions of this level. Heights are drawn so that small pictures are as frequent as large ones."""
+def draw_view(dice, level, stretch=(0.75, 1.3), askew=0.2):
+    """Conditions of this level. Heights are drawn so that small pictures are as frequent as large ones; `askew` is the
+    part, at level 1, that is seen from the side or by a camera held askew."""
     height = int(round(LOWEST * (HIGHEST / LOWEST) ** (dice.random() ** (0.8 + 0.5 * (1 - level)))))
     view = View(height)
     view.tilt = dice.choice((0.4, 1.5, 3.5)) * (0.3 + level)
+    if dice.random() < askew * level:
+        view.tilt, view.slope = dice.choice(((6.0, 0.03), (3.0, 0.07), (1.0, 0.12)))
     view.shear = 0.10 * level * dice.random()
     view.stretch = dice.uniform(*stretch)
     view.keystone = 0.07 * level * dice.random()
@@ -66,14 +69,6 @@ def draw_view(dice, level, stretch=(0.75, 1.3)):
         view.detail = dice.uniform(max(0.35, 10 / height) if height > 12 else 1, 1)
     if dice.random() < 0.45:
         view.jpeg = dice.randint(int(70 - 45 * level), 95)
-    return view
-
-
-def draw_plate_view(dice, level):
-    """As draw_view, but narrow plates are more frequent, and so are those seen from the side or by a camera held askew."""
-    view = draw_view(dice, level, stretch=(0.6, 1.15))
-    if dice.random() < 0.55 * level:
-        view.tilt, view.slope = dice.choice(((6.0, 0.03), (3.0, 0.07), (1.0, 0.12)))
     return view
 
 

@@ -96,7 +96,7 @@ class PictureMaker:
                 return None
             face = self._faces.draw("strokes" if dice.random() < 0.5 else "plate", dice)
             laid = plates.plate(text, face, small_face, dice)
-            view = conditions.draw_plate_view(dice, level)
+            view = conditions.draw_view(dice, level, stretch=(0.6, 1.15), askew=0.6)
             paint = conditions.draw_plate_paint(dice, level)
         else:
             text = self._write(dice)

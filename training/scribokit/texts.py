@@ -75,7 +75,7 @@ def tempting(text, dice):
     and I, which nothing but their place tells from 0 and 1, keep the text as it is."""
     if set(text) & set("OI"):
         return text
-    return "".join(LOOKALIKES[c] if c in LOOKALIKES and dice.random() < 0.08 else c for c in text)
+    return "".join(LOOKALIKES[c] if c in LOOKALIKES and dice.random() < 0.15 else c for c in text)
 
 
 def date_text(dice):
