@@ -120,14 +120,14 @@ class Texts(unittest.TestCase):
     def test_of_plates_have_lookalikes_in_each_others_places(self):
         dice = random.Random(3)
         drawn = [tempting("8B 999", dice) for _ in range(400)]
-        self.assertEqual(set(drawn), {"8B 999", "BB 999", "88 999", "B8 999"})
-        self.assertLess(200, drawn.count("8B 999"))
+        self.assertEqual(set(drawn), {"8B 999", "BB 999", "88 999"})
+        self.assertTrue(150 < drawn.count("8B 999") < 250)
         self.assertEqual({LOOKALIKES[LOOKALIKES[character]] for character in LOOKALIKES}, set(LOOKALIKES))
         self.assertTrue(all(character.isdigit() != other.isdigit() for character, other in LOOKALIKES.items()))
 
     def test_of_plates_have_none_beside_o_and_i(self):
         dice = random.Random(3)
-        self.assertEqual({tempting(text, dice) for text in ("BO 888", "BI 888") for _ in range(200)}, {"BO 888", "BI 888"})
+        self.assertEqual({tempting(text, dice) for text in ("BO 888", "BI 888", "199") for _ in range(200)}, {"BO 888", "BI 888", "199"})
 
     def test_are_labelled_without_gaps_and_emblems(self):
         self.assertEqual(label_of("A*BC 12-3", ALPHABET), "ABC12-3")

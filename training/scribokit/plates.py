@@ -57,6 +57,8 @@ def _furnished(scene, face, dice):
     before, after = (CAP_HEIGHT * dice.uniform(0.08, 0.45) for _ in range(2))
     if dice.random() < 0.45:
         above = CAP_HEIGHT * dice.uniform(0.3, 0.62)
+        if dice.random() < 0.3:
+            scene.box(FAINT, 0, scene.top - above, scene.width, scene.top - dice.uniform(3, 6))
         _slogan(scene, face, scene.top - above + 3, above - 7, dice)
     if dice.random() < 0.35:
         below = CAP_HEIGHT * dice.uniform(0.3, 0.62)

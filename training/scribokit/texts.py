@@ -71,11 +71,13 @@ def plate_text(dice):
 
 
 def tempting(text, dice):
-    """Some characters replaced by those that look like them, so that a reader cannot tell an 8 from a B by its place. O
-    and I, which nothing but their place tells from 0 and 1, keep the text as it is."""
-    if set(text) & set("OI"):
+    """Half of the texts with one character replaced by the one that looks like it, so that a reader cannot tell an 8 from
+    a B by its place. O and I, which nothing but their place tells from 0 and 1, keep the text as it is."""
+    places = [place for place, character in enumerate(text) if character in LOOKALIKES]
+    if not places or set(text) & set("OI") or dice.random() < 0.5:
         return text
-    return "".join(LOOKALIKES[c] if c in LOOKALIKES and dice.random() < 0.15 else c for c in text)
+    place = dice.choice(places)
+    return text[:place] + LOOKALIKES[text[place]] + text[place + 1:]
 
 
 def date_text(dice):
