@@ -125,7 +125,7 @@ class Texts(unittest.TestCase):
         self.assertEqual({LOOKALIKES[LOOKALIKES[character]] for character in LOOKALIKES}, set(LOOKALIKES))
         self.assertTrue(all(character.isdigit() != other.isdigit() for character, other in LOOKALIKES.items()))
 
-    def test_of_plates_have_none_beside_o_and_i(self):
+    def test_of_plates_stay_as_they_are_with_o_or_i_or_no_lookalike(self):
         dice = random.Random(3)
         self.assertEqual({tempting(text, dice) for text in ("BO 888", "BI 888", "199") for _ in range(200)}, {"BO 888", "BI 888", "199"})
 

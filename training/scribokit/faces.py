@@ -78,6 +78,7 @@ class StrokeFace:
         self.name = f"strokes-{seed}"
         self._width = CAP_HEIGHT * dice.uniform(0.36, 0.62)
         self._thickness = int(round(min(CAP_HEIGHT * dice.uniform(0.10, 0.20), self._width * 0.36)))
+        # With sharper corners 8 and 0 could not be told from B and D.
         self._radius = CAP_HEIGHT * dice.uniform(0.12, 0.26)
         self._spacing = CAP_HEIGHT * dice.uniform(0.06, 0.22)
         self._fixed_pitch = dice.random() < 0.4

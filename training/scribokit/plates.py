@@ -8,7 +8,7 @@ from .faces import CAP_HEIGHT
 from .pieces import SMALL_LETTERS, emblem, shrunk, small_print, text_box
 from .scene import BASELINE, CLUTTER, FAINT, OUTSIDE, TEXT, Scene, set_line
 
-SLOGAN_LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZ abcdefghijklmnopqrstuvwxyz"
+_SLOGAN_LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZ abcdefghijklmnopqrstuvwxyz"
 
 
 def plate(text, face, small_face, dice):
@@ -97,7 +97,7 @@ def _foreign_letter(scene, x0, x1, dice):
 
 def _slogan(scene, face, y, height, dice):
     """Small print of this height across the plate: a state, a web address, a dealer."""
-    mask = small_print(face, dice, dice.choice((SMALL_LETTERS, SLOGAN_LETTERS, SLOGAN_LETTERS.upper())), dice.randint(4, 20))
+    mask = small_print(face, dice, dice.choice((SMALL_LETTERS, _SLOGAN_LETTERS, _SLOGAN_LETTERS.upper())), dice.randint(4, 20))
     if mask is None:
         return
     mask = shrunk(mask, max(0.12, min(0.9, height / mask.shape[0] * 1.3)))
@@ -146,13 +146,13 @@ def frame(scene, face, edge, dice):
     holder = np.zeros_like(scene.planes[CLUTTER])
     cv2.rectangle(holder, *_corners(outer), 255, -1)
     cv2.rectangle(holder, *_corners(inner), 0, -1)
-    name = small_print(face, dice, SLOGAN_LETTERS, dice.randint(4, 20)) if below > 0.2 * CAP_HEIGHT else None
+    name = small_print(face, dice, _SLOGAN_LETTERS, dice.randint(4, 20)) if below > 0.2 * CAP_HEIGHT else None
     if name is not None:
         name = shrunk(name, 0.8 * below / name.shape[0])
-        x, y = int((inner[0] + inner[2] - name.shape[1]) / 2), int(edge[3] + 0.1 * below)
-        bar = holder[y:y + name.shape[0], max(x, 0):max(x, 0) + name.shape[1]]
+        x, y = max(0, int((inner[0] + inner[2] - name.shape[1]) / 2)), int(edge[3] + 0.1 * below)
+        bar = holder[y:y + name.shape[0], x:x + name.shape[1]]
         np.minimum(bar, 255 - name[:bar.shape[0], :bar.shape[1]], out=bar)
-    np.maximum(scene.planes[CLUTTER], holder, out=scene.planes[CLUTTER])
+    scene.stamp(CLUTTER, holder, 0, 0)
     return outer
 
 
@@ -167,7 +167,7 @@ def bodywork(scene, edge, dice):
             ends = (int(x + dice.gauss(0, 15)), 0), (int(x + dice.gauss(0, 15)), scene.height)
         cv2.line(lines, *ends, dice.randint(120, 255), dice.randint(1, 16), cv2.LINE_AA)
     cv2.rectangle(lines, *_corners(edge), 0, -1)
-    np.maximum(scene.planes[CLUTTER], lines, out=scene.planes[CLUTTER])
+    scene.stamp(CLUTTER, lines, 0, 0)
 
 
 def _corners(box):
