@@ -7,17 +7,18 @@ from scribokit import marks, plates
 from scribokit.alphabet import read_alphabet
 from scribokit.batches import Batches
 from scribokit.camera import shoot
-from scribokit.conditions import Paint, View
+from scribokit.conditions import Paint, View, stamp
 from scribokit.ctc import steps_needed
 from scribokit.dots import COLUMNS, FORMS, ROWS, DotFace
 from scribokit.faces import CAP_HEIGHT, FontFace, StrokeFace, rounded
 from scribokit.fontlist import PLATE, PRINT, font_files
-from scribokit.maker import RECIPES, PictureMaker, network_input
+from scribokit.maker import RECIPES, PictureMaker, SingleFace, network_input
 from scribokit.noise import NoiseBank
 from scribokit.scene import CLUTTER, FAINT, OUTSIDE, TEXT, Scene, set_line
 from scribokit.texts import LOOKALIKES, PLATE_PATTERNS, even_text, fill, gtin_text, is_readable, label_of, plate_text, tempting
 
 ALPHABET = read_alphabet()
+PRINTED = Paint((200, 200, 200), (20, 20, 20), (0, 0, 0), (0, 0, 0), (0, 0, 0))
 
 
 class Pictures(unittest.TestCase):
@@ -150,6 +151,20 @@ class Faces(unittest.TestCase):
         for path in font_files(PRINT, False)[::25]:
             self.assertTrue(36 <= FontFace(path).glyph("H").mask.shape[0] <= 44, path)
 
+    def test_have_digits_as_tall_as_capitals(self):
+        for held_out in (False, True):
+            for path in font_files(PRINT, held_out):
+                self.assertGreater(FontFace(path).glyph("0").mask.shape[0], 0.8 * CAP_HEIGHT, path)
+
+    def test_know_whether_their_small_letters_are_capitals(self):
+        for path in font_files(PRINT, False):
+            self.assertEqual(FontFace(path).capitals_only, "BebasNeue" in path, path)
+
+    def test_without_small_letters_are_labelled_in_capitals(self):
+        face = next(path for path in font_files(PRINT, False) if "BebasNeue" in path)
+        maker = PictureMaker("clean", ALPHABET, 1, faces=SingleFace(face), write=lambda dice: "Model")
+        self.assertEqual({label for _, label in (maker.draw() for _ in range(30)) if label.isalpha()}, {"MODEL"})
+
     def test_lack_what_the_font_lacks(self):
         face = FontFace(font_files(PRINT, False)[0])
         self.assertIsNone(face.glyph("\uffff"))
@@ -219,11 +234,10 @@ class Marks(unittest.TestCase):
 class Cameras(unittest.TestCase):
     """A line 100 pixels of the scene wide, around which the box leaves some room."""
 
-    def shot(self, view, room, characters=5):
+    def shot(self, view, room, characters=5, paint=PRINTED):
         scene = Scene(100, characters)
         scene.planes[TEXT][scene.top:scene.bottom, scene.left:scene.right] = 255
         box = scene.left - room, scene.top - room, scene.right + room, scene.bottom + room
-        paint = Paint((200, 200, 200), (20, 20, 20), (0, 0, 0), (0, 0, 0), (0, 0, 0))
         return shoot(scene, box, view, paint, random.Random(1), NoiseBank(1))
 
     def test_take_the_picture_at_the_height_that_is_asked_for(self):
@@ -243,10 +257,35 @@ class Cameras(unittest.TestCase):
     def test_take_none_where_even_the_highest_shows_too_little(self):
         self.assertIsNone(self.shot(View(12), 10 * CAP_HEIGHT))
 
+    def test_take_none_where_too_little_is_left_in_what_a_reader_makes_of_it(self):
+        tall = CAP_HEIGHT * 32 / 8
+        for room, characters, legible in ((CAP_HEIGHT, 3, True), (CAP_HEIGHT, 4, False), (tall / 2 - 21, 1, True), (tall / 2 - 19, 1, False)):
+            self.assertEqual(self.shot(View(60), room, characters) is not None, legible, (room, characters))
+
+    def test_take_none_of_a_line_too_long_for_a_reader(self):
+        for characters, legible in ((44, True), (47, False)):
+            scene = Scene(700, characters)
+            scene.planes[TEXT][scene.top:scene.bottom, scene.left:scene.right] = 255
+            box = scene.left, scene.top + 10, scene.right, scene.bottom - 10
+            self.assertEqual(shoot(scene, box, View(60), PRINTED, random.Random(1), NoiseBank(1)) is not None, legible, characters)
+
+    def test_see_stamped_marks_by_both_edges_whatever_the_surface_and_the_size(self):
+        for brightness in (0, 120, 255):
+            for seed in range(10):
+                lit = {}
+                for height in (16, 60):
+                    view, paint = View(height), Paint((brightness,) * 3, (20,) * 3, (0,) * 3, (0,) * 3, (0,) * 3)
+                    stamp(paint, view, random.Random(seed))
+                    paint.relief_ink = 0.0
+                    levels = self.shot(view, CAP_HEIGHT / 2, 2, paint).astype(int)[height // 2, :, 0]
+                    lit[height] = levels.max() - paint.surface[0], paint.surface[0] - levels.min()
+                    self.assertGreater(min(lit[height]), 20, (height, brightness, seed))
+                self.assertGreater(sum(lit[60]), 0.6 * sum(lit[16]), (brightness, seed))
+
     def test_blur_no_more_than_leaves_a_capital_its_gaps(self):
-        sharp, blurred = (self.shot(View(40, blur=blur), CAP_HEIGHT) for blur in (2.0, 200.0))
+        sharp, blurred = (self.shot(View(40, blur=blur), CAP_HEIGHT, 2) for blur in (2.0, 200.0))
         self.assertLess(np.abs(sharp.astype(int) - blurred).mean(), 4)
-        self.assertGreater(np.ptp(self.shot(View(40, motion=400.0), CAP_HEIGHT)), 100)
+        self.assertGreater(np.ptp(self.shot(View(40, motion=400.0), CAP_HEIGHT, 2)), 100)
 
     def test_see_a_line_climb_whose_strokes_stay_upright(self):
         picture = self.shot(View(60, slope=0.6), 0)

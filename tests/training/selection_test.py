@@ -1,3 +1,4 @@
+import math
 import unittest
 
 import numpy as np
@@ -29,33 +30,42 @@ class Numbers:
         self.closed = True
 
 
+ALL = math.inf
+
+
 def odd(pictures, labels):
     return np.array([int(label) % 2 for label in labels], np.float32)
 
 
 class Selection(unittest.TestCase):
     def test_gives_the_lines_with_more_loss_with_their_labels(self):
-        selected = Selected(Numbers((32,), 4), odd, 0.5, 96)
+        selected = Selected(Numbers((32,), 4), odd, 0.5, ALL, 96)
         pictures, labels = selected.next()
         self.assertEqual(labels, ["1", "3", "5", "7"])
         self.assertEqual(pictures[:, 0, 0, 0].tolist(), [1, 3, 5, 7])
         self.assertEqual(selected.next()[1][0], "9")
 
+    def test_leaves_out_the_lines_with_too_much_loss(self):
+        selected = Selected(Numbers((32,), 8), lambda pictures, labels: np.array([int(label) for label in labels]), 2, 5, 96)
+        pictures, labels = selected.next()
+        self.assertEqual(labels, ["3", "4", "5"])
+        self.assertEqual(pictures[:, 0, 0, 0].tolist(), [3, 4, 5])
+
     def test_keeps_widths_apart(self):
-        selected = Selected(Numbers((32, 64), 4), odd, 0.5, 192)
+        selected = Selected(Numbers((32, 64), 4), odd, 0.5, ALL, 192)
         for width, expected in ((64, ["5", "7", "13", "15"]), (32, ["1", "3", "9", "11", "17", "19"])):
             pictures, labels = selected.next()
             self.assertEqual((pictures.shape, labels), ((len(expected), 3, 32, width), expected))
 
     def test_gives_a_whole_batch_when_no_line_has_more_loss(self):
         supply = Numbers((32,), 1)
-        pictures, labels = Selected(supply, odd, 2.0, 96).next()
+        pictures, labels = Selected(supply, odd, 2.0, ALL, 96).next()
         self.assertEqual((len(pictures), len(labels)), (1, 1))
         self.assertEqual(supply.batches, 200)
 
     def test_closes_its_supply(self):
         supply = Numbers((32,), 4)
-        Selected(supply, odd, 0.5, 96).close()
+        Selected(supply, odd, 0.5, ALL, 96).close()
         self.assertTrue(supply.closed)
 
 

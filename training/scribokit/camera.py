@@ -11,11 +11,16 @@ from .scene import CLUTTER, FAINT, OUTSIDE, TEXT
 # Pixels that a capital has to have in height, and a character with its gap in width, to be told from others: the
 # smallest letters in use are drawn in seven rows, and in three columns and a gap.
 _LEAST_HEIGHT, _LEAST_PITCH = 7, 4
+# What a reader makes of every picture, whatever its size: this height, and a width of the same proportions up to this.
+READ_HEIGHT, READ_WIDTH = 32, 320
+# What has to be left of a capital's height and a character's width then: all lines of a sample that had less, because they
+# stood askew or among much else, were misread.
+_LEAST_READ_HEIGHT, _LEAST_READ_PITCH = 8, 7
 
 
 def shoot(scene, box, view, paint, dice, noise):
     """A picture (height×width×3 bytes, BGR) of the scene's box (x0, y0, x1, y1), as `view` and `paint` say; None when
-    its characters would be too small for anybody to read on the highest picture."""
+    its characters would be too small for anybody to read, on the highest picture or in what a reader makes of it."""
     seen = _project(scene, box, view, dice)
     if seen is None:
         return None
@@ -28,7 +33,7 @@ def shoot(scene, box, view, paint, dice, noise):
 def _project(scene, box, view, dice):
     """Warps the layers so that the box's outline, turned and seen at an angle, fills the picture, which is taken larger
     when its characters would be too small. The layers and the height of a capital in pixels, or None when that makes
-    the picture higher than any."""
+    the picture higher than any or they take too little of it."""
     x0, y0, x1, y1 = box
     centre = np.array([(x0 + x1) / 2, (y0 + y1) / 2])
     corners = np.array([[x0, y0], [x1, y0], [x1, y1], [x0, y1]]) - centre
@@ -50,6 +55,8 @@ def _project(scene, box, view, dice):
         return None
     width = int(max(8, min(round(size[0] / size[1] * height), 12 * height)))
     scale = np.array([width, height]) / size
+    if not _is_legible(scene.pitch * view.stretch * scale[0], CAP_HEIGHT * scale[1], width, height):
+        return None
     target = (seen - low) * scale
     source = np.float32([[x0, y0], [x1, y0], [x1, y1], [x0, y1]])
     planes = cv2.merge(scene.planes)
@@ -60,6 +67,12 @@ def _project(scene, box, view, dice):
     matrix = cv2.getPerspectiveTransform(source, np.float32(target))
     planes = cv2.warpPerspective(planes, matrix, (width, height), flags=cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE)
     return (_curved(planes, view.curvature) if view.curvature else planes), CAP_HEIGHT * scale[1]
+
+
+def _is_legible(pitch, capitals, width, height):
+    """Whether a reader can tell characters of this pitch and height in a picture of this size from each other."""
+    along, up = min(READ_HEIGHT / height, READ_WIDTH / width), READ_HEIGHT / height
+    return bool(pitch * along >= _LEAST_READ_PITCH and capitals * up >= _LEAST_READ_HEIGHT)
 
 
 def _curved(planes, curvature):

@@ -91,6 +91,18 @@ def draw_paint(dice, level):
                  outside_grain=dice.uniform(0, 30))
 
 
+def stamp(paint, view, dice):
+    """Makes of print a mark stamped into the surface: edges lit from one side and little ink or none. The surface is
+    neither black nor white, where one of the two edges could not be seen, and the edges are as wide on a large picture as
+    on a small one."""
+    paint.relief = dice.choice((-1, 1)) * dice.uniform(90, 200)
+    paint.relief_ink = dice.uniform(0, 0.5)
+    paint.relief_shift = max(1, round(view.height / 24))
+    brightness = sum(paint.surface) / 3
+    lift = min(max(brightness, 70), 185) - brightness
+    paint.surface, paint.ink, paint.faint = (tuple(value + lift for value in colour) for colour in (paint.surface, paint.ink, paint.faint))
+
+
 # Plate colours in use, surface then ink (BGR): dark on white and yellow, the reverse, and the coloured ones.
 PLATE_COLOURS = (
     ((235, 235, 235), (25, 25, 25)), ((225, 228, 228), (30, 28, 26)), ((215, 215, 210), (120, 40, 20)), ((220, 220, 225), (40, 40, 170)),

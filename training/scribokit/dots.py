@@ -114,6 +114,8 @@ class DotFace:
     """One printer's letters, drawn at random once from a seed: the form of each character, how large its drops are and
     how close its columns. Every column of dots is as far from the next, within a character and between two."""
 
+    capitals_only = False
+
     def __init__(self, seed):
         dice = np.random.default_rng(seed)
         self._column = _PITCH * dice.uniform(0.75, 1.25)

@@ -12,7 +12,8 @@ Glyph = namedtuple("Glyph", "mask left top advance")
 
 
 class FontFace:
-    """A font file at CAP_HEIGHT. Characters are rendered when first asked for; None for those it lacks."""
+    """A font file at CAP_HEIGHT. Characters are rendered when first asked for; None for those it lacks. `capitals_only`
+    tells whether its small letters are its capitals."""
 
     def __init__(self, path):
         self.name = path
@@ -26,11 +27,16 @@ class FontFace:
         self._font = font
         self._missing = bytes(font.getmask("\uffff"))
         self._glyphs = {}
+        self.capitals_only = all(self._same_ink(letter, letter.upper()) for letter in "aeg")
 
     def glyph(self, character):
         if character not in self._glyphs:
             self._glyphs[character] = self._render(character)
         return self._glyphs[character]
+
+    def _same_ink(self, one, other):
+        one, other = self.glyph(one), self.glyph(other)
+        return one is None or other is None or (one.mask.shape == other.mask.shape and np.mean(cv2.absdiff(one.mask, other.mask)) < 8)
 
     def _render(self, character):
         left, top, right, bottom = self._font.getbbox(character, anchor="ls")
@@ -72,6 +78,8 @@ _NARROW = {"I": 0.45, "1": 0.7, "J": 0.85, "-": 0.5, "L": 0.9, "E": 0.92, "F": 0
 class StrokeFace:
     """The letters of a number plate press: strokes of one thickness with rounded corners, drawn at random once from
     a seed (proportions, thickness, corners, and which form of A, I, M, W, 0, 1, 4, 6, 7, 9 ...). Capitals and digits."""
+
+    capitals_only = True
 
     def __init__(self, seed):
         dice = np.random.default_rng(seed)

@@ -21,7 +21,8 @@ PLATE = (
     "*BetecknaLowerCaseCondensed*Bold*", "*Cantarell-*Bold*", "*Millimetre-*Bold*", "*UbuntuTitle*", "*Carlito-Bold*",
     "*Allerta*", "*Oxygen-Sans-Bold*", "*NotoSans-Bold.ttf", "*FreeSansBold.ttf", "*Inconsolata*", "*ocr-b/*",
 )
-# What a printing machine, a type wheel or an engraver has.
+# What a printing machine, a type wheel or an engraver has. Their digits are as tall as capitals: a 0 of the height of an o is
+# one to any reader.
 PRINT = PLATE + (
     "*LiberationSans-Regular.ttf", "*LiberationSans-Italic.ttf", "*LiberationMono-*.ttf", "*LiberationSerif-Regular.ttf",
     "*LiberationSerif-Bold.ttf", "*LiberationSansNarrow-Regular.ttf", "*NimbusSans-Regular.*", "*NimbusMonoPS-*.otf",
@@ -36,9 +37,9 @@ PRINT = PLATE + (
     "*clear-sans/*Regular.ttf", "*CourierPrime*.ttf", "*courier-prime/*", "*GNUTypewriter*", "*GilliusADF-Regular*",
     "*SwitzeraADF-Regular*", "*SwitzeraADF-Bold.*", "*VeranaSans*Regular*", "*MekanusADFStd-Regular*", "*Manrope-*",
     "*Sora-Regular*", "*Quicksand*", "*Oxygen-Sans.ttf", "*OxygenMono*", "*Jura-Regular*", "*Jura-Medium*",
-    "*Carlito-Regular*", "*mononoki-*.ttf", "*monof55*", "*FiraCode-*", "*DotGothic*", "*Dustismo*.ttf",
+    "*Carlito-Regular*", "*mononoki-*.ttf", "*monof55*", "*FiraCode-*", "*DotGothic*", "*Dustismo_*.ttf",
     "*NotoSans-Regular.ttf", "*NotoSansMono-*", "*NotoSerif-Regular.ttf", "*Inter-Regular.*", "*Inter-Bold.*",
-    "*Inter-SemiBold.*", "*3270*.ttf", "*Hermit-*", "*AnonymousPro*.ttf", "*Comfortaa-*", "*Junction*", "*Compagnon-*",
+    "*Inter-SemiBold.*", "*3270*.ttf", "*Hermit-*", "*AnonymousPro*.ttf", "*Comfortaa-*", "*Compagnon-[ILMR]*",
     "*ocr-a/*", "*OCRA*.ttf", "*B612*-Regular.*", "*Play-Regular*", "*LeagueMono-*", "*Glass_TTY*", "fonts/pc/*",
     "*league-spartan/*",
 )

@@ -15,7 +15,7 @@ RECIPES = {
     "moderate": (0.0, 0.15, 0.4),
     "hard": (0.0, 0.7, 1.0),
     "plates": (1.0, 0.3, 1.0),
-    "mix": (0.6, 0.0, 1.0),
+    "mix": (0.4, 0.0, 1.0),
     "clean": (0.0, 0.0, 0.0),
 }
 # Faces that are drawn from a seed: their kind and how many of them there are.
@@ -104,7 +104,7 @@ class PictureMaker:
             face = self._faces.draw(use, dice)
             if use == "segment" and not set(text) <= set("0123456789-.:"):
                 text = texts.fill(dice.choice(("99.9", "9999", "99:99", "-99.9", "999999")), dice)
-            elif use == "strokes":
+            elif face.capitals_only:
                 text = text.upper()
             if not texts.is_readable(text, self._alphabet):
                 return None
@@ -113,7 +113,7 @@ class PictureMaker:
             view.curvature = dice.uniform(0.3, 0.9) * dice.choice((-1, 1)) if dice.random() < 0.06 * level else 0.0
             paint = conditions.draw_paint(dice, level)
             if dice.random() < 0.06:
-                paint.relief, paint.relief_ink = dice.choice((-1, 1)) * dice.uniform(60, 160), dice.uniform(0, 0.5)
+                conditions.stamp(paint, view, dice)
         if laid is None:
             return None
         scene, box = laid
@@ -121,9 +121,9 @@ class PictureMaker:
         return None if picture is None else (picture, texts.label_of(text, self._alphabet))
 
 
-def network_input(picture, width=None, height=32, widest=320):
+def network_input(picture, width=None):
     """The picture as the detector gives it to the network: stretched to a height of 32 and a width that keeps its
-    proportions, 32 to `widest`, bilinear. Bytes; `width` overrides the width."""
+    proportions, 32 to 320, bilinear. Bytes; `width` overrides the width."""
     rows, columns = picture.shape[:2]
-    width = width or min(max(int(columns / rows * height), 32), widest)
-    return cv2.resize(np.ascontiguousarray(picture), (width, height), interpolation=cv2.INTER_LINEAR)
+    width = width or min(max(int(columns / rows * camera.READ_HEIGHT), 32), camera.READ_WIDTH)
+    return cv2.resize(np.ascontiguousarray(picture), (width, camera.READ_HEIGHT), interpolation=cv2.INTER_LINEAR)

@@ -4,7 +4,8 @@ from functools import partial
 import cv2
 import numpy as np
 
-_CROSS = cv2.getStructuringElement(cv2.MORPH_CROSS, (3, 3))
+_DOT_PITCH = 3
+_CROSS = cv2.getStructuringElement(cv2.MORPH_CROSS, (_DOT_PITCH, _DOT_PITCH))
 
 
 def heavier(mask, dice):
@@ -17,14 +18,11 @@ def lighter(mask, dice):
 
 
 def dot_matrix(mask, dice):
-    """Ink-jet and needle printers of many rows: the letters of a font sampled to 10 or 13 rows of round dots. Printers
-    of fewer rows have letters made for them (DotFace), because those of a font cannot be told apart in so few dots."""
-    pitch = dice.choice((3, 4))
-    size = max(1, mask.shape[1] // pitch), max(1, mask.shape[0] // pitch)
+    """Ink-jet and needle printers of many rows: the letters of a font sampled to 13 rows of dots. Printers of fewer
+    rows have letters made for them (DotFace), because those of a font cannot be told apart in so few dots."""
+    size = max(1, mask.shape[1] // _DOT_PITCH), max(1, mask.shape[0] // _DOT_PITCH)
     _, dots = cv2.threshold(cv2.resize(mask, size, interpolation=cv2.INTER_AREA), dice.randint(70, 110), 255, cv2.THRESH_BINARY)
-    stamp = np.zeros((pitch, pitch), np.uint8)
-    cv2.circle(stamp, (pitch // 2, pitch // 2), max(1, int(pitch * dice.uniform(0.34, 0.55))), 255, -1)
-    drops = np.kron(dots // 255, stamp)
+    drops = np.kron(dots, _CROSS)
     result = np.zeros_like(mask)
     result[:drops.shape[0], :drops.shape[1]] = drops[:mask.shape[0], :mask.shape[1]]
     return slanted(result, dice)
