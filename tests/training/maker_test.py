@@ -221,6 +221,13 @@ class Marks(unittest.TestCase):
             changed += not np.array_equal(result, mask)
         self.assertGreater(changed, 40)
 
+    def test_keep_the_insides_of_letters_open(self):
+        dice, noise = random.Random(10), NoiseBank(1)
+        mask = np.zeros((40, 40), np.uint8)
+        mask[4:36, 4:36] = 255
+        mask[18:21, 18:21] = 0
+        self.assertTrue(all((marks.marked(mask, dice, noise)[18:21, 18:21] < 192).any() for _ in range(300)))
+
     def test_are_missed_where_they_are_gone_or_nearly(self):
         mask = np.zeros((20, 40), np.uint8)
         mask[2:18, 2:12] = mask[14:18, 20:24] = 255
