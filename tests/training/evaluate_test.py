@@ -56,6 +56,15 @@ class Evaluate(unittest.TestCase):
             self.assertIn("| set | m | 2 |", result.stdout)
             self.assertEqual(sorted(path.name for path in (Path(root) / "report").iterdir()), ["set-m-confusions.png", "set-m-worst.png"])
 
+    def test_prints_the_lines_right_by_the_columns_of_a_character(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder, config = self.folder(root)
+            cv2.imwrite(str(folder / "A01A0.png"), np.full((16, 28, 3), 200, np.uint8))
+            result = run("evaluate", folder, "--onnx", Path(root) / "m.onnx", "--config", config, "--by-width")
+            self.assertEqual(result.returncode, 0, result.stderr)
+            self.assertIn("| set | m | 0 to 12 | 1 |", result.stdout)
+            self.assertIn("| set | m | 20 and more | 2 |", result.stdout)
+
     def test_wants_a_reader_and_labelled_pictures(self):
         with tempfile.TemporaryDirectory() as root:
             folder, config = self.folder(root)

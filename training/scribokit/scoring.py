@@ -37,6 +37,20 @@ class Score:
             self.confusions.update(pair for pair in aligned(read, truth) if pair[0] != pair[1])
 
 
+# Columns that a character has in what a reader makes of a picture; below the first, most lines are misread.
+WIDTHS = (12, 16, 20)
+
+
+def by_width(columns, right):
+    """Lines by the columns of a character: (from, to, lines, right lines) for each range that holds any; `to` of the last
+    is None. `columns` and `right` (whether it was read) go line by line."""
+    place = np.searchsorted(WIDTHS, columns, side="right")
+    total = np.bincount(place, minlength=len(WIDTHS) + 1)
+    good = np.bincount(place, weights=right, minlength=len(WIDTHS) + 1).astype(int)
+    edges = (0,) + WIDTHS, WIDTHS + (None,)
+    return [row for row in zip(*edges, total.tolist(), good.tolist()) if row[2]]
+
+
 def aligned(read, truth):
     """(truth character, read character) pairs of one best alignment; an empty string where one has no counterpart."""
     rows, columns = len(truth) + 1, len(read) + 1
