@@ -78,7 +78,9 @@ def marked(mask, dice, noise):
     dash, or fill the inside of a letter: the label names it, so the picture has to show it."""
     processes = (None, heavier, dot_matrix, missing_columns, partial(worn, noise=noise), scan_lines, lighter, outlined)
     process = dice.choices(processes, (52, 10, 8, 8, 8, 6, 6, 2))[0]
-    result = process(mask, dice) if process else mask
+    if not process:
+        return mask
+    result = process(mask, dice)
     return result if shows_all(mask, result) and shows_all(255 - mask, 255 - result) else mask
 
 
