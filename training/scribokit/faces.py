@@ -13,7 +13,7 @@ Glyph = namedtuple("Glyph", "mask left top advance")
 
 class FontFace:
     """A font file at CAP_HEIGHT. Characters are rendered when first asked for; None for those it lacks. `capitals_only`
-    tells whether its small letters are its capitals."""
+    tells whether its small letters are its capitals, or missing."""
 
     def __init__(self, path):
         self.name = path

@@ -1,5 +1,5 @@
 """Selection: training on the lines that the network does not read surely yet (Jiang et al., Accelerating deep learning by
-focusing on the biggest losers, 2019), but for those that it cannot make out at all, most of which nobody can (Mindermann
+focusing on the biggest losers, 2019), but for those that it cannot make out at all, many of which nobody can (Mindermann
 et al., Prioritized training on points that are learnable, worth learning, and not yet learnt, 2022). Reading a line takes
 less than a third of the time of a training step on it, and the lines that are read surely hardly move the weights."""
 import numpy as np
