@@ -7,12 +7,13 @@ from scribokit import marks, plates
 from scribokit.alphabet import read_alphabet
 from scribokit.batches import Batches
 from scribokit.camera import shoot
-from scribokit.conditions import Paint, View, stamp
+from scribokit.conditions import Paint, View, emboss
 from scribokit.ctc import steps_needed
 from scribokit.dots import COLUMNS, FORMS, ROWS, DotFace
 from scribokit.faces import CAP_HEIGHT, FontFace, StrokeFace, rounded
 from scribokit.fontlist import PLATE, PRINT, font_files
-from scribokit.maker import RECIPES, PictureMaker, SingleFace, network_input
+from scribokit.inputs import network_input
+from scribokit.maker import RECIPES, PictureMaker, SingleFace
 from scribokit.noise import NoiseBank
 from scribokit.scene import CLUTTER, FAINT, OUTSIDE, TEXT, Scene, set_line
 from scribokit.texts import LOOKALIKES, PLATE_PATTERNS, even_text, fill, gtin_text, is_readable, label_of, plate_text, tempting
@@ -264,25 +265,25 @@ class Cameras(unittest.TestCase):
     def test_take_none_where_even_the_highest_shows_too_little(self):
         self.assertIsNone(self.shot(View(12), 10 * CAP_HEIGHT))
 
-    def test_take_none_where_too_little_is_left_in_what_a_reader_makes_of_it(self):
-        tall = CAP_HEIGHT * 32 / 8
+    def test_take_none_where_too_little_is_left_in_the_networks_input(self):
+        tall = CAP_HEIGHT * 32 / 8  # a box of this height leaves a capital 8 of 32 rows
         for room, characters, legible in ((CAP_HEIGHT, 3, True), (CAP_HEIGHT, 4, False), (tall / 2 - 21, 1, True), (tall / 2 - 19, 1, False)):
             self.assertEqual(self.shot(View(60), room, characters) is not None, legible, (room, characters))
 
-    def test_take_none_of_a_line_too_long_for_a_reader(self):
+    def test_take_none_of_a_line_too_long_for_the_networks_input(self):
         for characters, legible in ((44, True), (47, False)):
             scene = Scene(700, characters)
             scene.planes[TEXT][scene.top:scene.bottom, scene.left:scene.right] = 255
             box = scene.left, scene.top + 10, scene.right, scene.bottom - 10
             self.assertEqual(shoot(scene, box, View(60), PRINTED, random.Random(1), NoiseBank(1)) is not None, legible, characters)
 
-    def test_see_stamped_marks_by_both_edges_whatever_the_surface_and_the_size(self):
+    def test_see_embossed_marks_by_both_edges_whatever_the_surface_and_the_size(self):
         for brightness in (0, 120, 255):
             for seed in range(10):
                 lit = {}
                 for height in (16, 60):
                     view, paint = View(height), Paint((brightness,) * 3, (20,) * 3, (0,) * 3, (0,) * 3, (0,) * 3)
-                    stamp(paint, view, random.Random(seed))
+                    emboss(paint, view, random.Random(seed))
                     paint.relief_ink = 0.0
                     levels = self.shot(view, CAP_HEIGHT / 2, 2, paint).astype(int)[height // 2, :, 0]
                     lit[height] = levels.max() - paint.surface[0], paint.surface[0] - levels.min()

@@ -2,7 +2,7 @@
 import numpy as np
 
 from .ctc import steps_needed
-from .maker import network_input
+from .inputs import HEIGHT, NARROWEST, WIDEST, network_input
 
 WIDTH_STEP = 16
 
@@ -11,7 +11,7 @@ class Batches:
     """next() gives (pictures count×3×32×width bytes, labels). Widths are rounded to WIDTH_STEP, which stretches a
     picture by a few per cent; pictures wider than `widest` are drawn again, so that training can begin narrow."""
 
-    def __init__(self, maker, columns, widest=320):
+    def __init__(self, maker, columns, widest=WIDEST):
         self._maker = maker
         self._columns = columns
         self._widest = widest
@@ -21,10 +21,10 @@ class Batches:
         while True:
             picture, label = self._maker.draw()
             rows, columns = picture.shape[:2]
-            natural = max(32, columns / rows * 32)
-            if natural > self._widest + WIDTH_STEP / 2 and self._widest < 320:
+            natural = max(NARROWEST, columns / rows * HEIGHT)
+            if natural > self._widest + WIDTH_STEP / 2 and self._widest < WIDEST:
                 continue
-            width = int(min(320, max(32, round(natural / WIDTH_STEP) * WIDTH_STEP)))
+            width = int(min(WIDEST, max(NARROWEST, round(natural / WIDTH_STEP) * WIDTH_STEP)))
             if steps_needed(label) > width // 4:
                 continue
             waiting = self._waiting.setdefault(width, [])

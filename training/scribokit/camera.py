@@ -6,21 +6,20 @@ import numpy as np
 
 from .conditions import HIGHEST
 from .faces import CAP_HEIGHT
+from .inputs import HEIGHT, WIDEST
 from .scene import CLUTTER, FAINT, OUTSIDE, TEXT
 
 # Pixels that a capital has to have in height, and a character with its gap in width, to be told from others: the
 # smallest letters in use are drawn in seven rows, and in three columns and a gap.
 _LEAST_HEIGHT, _LEAST_PITCH = 7, 4
-# What a reader makes of every picture, whatever its size: this height, and a width of the same proportions up to this.
-READ_HEIGHT, READ_WIDTH = 32, 320
-# What has to be left of a capital's height and a character's width then: all lines of a sample that had less, because they
-# stood askew or among much else, were misread.
-_LEAST_READ_HEIGHT, _LEAST_READ_PITCH = 8, 7
+# What has to be left of them in the network's input: all lines of a sample that had less, because they stood askew or
+# among much else, were misread.
+_LEAST_INPUT_HEIGHT, _LEAST_INPUT_PITCH = 8, 7
 
 
 def shoot(scene, box, view, paint, dice, noise):
     """A picture (height×width×3 bytes, BGR) of the scene's box (x0, y0, x1, y1), as `view` and `paint` say; None when
-    its characters would be too small for anybody to read, on the highest picture or in what a reader makes of it."""
+    its characters would be too small for anybody to read, on the highest picture or in the network's input."""
     seen = _project(scene, box, view, dice)
     if seen is None:
         return None
@@ -70,9 +69,9 @@ def _project(scene, box, view, dice):
 
 
 def _is_legible(pitch, capitals, width, height):
-    """Whether a reader can tell characters of this pitch and height in a picture of this size from each other."""
-    along, up = min(READ_HEIGHT / height, READ_WIDTH / width), READ_HEIGHT / height
-    return bool(pitch * along >= _LEAST_READ_PITCH and capitals * up >= _LEAST_READ_HEIGHT)
+    """Whether the network's input shows characters of this pitch and height in a picture of this size large enough."""
+    along, up = min(HEIGHT / height, WIDEST / width), HEIGHT / height
+    return pitch * along >= _LEAST_INPUT_PITCH and capitals * up >= _LEAST_INPUT_HEIGHT
 
 
 def _curved(planes, curvature):

@@ -6,7 +6,7 @@ import numpy as np
 
 from .batches import WIDTH_STEP
 from .ctc import steps_needed
-from .maker import network_input
+from .inputs import network_input
 
 
 def split(pairs, held_out_part, seed):

@@ -1,9 +1,6 @@
 """The picture maker: draws labelled pictures of one recipe from a seed, the same ones each time."""
 import random
 
-import cv2
-import numpy as np
-
 from . import camera, conditions, layouts, plates, texts
 from .dots import DotFace
 from .faces import FontFace, StrokeFace
@@ -113,17 +110,9 @@ class PictureMaker:
             view.curvature = dice.uniform(0.3, 0.9) * dice.choice((-1, 1)) if dice.random() < 0.06 * level else 0.0
             paint = conditions.draw_paint(dice, level)
             if dice.random() < 0.06:
-                conditions.stamp(paint, view, dice)
+                conditions.emboss(paint, view, dice)
         if laid is None:
             return None
         scene, box = laid
         picture = camera.shoot(scene, box, view, paint, dice, self._noise)
         return None if picture is None else (picture, texts.label_of(text, self._alphabet))
-
-
-def network_input(picture, width=None):
-    """The picture as the detector gives it to the network: stretched to a height of 32 and a width that keeps its
-    proportions, 32 to 320, bilinear. Bytes; `width` overrides the width."""
-    rows, columns = picture.shape[:2]
-    width = width or min(max(int(columns / rows * camera.READ_HEIGHT), 32), camera.READ_WIDTH)
-    return cv2.resize(np.ascontiguousarray(picture), (width, camera.READ_HEIGHT), interpolation=cv2.INTER_LINEAR)

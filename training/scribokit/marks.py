@@ -4,8 +4,7 @@ from functools import partial
 import cv2
 import numpy as np
 
-_DOT_PITCH = 3
-_CROSS = cv2.getStructuringElement(cv2.MORPH_CROSS, (_DOT_PITCH, _DOT_PITCH))
+_CROSS = cv2.getStructuringElement(cv2.MORPH_CROSS, (3, 3))
 
 
 def heavier(mask, dice):
@@ -20,7 +19,8 @@ def lighter(mask, dice):
 def dot_matrix(mask, dice):
     """Ink-jet and needle printers of many rows: the letters of a font sampled to 13 rows of dots. Printers of fewer
     rows have letters made for them (DotFace), because those of a font cannot be told apart in so few dots."""
-    size = max(1, mask.shape[1] // _DOT_PITCH), max(1, mask.shape[0] // _DOT_PITCH)
+    pitch = len(_CROSS)
+    size = max(1, mask.shape[1] // pitch), max(1, mask.shape[0] // pitch)
     _, dots = cv2.threshold(cv2.resize(mask, size, interpolation=cv2.INTER_AREA), dice.randint(70, 110), 255, cv2.THRESH_BINARY)
     drops = np.kron(dots, _CROSS)
     result = np.zeros_like(mask)

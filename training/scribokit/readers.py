@@ -9,7 +9,7 @@ import cv2
 import torch
 
 from .ctc import decode_scores
-from .maker import network_input
+from .inputs import network_input
 from .model import from_onnx, to_input
 
 

@@ -37,7 +37,7 @@ class Score:
             self.confusions.update(pair for pair in aligned(read, truth) if pair[0] != pair[1])
 
 
-# Columns that a character has in what a reader makes of a picture: bounds between which lines are counted.
+# Columns that a character has in the network's input: bounds between which lines are counted.
 WIDTHS = (12, 16, 20)
 
 
