@@ -104,6 +104,12 @@ class Texts(unittest.TestCase):
             if letters and not set(text) & set("0123456789"):
                 self.assertTrue(set("".join(letters).lower()) - set("ckopsuvwxz"), text)
 
+    def test_drawn_evenly_have_0_and_1_beside_another_digit(self):
+        dice = random.Random(10)
+        for text in (even_text(ALPHABET, dice) for _ in range(3000)):
+            if set(text) & set("01"):
+                self.assertTrue(set(text) & set("23456789"), text)
+
     def test_drawn_evenly_come_from_an_alphabet_that_cannot_show_it_too(self):
         self.assertLessEqual(set(even_text("xX", random.Random(9))), set("xX"))
 

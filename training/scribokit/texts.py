@@ -112,7 +112,7 @@ def even_text(alphabet, dice):
     pool = "".join(character for character in alphabet if character not in hidden) or alphabet
     for _ in range(20):
         text = "".join(dice.choice(pool) for _ in range(dice.randint(3, 10)))
-        if _shows_its_size(text):
+        if _shows_its_size(text) and _shows_its_digits(text):
             break
     return text
 
@@ -121,6 +121,11 @@ def _shows_its_size(text):
     """Whether a letter or digit tells how tall capitals are, so that small letters can be told from them."""
     characters = [character for character in text if character.isalnum()]
     return not characters or any(character.lower() not in SHRUNK for character in characters)
+
+
+def _shows_its_digits(text):
+    """Whether another digit tells 0 and 1 from the letters that look like them."""
+    return not set(text) & set("01") or bool(set(text) & set("23456789"))
 
 
 def print_text(alphabet, dice):
