@@ -92,9 +92,9 @@ def draw_paint(dice, level):
 
 
 def emboss(paint, view, dice):
-    """Makes of print a mark pressed out of or into the surface: edges lit from one side and little ink or none. The surface is
-    neither black nor white, where one of the two edges could not be seen, and the edges are as wide on a large picture as
-    on a small one."""
+    """Makes of print a mark pressed out of or into the surface: edges lit from one side and little ink or none. The
+    surface is neither black nor white, where one of the two edges could not be seen, and the edges are as wide on a large
+    picture as on a small one."""
     paint.relief = dice.choice((-1, 1)) * dice.uniform(90, 200)
     paint.relief_ink = dice.uniform(0, 0.5)
     paint.relief_shift = max(1, round(view.height / 24))

@@ -124,8 +124,9 @@ def _shows_its_size(text):
 
 
 def _shows_its_digits(text):
-    """Whether another digit tells 0 and 1 from the letters that look like them."""
-    return not set(text) & set("01") or bool(set(text) & set("23456789"))
+    """Whether 0 and 1, if there are any, stand beside another digit, which tells them from O and I."""
+    digits = set(text) & set(DIGITS)
+    return not digits or not digits <= set("01")
 
 
 def print_text(alphabet, dice):
