@@ -7,7 +7,7 @@ else stands for itself.
 The picture has to decide what the label says. In most fonts nobody can tell 0 from O or 1 from I in a random string, or
 a lone c from C, and a network that is asked to guess spends its weights on it. So such characters are drawn where their
 place, the letter case of the text or their neighbours tell them apart, and nowhere else: O and I in groups of letters
-alone, 0 and 1 among digits.
+alone, beside a letter that is no digit, 0 and 1 among digits.
 """
 import re
 import string
@@ -47,10 +47,19 @@ MONTHS = ("JAN", "FEB", "MAR", "APR", "MAY", "JUN", "JUL", "AUG", "SEP", "OCT", 
 
 
 def fill(pattern, dice):
-    """The pattern with its letters and digits drawn. Doubled characters are made a little more frequent than chance,
-    because a reader of sequences drops them first."""
+    """The pattern with its letters and digits drawn, and drawn again when a group of letters is nothing but O and I, which
+    anybody would take for digits."""
+    groups = [group.span() for group in LETTER_GROUP.finditer(pattern)]
+    in_groups = {place for group in groups for place in range(*group)}
+    while True:
+        text = _drawn(pattern, in_groups, dice)
+        if all(set(text[first:last]) - set("OI") for first, last in groups):
+            return text
+
+
+def _drawn(pattern, in_groups, dice):
+    """Doubled characters are made a little more frequent than chance, because a reader of sequences drops them first."""
     result = []
-    in_groups = {place for group in LETTER_GROUP.finditer(pattern) for place in range(*group.span())}
     for place, symbol in enumerate(pattern):
         letters = CAPITALS if place in in_groups else LETTERS_BESIDE_DIGITS
         pool = {"A": letters, "9": DIGITS, "?": EITHER}.get(symbol)
