@@ -7,6 +7,7 @@ import numpy as np
 from .conditions import HIGHEST
 from .faces import CAP_HEIGHT
 from .inputs import HEIGHT, WIDEST
+from .marks import INKED
 from .scene import CLUTTER, FAINT, OUTSIDE, TEXT
 
 # Pixels that a capital has to have in height, and a character with its gap in width, to be told from others: the
@@ -15,6 +16,8 @@ _LEAST_HEIGHT, _LEAST_PITCH = 7, 4
 # What has to be left of them in the network's input: all lines of a sample that had less, because they stood askew or
 # among much else, were misread.
 _LEAST_INPUT_HEIGHT, _LEAST_INPUT_PITCH = 8, 7
+# How deep the arc of a can is for its curvature, in heights of the picture.
+_DEPTH = 0.3
 
 
 def shoot(scene, box, view, paint, dice, noise):
@@ -31,22 +34,13 @@ def shoot(scene, box, view, paint, dice, noise):
 
 def _project(scene, box, view, dice):
     """Warps the layers so that the box's outline, turned and seen at an angle, fills the picture, which is taken larger
-    when its characters would be too small. The layers and the height of a capital in pixels, or None when that makes
-    the picture higher than any or they take too little of it."""
+    when its characters would be too small, and shows more where it would cut them off. The layers and the height of a
+    capital in pixels, or None when that makes the picture higher than any or they take too little of it."""
     x0, y0, x1, y1 = box
-    centre = np.array([(x0 + x1) / 2, (y0 + y1) / 2])
-    corners = np.array([[x0, y0], [x1, y0], [x1, y1], [x0, y1]]) - centre
-    angle = math.radians(dice.gauss(0, view.tilt))
-    shear, slope = dice.gauss(0, view.shear), dice.gauss(0, view.slope)
-    turn = np.array([[math.cos(angle), -math.sin(angle)], [math.sin(angle), math.cos(angle)]])
-    seen = corners @ (turn @ np.array([[view.stretch, shear], [slope * view.stretch, 1.0]])).T
-    for axis in (0, 1):
-        keystone = dice.gauss(0, view.keystone)
-        seen *= 1 + keystone * seen[:, axis:axis + 1] / max(np.abs(seen[:, axis]).max(), 1)
-    low, high = seen.min(0), seen.max(0)
-    size = high - low
-    for edge in (low, high):
-        edge += size * np.array([dice.gauss(0, view.jitter * 0.4), dice.gauss(0, view.jitter)])
+    source = np.float32([[x0, y0], [x1, y0], [x1, y1], [x0, y1]])
+    seen = _seen(source - source.mean(0), view, dice)
+    low, high = _frame(seen, view, dice)
+    low, high = _with_all_of(_ink_as_seen(scene, source, seen), low, high, view.curvature)
     size = np.maximum(high - low, 8)
     least = max(_LEAST_HEIGHT / CAP_HEIGHT, _LEAST_PITCH / (scene.pitch * view.stretch)) / view.detail
     height = max(view.height, math.ceil(size[1] * least))
@@ -56,16 +50,59 @@ def _project(scene, box, view, dice):
     scale = np.array([width, height]) / size
     if not _is_legible(scene.pitch * view.stretch * scale[0], CAP_HEIGHT * scale[1], width, height):
         return None
-    target = (seen - low) * scale
-    source = np.float32([[x0, y0], [x1, y0], [x1, y1], [x0, y1]])
+    # A pixel's coordinates are those of its middle.
+    target = (seen - low) * scale - 0.5
     planes = cv2.merge(scene.planes)
     if scale[1] < 0.62:
         half = 0.5
         planes = cv2.resize(planes, None, fx=half, fy=half, interpolation=cv2.INTER_AREA)
-        source = source * half
+        source = (source + 0.5) * half - 0.5
     matrix = cv2.getPerspectiveTransform(source, np.float32(target))
     planes = cv2.warpPerspective(planes, matrix, (width, height), flags=cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE)
     return (_curved(planes, view.curvature) if view.curvature else planes), CAP_HEIGHT * scale[1]
+
+
+def _seen(corners, view, dice):
+    """Where the corners of the box, given about its centre, lie for the camera."""
+    angle = math.radians(dice.gauss(0, view.tilt))
+    shear, slope = dice.gauss(0, view.shear), dice.gauss(0, view.slope)
+    turn = np.array([[math.cos(angle), -math.sin(angle)], [math.sin(angle), math.cos(angle)]])
+    seen = corners @ (turn @ np.array([[view.stretch, shear], [slope * view.stretch, 1.0]])).T
+    for axis in (0, 1):
+        keystone = dice.gauss(0, view.keystone)
+        seen *= 1 + keystone * seen[:, axis:axis + 1] / max(np.abs(seen[:, axis]).max(), 1)
+    return seen
+
+
+def _frame(seen, view, dice):
+    """What the picture shows, from `low` to `high`: the box, its sides misplaced as those of a region set up by hand."""
+    low, high = seen.min(0), seen.max(0)
+    size = high - low
+    for edge in (low, high):
+        edge += size * np.array([dice.gauss(0, view.jitter * 0.4), dice.gauss(0, view.jitter)])
+    return low, high
+
+
+def _ink_as_seen(scene, source, seen):
+    """The upper and lower ends of the characters' ink in each column of the scene, where they lie for the camera."""
+    inked = scene.planes[TEXT] >= INKED
+    columns = np.flatnonzero(inked.any(0))
+    upper = inked.argmax(0)[columns] - 0.5
+    lower = len(inked) - inked[::-1].argmax(0)[columns] - 0.5
+    ends = np.concatenate([np.stack([columns + side, rows], 1) for side in (-0.5, 0.5) for rows in (upper, lower)])
+    return cv2.perspectiveTransform(np.float32(ends)[None], cv2.getPerspectiveTransform(source, np.float32(seen)))[0]
+
+
+def _with_all_of(ink, low, high, curvature):
+    """The frame from `low` to `high` made larger where it would cut the ink off: a Q without its tail is a 0. The ends of a
+    line round a can sink, and need room for that."""
+    low, high = np.minimum(low, ink.min(0)), np.maximum(high, ink.max(0))
+    left = 1 - _sinking(curvature)
+    if curvature > 0:
+        high[1] = max(high[1], low[1] + (ink[:, 1].max() - low[1]) / left)
+    else:
+        low[1] = min(low[1], high[1] - (high[1] - ink[:, 1].min()) / left)
+    return low, high
 
 
 def _is_legible(pitch, capitals, width, height):
@@ -78,12 +115,22 @@ def _curved(planes, curvature):
     """Seen round a can: columns squeezed to the sides and sunk along an arc."""
     height, width = planes.shape[:2]
     x = np.linspace(-1, 1, width, dtype=np.float32)
-    span = math.asin(min(0.95, abs(curvature)))
+    span = _span(curvature)
     across = (np.arcsin(x * math.sin(span)) / span * 0.5 + 0.5) * (width - 1)
-    sink = (np.sqrt(1 - (x * math.sin(span)) ** 2) - 1) * curvature * height * 0.3
+    sink = (np.sqrt(1 - (x * math.sin(span)) ** 2) - 1) * curvature * height * _DEPTH
     map_x = np.repeat(across[None], height, 0).astype(np.float32)
     map_y = (np.arange(height, dtype=np.float32)[:, None] + sink[None]).astype(np.float32)
-    return cv2.remap(planes, map_x, map_y, cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE)
+    return cv2.remap(planes, map_x, map_y, cv2.INTER_LINEAR)
+
+
+def _span(curvature):
+    """Half the angle of the can that the picture shows."""
+    return math.asin(min(0.95, abs(curvature)))
+
+
+def _sinking(curvature):
+    """How far the ends of a line round a can sink, as a part of the picture's height."""
+    return (1 - math.cos(_span(curvature))) * abs(curvature) * _DEPTH
 
 
 def _coloured(planes, paint, dice, noise):

@@ -1,9 +1,12 @@
 """What a marking process makes of clean letters: each function takes a mask (bytes, 255 is ink) and gives a mask."""
+import math
 from functools import partial
 
 import cv2
 import numpy as np
 
+# From this coverage on a pixel counts as inked.
+INKED = 64
 _CROSS = cv2.getStructuringElement(cv2.MORPH_CROSS, (3, 3))
 
 
@@ -25,16 +28,18 @@ def dot_matrix(mask, dice):
     drops = np.kron(dots, _CROSS)
     result = np.zeros_like(mask)
     result[:drops.shape[0], :drops.shape[1]] = drops[:mask.shape[0], :mask.shape[1]]
-    return slanted(result, dice)
+    return result
 
 
 def slanted(mask, dice):
-    """Leaning to either side, as rows of dots on a moving product may, in three lines of ten."""
+    """Leaning to either side, as rows of dots on a moving product may, in three lines of ten; wider by what it leans."""
     if dice.random() >= 0.3:
         return mask
+    height, width = mask.shape
     shift = dice.uniform(-0.25, 0.25)
-    matrix = np.float32([[1, shift, -shift * mask.shape[0] / 2], [0, 1, 0]])
-    return cv2.warpAffine(mask, matrix, (mask.shape[1], mask.shape[0]))
+    room = math.ceil(abs(shift) * height / 2)
+    matrix = np.float32([[1, shift, room - shift * height / 2], [0, 1, 0]])
+    return cv2.warpAffine(mask, matrix, (width + 2 * room, height))
 
 
 def missing_columns(mask, dice):
@@ -81,12 +86,14 @@ def marked(mask, dice, noise):
     if not process:
         return mask
     result = process(mask, dice)
-    return result if shows_all(mask, result) and shows_all(255 - mask, 255 - result) else mask
+    if not (shows_all(mask, result) and shows_all(255 - mask, 255 - result)):
+        return mask
+    return slanted(result, dice) if process is dot_matrix else result
 
 
 def shows_all(before, after):
     """Whether a fifth or more of every connected mark is still inked."""
     count, labels = cv2.connectedComponents((before > 127).view(np.uint8))
     areas = np.bincount(labels.ravel(), minlength=count)
-    kept = np.bincount(labels[after > 63], minlength=count)
+    kept = np.bincount(labels[after >= INKED], minlength=count)
     return bool((kept[1:] >= 0.2 * areas[1:]).all())
