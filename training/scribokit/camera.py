@@ -84,12 +84,13 @@ def _frame(seen, view, dice):
 
 
 def _ink_as_seen(scene, source, seen):
-    """The upper and lower ends of the characters' ink in each column of the scene, where they lie for the camera."""
+    """Both ends of the characters' ink in each row of the scene, where they lie for the camera."""
     inked = scene.planes[TEXT] >= INKED
-    columns = np.flatnonzero(inked.any(0))
-    upper = inked.argmax(0)[columns] - 0.5
-    lower = len(inked) - inked[::-1].argmax(0)[columns] - 0.5
-    ends = np.concatenate([np.stack([columns + side, rows], 1) for side in (-0.5, 0.5) for rows in (upper, lower)])
+    rows = np.flatnonzero(inked.any(1))
+    inked = inked[rows]
+    first = inked.argmax(1) - 0.5
+    last = scene.width - inked[:, ::-1].argmax(1) - 0.5
+    ends = np.concatenate([np.stack([columns, rows + side], 1) for columns in (first, last) for side in (-0.5, 0.5)])
     return cv2.perspectiveTransform(np.float32(ends)[None], cv2.getPerspectiveTransform(source, np.float32(seen)))[0]
 
 
