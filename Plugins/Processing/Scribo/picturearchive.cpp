@@ -56,6 +56,14 @@ SOrgAI_ResInfo folderRecord(const std::string& text, int classIndex, bool isOk)
     return record;
 }
 
+/// Has Qt set up its calendar, which it does when a date is first written as text. Threads that do so at the same time may
+/// get an empty text, and pictures without a time in their names replace each other.
+void prepareCalendar()
+{
+    static const QString prepared = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd"));
+    Q_UNUSED(prepared)
+}
+
 } // namespace
 
 PictureArchive::PictureArchive(
@@ -65,6 +73,7 @@ PictureArchive::PictureArchive(
     , clock(std::move(clock_))
     , queue(std::make_shared<PictureQueue>(converter))
 {
+    prepareCalendar();
 }
 
 void PictureArchive::refreshSaveLocation()
