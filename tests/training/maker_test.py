@@ -126,7 +126,7 @@ class Texts(unittest.TestCase):
             self.assertEqual(set("OI") & set(drawn), set(expected), pattern)
             self.assertIn("Q", drawn)
 
-    def test_fill_groups_of_letters_with_one_that_is_no_digit(self):
+    def test_fill_groups_of_letters_with_one_that_looks_like_no_digit(self):
         dice = random.Random(12)
         for _ in range(3000):
             first, second = fill("AA-AAA", dice).split("-")

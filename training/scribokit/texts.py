@@ -7,7 +7,7 @@ else stands for itself.
 The picture has to decide what the label says. In most fonts nobody can tell 0 from O or 1 from I in a random string, or
 a lone c from C, and a network that is asked to guess spends its weights on it. So such characters are drawn where their
 place, the letter case of the text or their neighbours tell them apart, and nowhere else: O and I in groups of letters
-alone, beside a letter that is no digit, 0 and 1 among digits.
+alone, beside one that looks like no digit, 0 and 1 among digits.
 """
 import re
 import string

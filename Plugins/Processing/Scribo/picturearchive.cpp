@@ -3,6 +3,7 @@
 #include "pluginsettings.h"
 #include "tool.h"
 
+#include <QCalendar>
 #include <QDir>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
@@ -56,14 +57,6 @@ SOrgAI_ResInfo folderRecord(const std::string& text, int classIndex, bool isOk)
     return record;
 }
 
-/// Has Qt set up its calendar, which it does when a date is first written as text. Threads that do so at the same time may
-/// get an empty text, and pictures without a time in their names replace each other.
-void prepareCalendar()
-{
-    static const QString prepared = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd"));
-    Q_UNUSED(prepared)
-}
-
 } // namespace
 
 PictureArchive::PictureArchive(
@@ -73,7 +66,9 @@ PictureArchive::PictureArchive(
     , clock(std::move(clock_))
     , queue(std::make_shared<PictureQueue>(converter))
 {
-    prepareCalendar();
+    // Qt sets its calendar up on first use. Threads that write their first dates at the same time may get empty texts, and
+    // pictures without a time in their names replace each other.
+    static const QCalendar prepared;
 }
 
 void PictureArchive::refreshSaveLocation()
