@@ -43,6 +43,11 @@ class Exporting(unittest.TestCase):
                 other.classifier.bias[1] += 1
             self.assertGreater(export_difference(other, path), TOLERANCE)
 
+    def test_does_not_take_the_rounding_of_another_order_in_memory_for_a_difference(self):
+        shipped = Path(__file__).parents[2] / "models/ocr_printed_p1_1.onnx"
+        trained = from_onnx(shipped).to(memory_format=torch.channels_last)
+        self.assertLess(export_difference(trained, shipped), 1e-6)
+
     def test_is_read_back_to_train_on(self):
         with tempfile.TemporaryDirectory() as folder:
             path = Path(folder) / "m.onnx"
