@@ -80,7 +80,7 @@ def stencil(glyph_mask, dice):
 
 def marked(mask, dice, noise):
     """The line as one of the processes marks it, or as it is when the process would lose a whole mark, a point or a
-    dash, or fill the inside of a letter: the label names it, so the picture has to show it."""
+    dash, or fill the inside of a letter: the label names it, so the picture has to show it. Dots may lean besides."""
     processes = (None, heavier, dot_matrix, missing_columns, partial(worn, noise=noise), scan_lines, lighter, outlined)
     process = dice.choices(processes, (52, 10, 8, 8, 8, 6, 6, 2))[0]
     if not process:

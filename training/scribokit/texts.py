@@ -52,13 +52,14 @@ def fill(pattern, dice):
     groups = [group.span() for group in LETTER_GROUP.finditer(pattern)]
     in_groups = {place for group in groups for place in range(*group)}
     while True:
-        text = _drawn(pattern, in_groups, dice)
+        text = _filled_once(pattern, in_groups, dice)
         if all(set(text[first:last]) - set("OI") for first, last in groups):
             return text
 
 
-def _drawn(pattern, in_groups, dice):
-    """Doubled characters are made a little more frequent than chance, because a reader of sequences drops them first."""
+def _filled_once(pattern, in_groups, dice):
+    """`in_groups`: the places in groups of letters. Doubled characters are made a little more frequent than chance, because
+    a reader of sequences drops them first."""
     result = []
     for place, symbol in enumerate(pattern):
         letters = CAPITALS if place in in_groups else LETTERS_BESIDE_DIGITS
