@@ -12,7 +12,7 @@ RECIPES = {
     "moderate": (0.0, 0.15, 0.4),
     "hard": (0.0, 0.7, 1.0),
     "plates": (1.0, 0.3, 1.0),
-    "mix": (0.4, 0.0, 1.0),
+    "mix": (0.25, 0.0, 1.0),
     "clean": (0.0, 0.0, 0.0),
 }
 # Faces that are drawn from a seed: their kind and how many of them there are.
