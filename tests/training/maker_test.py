@@ -11,9 +11,11 @@ from scribokit.camera import shoot
 from scribokit.conditions import Paint, View, emboss
 from scribokit.ctc import steps_needed
 from scribokit.dots import COLUMNS, FORMS, ROWS, DotFace
-from scribokit.faces import CAP_HEIGHT, FontFace, StrokeFace, rounded
+from scribokit.faces import CAP_HEIGHT, FontFace, Glyph, StrokeFace, rounded
 from scribokit.fontlist import PLATE, PRINT, font_files
 from scribokit.inputs import network_input
+from scribokit.legibility import all_stand_out, marks_of
+from scribokit.lookalikes import is_told, undecided
 from scribokit.maker import RECIPES, PictureMaker, SingleFace
 from scribokit.noise import NoiseBank
 from scribokit.scene import CLUTTER, FAINT, OUTSIDE, TEXT, Scene, set_line
@@ -261,12 +263,115 @@ class Marks(unittest.TestCase):
             self.assertFalse(marks.shows_all(mask, less))
 
 
+class Glyphs:
+    """A face of these characters, each given as rows of ink and gaps."""
+
+    def __init__(self, **rows):
+        self._glyphs = {name[-1]: Glyph(np.kron(np.array([[255 * (dot == "#") for dot in row] for row in text.split()], np.uint8), np.ones((4, 4), np.uint8)), 0, 0, 0)
+                        for name, text in rows.items()}
+
+    def glyph(self, character):
+        return self._glyphs.get(character)
+
+
+class Lookalikes(unittest.TestCase):
+    def test_are_undecided_where_nothing_beside_them_is_of_their_kind(self):
+        for text, expected in {"A0": {"0O"}, "A0B": {"0O"}, "0": set(), "A 0 7": {"0O"}, "A07": set(), "A10": set(), "-1.2": set(), "K1": {"1I"}, "k1": {"1I", "1l"},
+                               "O": {"0O"}, "UN:O": {"0O"}, "NO": set(), "4I7": {"1I"}, "IN": set(), "a-l": {"1l"}, "al": set(), "4O1I": {"0O", "1I"}, "": set()}.items():
+            self.assertEqual(undecided(text), expected, text)
+
+    def test_are_told_by_a_slash_or_a_dot_in_the_zero(self):
+        ring = ".##. #..# #..# #..# #..# .##."
+        for zero, told in ((ring, False), ("#### #..# #..# #..# #..# ####", False), (".##. #..# #.## ##.# #..# .##.", True),
+                           (".###. #...# #...# #.#.# #...# .###.", True)):
+            self.assertEqual(is_told("A0", Glyphs(_0=zero, O=ring)), told, zero)
+            self.assertEqual(is_told("4O", Glyphs(_0=zero, O=ring)), told, zero)
+            self.assertTrue(is_told("A00", Glyphs(_0=zero, O=ring)), zero)
+
+    def test_are_told_by_flags_and_feet(self):
+        bar, flag, feet = "# # # # # #", "..# .## #.# ..# ..# ..#", "### .#. .#. .#. .#. ###"
+        for one, capital, told in ((bar, bar, False), (flag, bar, True), (flag, feet, True), (feet, feet, False),
+                                  ("##. .#. .#. .#. .#. ###", feet, False), ("##. ##. ##. .#. .#. ###", feet, True)):
+            self.assertEqual(is_told("A1", Glyphs(_1=one, I=capital)), told, (one, capital))
+
+    def test_are_told_in_a_face_that_has_only_one_of_them(self):
+        self.assertTrue(is_told("A0 I", Glyphs(_0="# #")))
+
+    def test_stand_undecided_in_no_line_of_print_but_in_given_texts(self):
+        path = next(path for path in font_files(PRINT, False) if not is_told("A0", FontFace(path)))
+        face, maker = FontFace(path), PictureMaker("clean", ALPHABET, 1, faces=SingleFace(path))
+        self.assertEqual([label for label in (maker.draw()[1] for _ in range(600)) if not is_told(label, face)], [])
+        self.assertEqual(PictureMaker("clean", ALPHABET, 1, faces=SingleFace(path), write=lambda dice: "A0B").draw()[1], "A0B")
+
+
+class Legibility(unittest.TestCase):
+    """A bar and a point beside it, 100 grey levels darker than the surface."""
+
+    def setUp(self):
+        ink = np.zeros((30, 60), np.uint8)
+        ink[5:25, 5:15] = ink[20:24, 30:34] = 255
+        self.bare = np.full((30, 60, 3), 180, np.float32)
+        self.picture = self.bare - np.float32(ink / 255 * 100)[:, :, None]
+        self.places, self.owners = marks_of(ink)
+
+    def stands_out(self, noise=0.0, capitals=20):
+        return all_stand_out(self.places, self.owners, self.picture, self.bare, capitals, noise)
+
+    def test_takes_a_few_pixels_of_every_mark_and_no_specks(self):
+        self.assertEqual(np.bincount(self.owners).tolist(), [50, 4])
+        speck = np.zeros((9, 9), np.uint8)
+        speck[3, 3] = 255
+        self.assertEqual(len(marks_of(speck)[0]), 0)
+
+    def test_asks_for_more_contrast_than_noise_has(self):
+        self.assertTrue(self.stands_out())
+        self.assertTrue(self.stands_out(noise=80))
+        self.assertFalse(self.stands_out(noise=90))
+
+    def test_misses_a_point_that_light_has_swallowed(self):
+        for colour in (180, 175):
+            self.picture[18:26, 28:36] = colour
+            self.assertFalse(self.stands_out(), colour)
+
+    def test_misses_what_is_white_in_both(self):
+        self.bare[:, 28:36] += 200
+        self.picture[:, 28:36] += 200
+        self.assertFalse(self.stands_out())
+
+    def test_misses_a_letter_of_which_a_third_is_gone(self):
+        self.picture[18:25, 5:15] = 180
+        self.assertFalse(self.stands_out())
+        self.picture[18:22, 5:15] = 80
+        self.assertTrue(self.stands_out())
+
+    def test_takes_one_colour_for_enough(self):
+        self.picture[:, :, 1:] = self.bare[:, :, 1:]
+        self.assertTrue(self.stands_out())
+
+    def test_takes_the_edges_of_a_relief_for_its_marks(self):
+        self.picture[7:23, 7:13] = 180
+        self.assertFalse(self.stands_out())
+        self.assertTrue(self.stands_out(capitals=48))
+
+    def test_takes_places_outside_of_the_picture_for_its_edge(self):
+        self.places = self.places + [-40, 0]
+        self.assertFalse(self.stands_out())
+        self.picture[:, 0] = 80
+        self.assertTrue(self.stands_out())
+
+    def test_of_nothing_is_given(self):
+        self.places, self.owners = marks_of(np.zeros((30, 60), np.uint8))
+        self.assertTrue(self.stands_out())
+
+
 class Cameras(unittest.TestCase):
     """A line 100 pixels of the scene wide, around which the box leaves some room."""
 
-    def shot(self, view, room, characters=5, paint=PRINTED):
+    def shot(self, view, room, characters=5, paint=PRINTED, gaps=0):
+        """Of a solid block, or of uprights 6 pixels wide with gaps."""
         scene = Scene(100, characters)
-        scene.planes[TEXT][scene.top:scene.bottom, scene.left:scene.right] = 255
+        for x in range(scene.left, scene.right, 6 + gaps):
+            scene.planes[TEXT][scene.top:scene.bottom, x:min(x + 6, scene.right)] = 255
         box = scene.left - room, scene.top - room, scene.right + room, scene.bottom + room
         return shoot(scene, box, view, paint, random.Random(1), NoiseBank(1))
 
@@ -280,9 +385,9 @@ class Cameras(unittest.TestCase):
         self.assertGreaterEqual((picture[:, picture.shape[1] // 2, 0] < 110).sum(), 7)
         self.assertEqual(self.shot(View(12, detail=0.5), CAP_HEIGHT / 2, 2).shape[0], 28)
 
-    def test_take_it_higher_when_characters_would_have_less_than_four_pixels(self):
-        self.assertEqual(self.shot(View(12), CAP_HEIGHT / 2).shape[0], 16)
-        self.assertGreaterEqual(self.shot(View(12, stretch=0.5), 0).shape[0], 16)
+    def test_take_it_higher_when_characters_would_have_less_than_five_pixels(self):
+        self.assertEqual(self.shot(View(12), CAP_HEIGHT / 2).shape[0], 20)
+        self.assertGreaterEqual(self.shot(View(12, stretch=0.5), 0).shape[0], 20)
 
     def test_take_none_where_even_the_highest_shows_too_little(self):
         self.assertIsNone(self.shot(View(12), 10 * CAP_HEIGHT))
@@ -298,6 +403,22 @@ class Cameras(unittest.TestCase):
             scene.planes[TEXT][scene.top:scene.bottom, scene.left:scene.right] = 255
             box = scene.left, scene.top + 10, scene.right, scene.bottom - 10
             self.assertEqual(shoot(scene, box, View(60), PRINTED, random.Random(1), NoiseBank(1)) is not None, legible, characters)
+
+    def test_take_none_where_a_mark_would_not_be_seen(self):
+        faint, dark = (Paint((200, 200, 200), (ink,) * 3, (0,) * 3, (0,) * 3, (0,) * 3) for ink in (190, 150))
+        self.assertIsNone(self.shot(View(40), 10, paint=faint))
+        self.assertIsNotNone(self.shot(View(40), 10, paint=dark))
+        self.assertIsNone(self.shot(View(40, noise=60), 10, paint=dark))
+
+    def test_look_for_the_marks_where_the_picture_shows_them(self):
+        """Points of 4 pixels at both ends of the line, of which one is not inked, are missed whatever the view."""
+        for seed in range(40):
+            scene = Scene(200, 5)
+            for x in (scene.left, scene.right - 4):
+                scene.stamp(TEXT, np.full((4, 4), 255, np.uint8), x, (scene.top + scene.bottom) / 2)
+            box = scene.left - 5, scene.top - 5, scene.right + 5, scene.bottom + 5
+            view = View(40, tilt=4, shear=0.1, slope=0.05, keystone=0.01, jitter=0.05, curvature=(-0.9, 0, 0.9)[seed % 3])
+            self.assertIsNotNone(shoot(scene, box, view, PRINTED, random.Random(seed), NoiseBank(1)), seed)
 
     def test_cut_off_no_character(self):
         """Discs in the corners of the line, seen askew in a box that is too small and misplaced, keep their sizes."""
@@ -321,7 +442,7 @@ class Cameras(unittest.TestCase):
                     view, paint = View(height), Paint((brightness,) * 3, (20,) * 3, (0,) * 3, (0,) * 3, (0,) * 3)
                     emboss(paint, view, random.Random(seed))
                     paint.relief_ink = 0.0
-                    levels = self.shot(view, CAP_HEIGHT / 2, 2, paint).astype(int)[height // 2, :, 0]
+                    levels = self.shot(view, CAP_HEIGHT / 2, 2, paint, gaps=14).astype(int)[height // 2, :, 0]
                     lit[height] = levels.max() - paint.surface[0], paint.surface[0] - levels.min()
                     self.assertGreater(min(lit[height]), 20, (height, brightness, seed))
                 self.assertGreater(sum(lit[60]), 0.6 * sum(lit[16]), (brightness, seed))

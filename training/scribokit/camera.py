@@ -1,5 +1,6 @@
 """The camera: turns a scene into a picture as a lens, a sensor and a file give it."""
 import math
+from collections import namedtuple
 
 import cv2
 import numpy as np
@@ -7,35 +8,46 @@ import numpy as np
 from .conditions import HIGHEST
 from .faces import CAP_HEIGHT
 from .inputs import HEIGHT, WIDEST
+from .legibility import all_stand_out, marks_of
 from .marks import INKED
 from .scene import CLUTTER, FAINT, OUTSIDE, TEXT
 
 # Pixels that a capital has to have in height, and a character with its gap in width, to be told from others: the
-# smallest letters in use are drawn in seven rows, and in three columns and a gap.
-_LEAST_HEIGHT, _LEAST_PITCH = 7, 4
+# smallest letters in use are drawn in seven rows, and N needs four columns, so that they do with a gap.
+_LEAST_HEIGHT, _LEAST_PITCH = 7, 5
 # What has to be left of them in the network's input: all lines of a sample that had less, because they stood askew or
 # among much else, were misread.
 _LEAST_INPUT_HEIGHT, _LEAST_INPUT_PITCH = 8, 7
 # How deep the arc of a can is for its curvature, in heights of the picture.
 _DEPTH = 0.3
 
+# planes: the layers as the picture shows them, height×width×4 bytes; capitals: the height of one in pixels; places and
+# owners: the pixels (x, y) of the line's marks in the picture and the mark that each belongs to.
+Projection = namedtuple("Projection", "planes capitals places owners")
+# What light makes of a colour, height×width×3 floats each: colour × gain + added.
+Light = namedtuple("Light", "gain added")
+
 
 def shoot(scene, box, view, paint, dice, noise):
     """A picture (height×width×3 bytes, BGR) of the scene's box (x0, y0, x1, y1), as `view` and `paint` say; None when
-    its characters would be too small for anybody to read, on the highest picture or in the network's input."""
+    nobody could read it: its characters would be too small, on the highest picture or in the network's input, or one of
+    its marks would hardly stand out."""
     seen = _project(scene, box, view, dice)
     if seen is None:
         return None
-    planes, capitals = seen
-    picture = _coloured(planes, paint, dice, noise)
-    picture = _lit(picture, view, dice, noise)
-    return _recorded(picture, view, capitals, dice, noise)
+    painted = _coloured(seen.planes, paint, dice, noise)
+    light = _light(seen.planes.shape[:2], view, dice, noise)
+    blurred = _lens(view, seen.capitals, seen.planes.shape[0], dice)
+    picture, bare = (blurred(picture * light.gain + light.added) for picture in painted)
+    if not all_stand_out(seen.places, seen.owners, picture, bare, seen.capitals, view.noise):
+        return None
+    return _recorded(picture, view, dice, noise)
 
 
 def _project(scene, box, view, dice):
     """Warps the layers so that the box's outline, turned and seen at an angle, fills the picture, which is taken larger
-    when its characters would be too small, and shows more where it would cut them off. The layers and the height of a
-    capital in pixels, or None when that makes the picture higher than any or they take too little of it."""
+    when its characters would be too small, and shows more where it would cut them off. None when that makes the picture
+    higher than any or the characters take too little of it."""
     x0, y0, x1, y1 = box
     source = np.float32([[x0, y0], [x1, y0], [x1, y1], [x0, y1]])
     seen = _seen(source - source.mean(0), view, dice)
@@ -52,6 +64,8 @@ def _project(scene, box, view, dice):
         return None
     # A pixel's coordinates are those of its middle.
     target = (seen - low) * scale - 0.5
+    places, owners = marks_of(scene.planes[TEXT])
+    places = cv2.perspectiveTransform(places[None], cv2.getPerspectiveTransform(source, np.float32(target)))[0]
     planes = cv2.merge(scene.planes)
     if scale[1] < 0.62:
         half = 0.5
@@ -59,7 +73,9 @@ def _project(scene, box, view, dice):
         source = (source + 0.5) * half - 0.5
     matrix = cv2.getPerspectiveTransform(source, np.float32(target))
     planes = cv2.warpPerspective(planes, matrix, (width, height), flags=cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE)
-    return (_curved(planes, view.curvature) if view.curvature else planes), CAP_HEIGHT * scale[1]
+    if view.curvature:
+        planes, places = _curved(planes, places, view.curvature)
+    return Projection(planes, CAP_HEIGHT * scale[1], places, owners)
 
 
 def _seen(corners, view, dice):
@@ -112,8 +128,8 @@ def _is_legible(pitch, capitals, width, height):
     return pitch * along >= _LEAST_INPUT_PITCH and capitals * up >= _LEAST_INPUT_HEIGHT
 
 
-def _curved(planes, curvature):
-    """Seen round a can: columns squeezed to the sides and sunk along an arc."""
+def _curved(planes, places, curvature):
+    """The layers, and these places (x, y) in them, as seen round a can: columns squeezed to the sides and sunk along an arc."""
     height, width = planes.shape[:2]
     x = np.linspace(-1, 1, width, dtype=np.float32)
     span = _span(curvature)
@@ -121,7 +137,9 @@ def _curved(planes, curvature):
     sink = (np.sqrt(1 - (x * math.sin(span)) ** 2) - 1) * curvature * height * _DEPTH
     map_x = np.repeat(across[None], height, 0).astype(np.float32)
     map_y = (np.arange(height, dtype=np.float32)[:, None] + sink[None]).astype(np.float32)
-    return cv2.remap(planes, map_x, map_y, cv2.INTER_LINEAR)
+    columns = np.interp(places[:, 0], across, np.arange(width))
+    rows = places[:, 1] - np.interp(columns, np.arange(width), sink)
+    return cv2.remap(planes, map_x, map_y, cv2.INTER_LINEAR), np.stack([columns, rows], 1)
 
 
 def _span(curvature):
@@ -135,8 +153,8 @@ def _sinking(curvature):
 
 
 def _coloured(planes, paint, dice, noise):
-    """The layers painted one over the other, as floats. Colours are planes until the end, because numpy is slow at pixels
-    of three values."""
+    """The layers painted one over the other, as floats, with the characters and without. Colours are planes until the end,
+    because numpy is slow at pixels of three values."""
     cover = [plane.astype(np.float32) for plane in cv2.split(planes)]
     shape = planes.shape[:2]
     picture = np.empty((3,) + shape, np.float32)
@@ -147,13 +165,14 @@ def _coloured(planes, paint, dice, noise):
     if cover[OUTSIDE].any():
         _lay(picture, cover[OUTSIDE], _as_planes(paint.outside) + noise.field(shape, dice, 8) * paint.outside_grain)
     _lay(picture, cover[CLUTTER], _as_planes(paint.clutter))
+    bare = cv2.merge(list(picture))
     text = cover[TEXT]
     if paint.relief:
         blurred = cv2.GaussianBlur(text, (0, 0), max(0.5, shape[0] / 40))
         picture += (np.roll(blurred, paint.relief_shift, (0, 1)) - blurred) * (paint.relief / 255)
         text = text * paint.relief_ink
     _lay(picture, text, _as_planes(paint.ink))
-    return cv2.merge(list(picture))
+    return cv2.merge(list(picture)), bare
 
 
 def _as_planes(colour):
@@ -166,46 +185,63 @@ def _lay(picture, cover, colour):
         picture += (colour - picture) * (cover * np.float32(1 / 255))
 
 
-def _lit(picture, view, dice, noise):
-    height, width = picture.shape[:2]
+def _light(shape, view, dice, noise):
+    """What lamps, shadows, reflections and dirt make of a picture (height, width) before the camera."""
+    height, width = shape
+    gain, added = np.ones(shape + (3,), np.float32), np.zeros(shape + (3,), np.float32)
     if view.uneven:
         lamp = np.array([[1 + dice.gauss(0, view.uneven) for _ in range(3)] for _ in range(2)], np.float32)
-        picture *= cv2.resize(lamp, (width, height), interpolation=cv2.INTER_LINEAR)[:, :, None]
+        gain *= cv2.resize(lamp, (width, height), interpolation=cv2.INTER_LINEAR)[:, :, None]
     if dice.random() < view.shadow:
-        mask = np.zeros((height, width), np.float32)
+        mask = np.zeros(shape, np.float32)
         x, lean = dice.uniform(0, width), dice.uniform(-2, 2) * height
         side = dice.choice((0, width))
         cv2.fillPoly(mask, [np.int32([[x, 0], [x + lean, height], [side, height], [side, 0]])], 1)
         if dice.random() < 0.5:
             edge = int(dice.uniform(0.1, 0.5) * height)
             mask[:edge] = 1
-        picture *= 1 - (cv2.blur(mask, (3, 3)) * dice.uniform(0.2, 0.6))[:, :, None]
+        gain *= 1 - (cv2.blur(mask, (3, 3)) * dice.uniform(0.2, 0.6))[:, :, None]
     if dice.random() < view.glare:
-        mask = np.zeros((height, width), np.float32)
+        mask = np.zeros(shape, np.float32)
         centre = int(dice.uniform(0, width)), int(dice.uniform(0, height))
         cv2.ellipse(mask, centre, (int(height * dice.uniform(0.3, 1.5)), int(height * dice.uniform(0.1, 0.5))), dice.uniform(0, 180),
                     0, 360, dice.uniform(40, 160), -1)
-        picture += cv2.GaussianBlur(mask, (0, 0), max(0.8, height * 0.12))[:, :, None]
+        added += cv2.GaussianBlur(mask, (0, 0), max(0.8, height * 0.12))[:, :, None]
     if dice.random() < view.dirt:
-        spots = np.clip(noise.field((height, width), dice, dice.choice((4, 8))) - dice.uniform(1.0, 2.0), 0, 1)
-        picture += (spots * dice.uniform(0.3, 1))[:, :, None] * (dice.uniform(20, 140) - picture)
-    return picture
+        spots = np.clip(noise.field(shape, dice, dice.choice((4, 8))) - dice.uniform(1.0, 2.0), 0, 1)
+        spots = (spots * dice.uniform(0.3, 1))[:, :, None]
+        gain *= 1 - spots
+        added += spots * (dice.uniform(20, 140) - added)
+    return Light(gain, added)
 
 
-def _recorded(picture, view, capitals, dice, noise):
-    """What the sensor and the file make of it. Blur ends where it would close the gaps of a capital, `capitals` pixels
-    high: at a deviation of a tenth and a motion of a fifth of that."""
+def _lens(view, capitals, height, dice):
+    """The function that blurs a picture of this height as focus and motion do. Blur ends where it would close the gaps of a
+    capital, `capitals` pixels high: at a deviation of a tenth and a motion of a fifth of that."""
+    deviation = min(view.blur * height / 32, capitals / 10)
+    streak = _streak(max(2, int(round(min(view.motion * height / 32, capitals / 5)))), dice) if view.motion > 1 else None
+
+    def blurred(picture):
+        if deviation > 0:
+            picture = cv2.GaussianBlur(picture, (0, 0), deviation)
+        return picture if streak is None else cv2.filter2D(picture, -1, streak, borderType=cv2.BORDER_REPLICATE)
+
+    return blurred
+
+
+def _streak(length, dice):
+    """What a motion along or across the line makes of a point."""
+    kernel = np.zeros((length, length), np.float32)
+    if dice.random() < 0.7:
+        kernel[length // 2] = 1 / length
+    else:
+        kernel[:, length // 2] = 1 / length
+    return kernel
+
+
+def _recorded(picture, view, dice, noise):
+    """What the sensor and the file make of it."""
     height, width = picture.shape[:2]
-    if view.blur > 0:
-        picture = cv2.GaussianBlur(picture, (0, 0), min(view.blur * height / 32, capitals / 10))
-    if view.motion > 1:
-        length = max(2, int(round(min(view.motion * height / 32, capitals / 5))))
-        kernel = np.zeros((length, length), np.float32)
-        if dice.random() < 0.7:
-            kernel[length // 2] = 1 / length
-        else:
-            kernel[:, length // 2] = 1 / length
-        picture = cv2.filter2D(picture, -1, kernel, borderType=cv2.BORDER_REPLICATE)
     if view.noise:
         grain = noise.grain((height, width), dice)
         picture = picture + (grain if view.colour_noise else grain[:, :, :1]) * view.noise

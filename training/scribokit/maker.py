@@ -5,6 +5,7 @@ from . import camera, conditions, layouts, plates, texts
 from .dots import DotFace
 from .faces import FontFace, StrokeFace
 from .fontlist import PLATE, PRINT, SEGMENT, font_files
+from .lookalikes import is_told
 from .noise import NoiseBank
 
 # name: (chance of a plate, lowest level, highest level)
@@ -67,7 +68,8 @@ class PictureMaker:
     """draw() gives (picture, label): height×width×3 bytes BGR, 12 to 60 pixels high, and the characters to read.
 
     Texts are the kit's, or what `write` gives when called with a random.Random; a text with characters outside the
-    alphabet is drawn again, other than gaps and emblems, which are not read. `faces` replaces the kit's fonts."""
+    alphabet is drawn again, other than gaps and emblems, which are not read. `faces` replaces the kit's fonts. Lines of
+    print, unless `write` gives them, hold no 0 or 1 that neither its place nor the face tells from a letter."""
 
     def __init__(self, recipe, alphabet, seed, held_out=False, faces=None, write=None):
         self._plates, self._low, self._high = RECIPES[recipe]
@@ -76,6 +78,7 @@ class PictureMaker:
         self._noise = NoiseBank(7)
         self._faces = faces or FaceSet(held_out)
         self._write = write or (lambda dice: texts.print_text(alphabet, dice))
+        self._is_told = (lambda text, face: True) if write else is_told
 
     def draw(self):
         while True:
@@ -103,7 +106,7 @@ class PictureMaker:
                 text = texts.fill(dice.choice(("99.9", "9999", "99:99", "-99.9", "999999")), dice)
             elif face.capitals_only:
                 text = text.upper()
-            if not texts.is_readable(text, self._alphabet):
+            if not (texts.is_readable(text, self._alphabet) and self._is_told(text, face)):
                 return None
             laid = layouts.printed(text, face, small_face, dice, self._noise, level)
             view = conditions.draw_view(dice, level)

@@ -1,0 +1,32 @@
+"""Whether a picture shows every mark of its line: what light, lens and faint ink leave of a letter, a point or a dash."""
+from functools import reduce
+
+import cv2
+import numpy as np
+
+# Grey levels by which ink has to differ from what the picture would show without it, besides noise, and the part of a mark
+# that has to: chosen by eye, so that what is left is faint and no more than that.
+_LEAST_CONTRAST, _LEAST_PART = 12, 0.75
+# Every second pixel along and across says enough of a mark, and leaves out specks of flaked ink.
+_STEP = 2
+
+
+def marks_of(ink):
+    """The connected marks of a layer: pixels of theirs (x, y), count×2, and the mark that each belongs to, from 0 on."""
+    labels = cv2.connectedComponents((ink > 127).view(np.uint8))[1][::_STEP, ::_STEP]
+    rows, columns = np.nonzero(labels)
+    return _STEP * np.stack([columns, rows], 1).astype(np.float32), labels[rows, columns] - 1
+
+
+def all_stand_out(places, owners, picture, bare, capitals, noise):
+    """Whether of each mark enough pixels, which lie at these places (x, y) of the picture, differ from `bare`, the picture
+    as it were without the line, or have one beside them that does, as in a relief, which shows its edges. Capitals are so
+    many pixels high; noise is the standard deviation of what the camera adds. Pictures are height×width×3 floats, and
+    white from 255 on."""
+    contrast = reduce(cv2.max, cv2.split(cv2.absdiff(*(np.clip(seen, 0, 255) for seen in (picture, bare)))))
+    reach = 2 * max(1, round(capitals / 16)) + 1
+    contrast = cv2.dilate(contrast, np.ones((reach, reach), np.uint8))
+    height, width = contrast.shape
+    columns, rows = np.rint(places).astype(np.intp).T
+    seen = contrast[rows.clip(0, height - 1), columns.clip(0, width - 1)] >= _LEAST_CONTRAST + noise
+    return bool((np.bincount(owners, seen) >= _LEAST_PART * np.bincount(owners)).all())
