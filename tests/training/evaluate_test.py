@@ -56,14 +56,17 @@ class Evaluate(unittest.TestCase):
             self.assertIn("| set | m | 2 |", result.stdout)
             self.assertEqual(sorted(path.name for path in (Path(root) / "report").iterdir()), ["set-m-confusions.png", "set-m-worst.png"])
 
-    def test_prints_the_lines_right_by_the_columns_of_a_character(self):
+    def test_prints_the_lines_right_by_size(self):
         with tempfile.TemporaryDirectory() as root:
             folder, config = self.folder(root)
             cv2.imwrite(str(folder / "A01A0.png"), np.full((16, 28, 3), 200, np.uint8))
-            result = run("evaluate", folder, "--onnx", Path(root) / "m.onnx", "--config", config, "--by-width")
+            result = run("evaluate", folder, "--onnx", Path(root) / "m.onnx", "--config", config, "--by-width", "--by-height")
             self.assertEqual(result.returncode, 0, result.stderr)
-            self.assertIn("| set | m | 0 to 12 | 1 |", result.stdout)
-            self.assertIn("| set | m | 20 and more | 2 |", result.stdout)
+            widths, heights = result.stdout.split("| columns a character |")[1].split("| rows |")
+            self.assertIn("| set | m | 0 to 12 | 1 |", widths)
+            self.assertIn("| set | m | 20 and more | 2 |", widths)
+            self.assertIn("| set | m | 16 to 24 | 1 |", heights)
+            self.assertIn("| set | m | 24 to 40 | 2 |", heights)
 
     def test_wants_a_reader_and_labelled_pictures(self):
         with tempfile.TemporaryDirectory() as root:

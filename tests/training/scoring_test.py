@@ -3,7 +3,7 @@ from collections import Counter
 
 import numpy as np
 
-from scribokit.scoring import Score, aligned, by_width, confusion_picture, only
+from scribokit.scoring import Score, aligned, by_size, confusion_picture, only
 from scribokit.sheets import contact_sheet
 
 
@@ -21,8 +21,8 @@ class Scores(unittest.TestCase):
     def test_of_nothing_are_zero(self):
         self.assertEqual((Score().line_accuracy, Score().character_error_rate), (0, 0))
 
-    def test_go_by_the_columns_of_a_character(self):
-        self.assertEqual(by_width([5.0, 11.9, 12.0, 25.0, 20.0], [True, False, True, True, False]),
+    def test_go_by_size(self):
+        self.assertEqual(by_size([5.0, 11.9, 12.0, 25.0, 20.0], [True, False, True, True, False], (12, 16, 20)),
                          [(0, 12, 2, 1), (12, 16, 1, 1), (20, None, 2, 1)])
 
     def test_align_missing_and_surplus_characters(self):

@@ -37,17 +37,17 @@ class Score:
             self.confusions.update(pair for pair in aligned(read, truth) if pair[0] != pair[1])
 
 
-# Columns that a character has in the network's input: bounds between which lines are counted.
-WIDTHS = (12, 16, 20)
+# Bounds between which lines are counted: columns that a character has in the network's input, rows of the picture.
+WIDTHS, HEIGHTS = (12, 16, 20), (16, 24, 40)
 
 
-def by_width(columns, right):
-    """Lines by the columns of a character: (from, to, lines, right lines) for each range that holds any; `to` of the last
-    is None. `columns` and `right` (whether it was read) go line by line."""
-    place = np.searchsorted(WIDTHS, columns, side="right")
-    total = np.bincount(place, minlength=len(WIDTHS) + 1)
-    good = np.bincount(place, weights=right, minlength=len(WIDTHS) + 1).astype(int)
-    edges = (0,) + WIDTHS, WIDTHS + (None,)
+def by_size(sizes, right, bounds):
+    """Lines by their size: (from, to, lines, right lines) for each range between the bounds that holds any; `to` of the last
+    is None. `sizes` and `right` (whether it was read) go line by line."""
+    place = np.searchsorted(bounds, sizes, side="right")
+    total = np.bincount(place, minlength=len(bounds) + 1)
+    good = np.bincount(place, weights=right, minlength=len(bounds) + 1).astype(int)
+    edges = (0,) + bounds, bounds + (None,)
     return [row for row in zip(*edges, total.tolist(), good.tolist()) if row[2]]
 
 
