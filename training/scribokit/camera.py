@@ -7,17 +7,10 @@ import numpy as np
 
 from .conditions import HIGHEST
 from .faces import CAP_HEIGHT
-from .inputs import HEIGHT, WIDEST
-from .legibility import all_stand_out, marks_of
+from .legibility import LEAST_HEIGHT, LEAST_PITCH, all_stand_out, is_large_enough, marks_of
 from .marks import INKED
 from .scene import CLUTTER, FAINT, OUTSIDE, TEXT
 
-# Pixels that a capital has to have in height, and a character with its gap in width, to be told from others: the
-# smallest letters in use are drawn in seven rows, and N needs four columns, so that they do with a gap.
-_LEAST_HEIGHT, _LEAST_PITCH = 7, 5
-# What has to be left of them in the network's input: all lines of a sample that had less, because they stood askew or
-# among much else, were misread.
-_LEAST_INPUT_HEIGHT, _LEAST_INPUT_PITCH = 8, 7
 # How deep the arc of a can is for its curvature, in heights of the picture.
 _DEPTH = 0.3
 
@@ -54,13 +47,13 @@ def _project(scene, box, view, dice):
     low, high = _frame(seen, view, dice)
     low, high = _with_all_of(_ink_as_seen(scene, source, seen), low, high, view.curvature)
     size = np.maximum(high - low, 8)
-    least = max(_LEAST_HEIGHT / CAP_HEIGHT, _LEAST_PITCH / (scene.pitch * view.stretch)) / view.detail
+    least = max(LEAST_HEIGHT / CAP_HEIGHT, LEAST_PITCH / (scene.pitch * view.stretch)) / view.detail
     height = max(view.height, math.ceil(size[1] * least))
     if height > HIGHEST:
         return None
     width = int(max(8, min(round(size[0] / size[1] * height), 12 * height)))
     scale = np.array([width, height]) / size
-    if not _is_legible(scene.pitch * view.stretch * scale[0], CAP_HEIGHT * scale[1], width, height):
+    if not is_large_enough(scene.pitch * view.stretch * scale[0], CAP_HEIGHT * scale[1], width, height):
         return None
     # A pixel's coordinates are those of its middle.
     target = (seen - low) * scale - 0.5
@@ -120,12 +113,6 @@ def _with_all_of(ink, low, high, curvature):
     else:
         low[1] = min(low[1], high[1] - (high[1] - ink[:, 1].min()) / left)
     return low, high
-
-
-def _is_legible(pitch, capitals, width, height):
-    """Whether the network's input shows characters of this pitch and height in a picture of this size large enough."""
-    along, up = min(HEIGHT / height, WIDEST / width), HEIGHT / height
-    return pitch * along >= _LEAST_INPUT_PITCH and capitals * up >= _LEAST_INPUT_HEIGHT
 
 
 def _curved(planes, places, curvature):

@@ -1,14 +1,30 @@
-"""Whether a picture shows every mark of its line: what light, lens and faint ink leave of a letter, a point or a dash."""
+"""Whether a picture can be read: how large its characters are, and what light, lens and faint ink leave of every letter,
+point and dash."""
 from functools import reduce
 
 import cv2
 import numpy as np
 
+from .inputs import HEIGHT, WIDEST
+
+# Pixels that a capital has to have in height, and a character with its gap in width, to be told from others: the
+# smallest letters in use are drawn in seven rows, and N needs four columns, so that they do with a gap.
+LEAST_HEIGHT, LEAST_PITCH = 7, 5
+# What has to be left of them in the network's input: all lines of a sample that had less, because they stood askew or
+# among much else, were misread.
+_LEAST_INPUT_HEIGHT, _LEAST_INPUT_PITCH = 8, 7
 # Grey levels by which ink has to differ from what the picture would show without it, besides noise, and the part of a mark
 # that has to: chosen by eye, so that what is left is faint and no more than that.
 _LEAST_CONTRAST, _LEAST_PART = 12, 0.75
 # Every second pixel along and across says enough of a mark, and leaves out specks of flaked ink.
 _STEP = 2
+
+
+def is_large_enough(pitch, capitals, width, height):
+    """Whether the network's input shows characters of this pitch and height (pixels) in a picture of this size large
+    enough."""
+    along, up = min(HEIGHT / height, WIDEST / width), HEIGHT / height
+    return pitch * along >= _LEAST_INPUT_PITCH and capitals * up >= _LEAST_INPUT_HEIGHT
 
 
 def marks_of(ink):
