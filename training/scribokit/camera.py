@@ -16,9 +16,9 @@ _DEPTH = 0.3
 
 # planes: the layers as the picture shows them, height×width×4 bytes; capitals: the height of one in pixels; places and
 # owners: the pixels (x, y) of the line's marks in the picture and the mark that each belongs to.
-Projection = namedtuple("Projection", "planes capitals places owners")
+_Projection = namedtuple("_Projection", "planes capitals places owners")
 # What light makes of a colour, height×width×3 floats each: colour × gain + added.
-Light = namedtuple("Light", "gain added")
+_Light = namedtuple("_Light", "gain added")
 
 
 def shoot(scene, box, view, paint, dice, noise):
@@ -68,7 +68,7 @@ def _project(scene, box, view, dice):
     planes = cv2.warpPerspective(planes, matrix, (width, height), flags=cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE)
     if view.curvature:
         planes, places = _curved(planes, places, view.curvature)
-    return Projection(planes, CAP_HEIGHT * scale[1], places, owners)
+    return _Projection(planes, CAP_HEIGHT * scale[1], places, owners)
 
 
 def _seen(corners, view, dice):
@@ -199,7 +199,7 @@ def _light(shape, view, dice, noise):
         spots = (spots * dice.uniform(0.3, 1))[:, :, None]
         gain *= 1 - spots
         added += spots * (dice.uniform(20, 140) - added)
-    return Light(gain, added)
+    return _Light(gain, added)
 
 
 def _lens(view, capitals, height, dice):

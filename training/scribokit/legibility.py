@@ -14,7 +14,7 @@ LEAST_HEIGHT, LEAST_PITCH = 7, 5
 # among much else, were misread.
 _LEAST_INPUT_HEIGHT, _LEAST_INPUT_PITCH = 8, 7
 # Grey levels by which ink has to differ from what the picture would show without it, besides noise, and the part of a mark
-# that has to: chosen by eye, so that what is left is faint and no more than that.
+# that has to: chosen by eye, so that nearly all of what is rejected has a mark that cannot be seen.
 _LEAST_CONTRAST, _LEAST_PART = 12, 0.75
 # Every second pixel along and across says enough of a mark, and leaves out specks of flaked ink.
 _STEP = 2
@@ -39,7 +39,7 @@ def all_stand_out(places, owners, picture, bare, capitals, noise):
     as it were without the line, or have one beside them that does, as in a relief, which shows its edges. Capitals are so
     many pixels high; noise is the standard deviation of what the camera adds. Pictures are height×width×3 floats, and
     white from 255 on."""
-    contrast = reduce(cv2.max, cv2.split(cv2.absdiff(*(np.clip(seen, 0, 255) for seen in (picture, bare)))))
+    contrast = reduce(cv2.max, cv2.split(cv2.absdiff(*(np.clip(image, 0, 255) for image in (picture, bare)))))
     reach = 2 * max(1, round(capitals / 16)) + 1
     contrast = cv2.dilate(contrast, np.ones((reach, reach), np.uint8))
     height, width = contrast.shape

@@ -1,10 +1,14 @@
-"""Digits and letters of one shape: which of a text only their shape tells, and whether a face's shapes do."""
+"""Digits and letters that look alike: which of a text only their shape tells, and whether a face's shapes do."""
+import re
+
 import cv2
 import numpy as np
 
 # Uprights, stretched to one size, differ by this part of it or more where one has a flag or a foot that the other lacks.
 _LEAST_DIFFERENCE = 0.11
 _SIZE = 24, 40
+_PAIRS = "0O", "1I", "1l"
+_A_DIGIT, _A_LETTER = r"\d", r"[^\W\d_]"
 
 
 def is_told(text, face):
@@ -15,15 +19,18 @@ def is_told(text, face):
 
 def undecided(text):
     """The pairs, as "0O", of which the text holds one that its place does not decide."""
-    letters, small = (any(map(kind, text)) for kind in (str.isalpha, str.islower))
-    pairs = set()
-    for place, character in enumerate(text):
-        beside = text[max(place - 1, 0):place] + text[place + 1:place + 2]
-        if character in "01" and letters and not any(map(str.isdigit, beside)):
-            pairs |= {"0O"} if character == "0" else {"1I", "1l"} if small else {"1I"}
-        if character in "OIl" and not any(map(str.isalpha, beside)):
-            pairs.add({"O": "0O", "I": "1I", "l": "1l"}[character])
-    return pairs
+    return {digit + letter for digit, letter in _PAIRS
+            if (_has_its_like(letter, text) and _stands_alone(digit, _A_DIGIT, text)) or _stands_alone(letter, _A_LETTER, text)}
+
+
+def _has_its_like(letter, text):
+    """Whether the text has letters among which this one would not surprise: l only among small ones."""
+    return any(map(str.isalpha if letter.isupper() else str.islower, text))
+
+
+def _stands_alone(character, kind, text):
+    """Whether the text has this character anywhere without another of its kind, a regular expression, beside it."""
+    return re.search(f"(?<!{kind}){character}(?!{kind})", text) is not None
 
 
 def _differ(face, pair):
@@ -32,7 +39,8 @@ def _differ(face, pair):
         return True
     if pair == "0O":
         return _parts(one.mask) != _parts(other.mask)
-    return np.mean(cv2.absdiff(*(cv2.resize(glyph.mask, _SIZE, interpolation=cv2.INTER_AREA) for glyph in (one, other)))) >= _LEAST_DIFFERENCE * 255
+    stretched = (cv2.resize(glyph.mask, _SIZE, interpolation=cv2.INTER_AREA) for glyph in (one, other))
+    return np.mean(cv2.absdiff(*stretched)) >= _LEAST_DIFFERENCE * 255
 
 
 def _parts(mask):
