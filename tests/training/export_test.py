@@ -1,6 +1,7 @@
 import json
 import tempfile
 import unittest
+from dataclasses import replace
 from pathlib import Path
 
 import onnx
@@ -8,7 +9,7 @@ import torch
 
 from networks import SMALL, stirred
 from scribokit.exporting import TOLERANCE, export_difference, write_onnx, write_package
-from scribokit.model import Crnn, Shape, blended, folded, from_onnx, to_input
+from scribokit.model import STRETCH, Crnn, Shape, blended, folded, from_onnx, to_input
 from scribokit.supply import Supply
 from scribokit.training import Trainer, learning_rate, load_model, load_trainer, save_checkpoint
 
@@ -55,6 +56,32 @@ class Exporting(unittest.TestCase):
             model = from_onnx(path)
         self.assertEqual((model.shape.stages, model.shape.hidden, model.shape.classes), (SMALL.stages, 8, 4))
 
+    def test_writes_a_stretch_and_reads_it_back(self):
+        model = stirred()
+        model.shape = replace(SMALL, stretch_below=128)
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "m.onnx"
+            self.assertLessEqual(write_onnx(model, path), TOLERANCE)
+            written = from_onnx(path)
+            nodes = onnx.load(str(path)).graph.node
+        self.assertEqual(model.shape.stretch_below, 128)
+        self.assertEqual(written.shape, replace(SMALL, normalised=False, stretch_below=128))
+        self.assertEqual([node.op_type for node in nodes[:6]], ["Shape", "Add", "Div", "Max", "Resize", "Conv"])
+        self.assertEqual([list(node.input) for node in nodes if "input" in node.input], [["input"], ["input", "", "", "wanted"]])
+
+    def test_of_another_resize_is_refused(self):
+        model = stirred()
+        model.shape = replace(SMALL, stretch_below=128)
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "m.onnx"
+            write_onnx(model, path)
+            written = onnx.load(str(path))
+            for tensor in written.graph.initializer:
+                tensor.name = "other" if tensor.name == STRETCH else tensor.name
+            onnx.save(written, str(path))
+            with self.assertRaisesRegex(ValueError, "not a model of"):
+                from_onnx(path)
+
     def test_of_another_layout_is_refused(self):
         with tempfile.TemporaryDirectory() as folder:
             path = Path(folder) / "m.onnx"
@@ -84,6 +111,11 @@ class Blending(unittest.TestCase):
         new, old = (Crnn(Shape(SMALL.stages, 8, 4, False)).eval() for _ in range(2))
         middle = blended(new, old, 0.25).classifier.bias
         self.assertTrue(torch.allclose(middle, 0.25 * new.classifier.bias + 0.75 * old.classifier.bias))
+
+    def test_stretches_as_the_trained_network_does(self):
+        new, old = (Crnn(Shape(SMALL.stages, 8, 4, False, below)).eval() for below in (96, 0))
+        self.assertEqual(blended(new, old, 0.5).shape.stretch_below, 96)
+        self.assertEqual(blended(old, new, 0.5).shape.stretch_below, 0)
 
     def test_of_different_shapes_is_refused(self):
         with self.assertRaisesRegex(ValueError, "different shapes"):

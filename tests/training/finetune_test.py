@@ -57,6 +57,12 @@ class Mixing(unittest.TestCase):
         with self.assertRaisesRegex(ValueError, "wide enough"):
             MixedMaker([(picture(20), "far too long a label")], self.Drawn(), 0.0, 1)
 
+    def test_keeps_those_that_the_network_stretches_wide_enough(self):
+        pair = (picture(80), "0123456789ABCDEFGH")
+        with self.assertRaisesRegex(ValueError, "wide enough"):
+            MixedMaker([pair], self.Drawn(), 0.0, 1)
+        self.assertEqual(MixedMaker([pair], self.Drawn(), 0.0, 1, stretch_below=128).draw()[1], pair[1])
+
     def test_varies_a_picture_but_keeps_its_size(self):
         source = np.random.default_rng(1).integers(0, 255, (20, 60, 3), np.uint8)
         results = [varied(source, random.Random(seed)) for seed in (1, 2)]

@@ -1,14 +1,16 @@
 import subprocess
 import tempfile
 import unittest
+from dataclasses import replace
 from pathlib import Path
 
 import torch
+from torch.nn import functional
 
 from networks import SMALL, stirred
 from scribokit.exporting import write_onnx
 from scribokit.growing import grown
-from scribokit.model import Crnn, folded, read_stages, weight_count
+from scribokit.model import Crnn, folded, from_onnx, read_stages, weight_count
 from scribokit.training import load_model
 
 TRAIN = Path(__file__).resolve().parents[2] / "training" / "train"
@@ -18,7 +20,7 @@ SMALL_WEIGHTS = weight_count(folded(Crnn(SMALL)))
 class Growing(unittest.TestCase):
     def difference(self, stages, hidden):
         model = stirred()
-        large = grown(model, read_stages(stages), hidden).eval()
+        large = grown(model, replace(SMALL, stages=read_stages(stages), hidden=hidden)).eval()
         self.assertEqual((large.shape.stages, large.shape.hidden), (read_stages(stages), hidden))
         self.assertGreaterEqual(weight_count(large), SMALL_WEIGHTS)
         picture = torch.randn(2, 3, 32, 77)
@@ -42,7 +44,7 @@ class Growing(unittest.TestCase):
 
     def test_lets_the_new_parts_learn(self):
         torch.manual_seed(5)
-        large = grown(stirred(), read_stages("4/6/8,8/10,11/10,14"), 9)
+        large = grown(stirred(), replace(SMALL, stages=read_stages("4/6/8,8/10,11/10,14"), hidden=9))
         before = {name: value.clone() for name, value in large.state_dict().items()}
         optimizer = torch.optim.Adam(large.parameters(), lr=1e-2)
         for _ in range(3):
@@ -59,7 +61,16 @@ class Growing(unittest.TestCase):
                                         ("4/6/8,7/10/12", 8, "8 channels cannot shrink to 7"),
                                         ("4/6/8,8/10,9/12", 8, "10 channels cannot shrink to 9")):
             with self.assertRaisesRegex(ValueError, message):
-                grown(stirred(), read_stages(stages), hidden)
+                grown(stirred(), replace(SMALL, stages=read_stages(stages), hidden=hidden))
+
+    def test_takes_up_a_stretch(self):
+        model = stirred()
+        large = grown(model, replace(SMALL, stretch_below=128)).eval()
+        self.assertEqual(large.shape.stretch_below, 128)
+        picture = torch.randn(1, 3, 32, 64)
+        wide = functional.interpolate(picture, (32, 96), mode="bilinear", align_corners=False)
+        with torch.no_grad():
+            self.assertLess(float((large(picture) - model(wide)).abs().max()), 1e-4)
 
 
 class Stages(unittest.TestCase):
@@ -86,6 +97,17 @@ class Command(unittest.TestCase):
             shape = load_model(Path(folder) / "run" / "last.pt")[0].shape
         self.assertEqual((shape.stages, shape.hidden), (((4,), (6,), (8, 9), (10,), (12,)), 10))
 
+    def test_stretches_from_now_on_what_the_given_model_did_not(self):
+        with tempfile.TemporaryDirectory() as folder:
+            write_onnx(stirred(), f"{folder}/m.onnx")
+            done = self.train(folder, "--from-onnx", f"{folder}/m.onnx", "--stretch-below", "128")
+            self.assertEqual(done.returncode, 0, done.stderr)
+            model = load_model(Path(folder) / "run" / "last.pt")[0]
+            write_onnx(model, f"{folder}/n.onnx")
+            written = from_onnx(f"{folder}/n.onnx")
+        self.assertEqual((model.shape.stages, model.shape.stretch_below), (SMALL.stages, 128))
+        self.assertEqual(written.shape.stretch_below, 128)
+
     def test_keeps_the_size_of_the_given_model_without_being_asked(self):
         with tempfile.TemporaryDirectory() as folder:
             write_onnx(stirred(), f"{folder}/m.onnx")
@@ -97,6 +119,9 @@ class Command(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             write_onnx(stirred(), f"{folder}/m.onnx")
             for more, message in ((("--from-onnx", f"{folder}/m.onnx", "--hidden", "7"), "an LSTM of 8 cannot shrink to 7\n"),
+                                  (("--from-onnx", f"{folder}/m.onnx", "--stretch-below", "321"),
+                                   "pictures can be stretched towards 0 to 320 columns, not 321\n"),
+                                  (("--stretch-below", "-1"), "pictures can be stretched towards 0 to 320 columns, not -1\n"),
                                   (("--from-onnx", f"{folder}/m.onnx", "--alphabet", "01"), f"{folder}/m.onnx has 4 classes, the alphabet needs 3\n")):
                 done = self.train(folder, *more)
                 self.assertEqual((done.returncode, done.stderr), (1, message))

@@ -13,7 +13,7 @@ from scribokit.ctc import steps_needed
 from scribokit.dots import COLUMNS, FORMS, ROWS, DotFace
 from scribokit.faces import CAP_HEIGHT, FontFace, Glyph, StrokeFace, rounded
 from scribokit.fontlist import PLATE, PRINT, font_files
-from scribokit.inputs import network_input
+from scribokit.inputs import network_input, stretched
 from scribokit.legibility import all_stand_out, marks_of
 from scribokit.lookalikes import is_told, undecided
 from scribokit.maker import RECIPES, PictureMaker, SingleFace
@@ -57,6 +57,11 @@ class NetworkInput(unittest.TestCase):
             self.assertEqual(network_input(np.zeros((rows, columns, 3), np.uint8)).shape, (32, width, 3))
 
 
+    def test_narrower_than_the_network_wants_is_stretched_half_of_the_way(self):
+        self.assertEqual([stretched(width, 128) for width in (32, 64, 101, 127, 128, 129, 320)], [80, 96, 114, 127, 128, 129, 320])
+        self.assertEqual([stretched(width, 0) for width in (32, 320)], [32, 320])
+
+
 class BatchesOfPictures(unittest.TestCase):
     def test_have_one_width_and_labels_that_fit_its_steps(self):
         batches = Batches(PictureMaker("mix", ALPHABET, 8), 512, 192)
@@ -67,6 +72,21 @@ class BatchesOfPictures(unittest.TestCase):
             self.assertGreaterEqual(pictures.shape[3] * len(labels), 512)
             for label in labels:
                 self.assertLessEqual(steps_needed(label), pictures.shape[3] // 4)
+
+    def test_take_longer_labels_for_a_network_that_stretches(self):
+        class Narrow:
+            """A picture of 64 columns, which are 16 steps, or stretched towards 128 they are 24."""
+
+            def __init__(self, *labels):
+                self._labels = iter(labels)
+
+            def draw(self):
+                return np.zeros((32, 64, 3), np.uint8), next(self._labels)
+
+        labels = ("1" * 13, "12" * 8, "1" * 12)
+        self.assertEqual(Batches(Narrow(*labels), 64).next()[1], ["12" * 8])
+        self.assertEqual(Batches(Narrow(*labels), 64, stretch_below=128).next()[1], ["12" * 8])
+        self.assertEqual(Batches(Narrow(*labels[2:]), 64, stretch_below=128).next()[1], ["1" * 12])
 
 
 class Texts(unittest.TestCase):

@@ -8,8 +8,9 @@ from pathlib import Path
 import numpy as np
 import onnx
 import torch
+from onnx import TensorProto, helper
 
-from .model import folded, from_onnx
+from .model import STRETCH, folded, from_onnx
 
 OPSET = 13
 TOLERANCE = 1e-4
@@ -20,6 +21,7 @@ def write_onnx(model, path):
     steps×1×classes. Fails with RuntimeError when what was written does not compute what PyTorch does."""
     plain = folded(model).eval()
     plain.scores = True
+    plain.shape.stretch_below = 0
     example = torch.zeros(1, 3, 32, 160)
     with warnings.catch_warnings():
         # PyTorch warns of its own checks of sizes, which a trace leaves out, and of batches of several, which the model
@@ -27,11 +29,33 @@ def write_onnx(model, path):
         warnings.simplefilter("ignore")
         torch.onnx.export(plain, example, str(path), opset_version=OPSET, input_names=["input"], output_names=["output"],
                           dynamic_axes={"input": {3: "width"}, "output": {0: "steps"}}, do_constant_folding=True)
-    onnx.checker.check_model(onnx.load(str(path)))
+    written = onnx.load(str(path))
+    if model.shape.stretch_below:
+        _stretch_first(written.graph, model.shape.stretch_below)
+        onnx.save(written, str(path))
+    onnx.checker.check_model(written, full_check=True)
     difference = export_difference(model, path)
     if not difference <= TOLERANCE:
         raise RuntimeError(f"{path}: scores differ from PyTorch's by {difference:g}")
     return difference
+
+
+def _stretch_first(graph, below):
+    """Lets a graph stretch its pictures as Shape.stretched() says. A trace would have fixed the width."""
+    picture, stretched = graph.input[0], f"{graph.input[0].name}_stretched"
+    for node in graph.node:
+        node.input[:] = [stretched if name == picture.name else name for name in node.input]
+    extents = [dimension.dim_value for dimension in picture.type.tensor_type.shape.dim[:3]] + [below]
+    graph.initializer.extend([helper.make_tensor(STRETCH, TensorProto.INT64, [4], extents),
+                              helper.make_tensor("two", TensorProto.INT64, [1], [2])])
+    nodes = [helper.make_node("Shape", [picture.name], ["extents"]),
+             helper.make_node("Add", ["extents", STRETCH], ["twice_half_way"]),
+             helper.make_node("Div", ["twice_half_way", "two"], ["half_way"]),
+             helper.make_node("Max", ["half_way", "extents"], ["wanted"]),
+             helper.make_node("Resize", [picture.name, "", "", "wanted"], [stretched], mode="linear",
+                              coordinate_transformation_mode="half_pixel")]
+    for node in reversed(nodes):
+        graph.node.insert(0, node)
 
 
 def export_difference(model, path):
@@ -70,10 +94,13 @@ def write_package(model, alphabet, folder, name, configuration, card):
 def card_text(name, model, alphabet, training, results, weaknesses, fonts):
     """The model card: what the model is, how it was trained (rows of name and value), what it reached."""
     widths = [width for stage in model.shape.stages for width in stage]
-    rows = [("network", f"{len(widths)} convolutions ({widths[0]} to {widths[-1]} channels) with ReLU, four max pools, one "
+    below = model.shape.stretch_below
+    stretch = f"pictures narrower than {below} columns stretched half of the way to that, " if below else ""
+    steps = "steps = stretched width / 4" if below else "steps = width / 4"
+    rows = [("network", f"{stretch}{len(widths)} convolutions ({widths[0]} to {widths[-1]} channels) with ReLU, four max pools, one "
                         f"bidirectional LSTM of {model.shape.hidden}, one linear layer; {sum(p.numel() for p in folded(model).parameters()):,} weights"),
             ("input", "`input`, 1×3×32×width, float32, value / 127.5 − 1, width 32 to 320"),
-            ("output", f"`output`, steps×1×{len(alphabet) + 1} soft-max scores, steps = width / 4; class 0 is the blank, class k the "
+            ("output", f"`output`, steps×1×{len(alphabet) + 1} soft-max scores, {steps}; class 0 is the blank, class k the "
                        "k-th character of the alphabet"),
             ("alphabet", f"`{alphabet}`")] + list(training)
     table = "\n".join(f"| {key} | {value} |" for key, value in rows)

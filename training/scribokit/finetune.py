@@ -6,7 +6,7 @@ import numpy as np
 
 from .batches import WIDTH_STEP
 from .ctc import steps_needed
-from .inputs import network_input
+from .inputs import network_input, stretched
 
 
 def split(pairs, held_out_part, seed):
@@ -48,10 +48,10 @@ class MixedMaker:
     """draw() gives a varied picture of the line, or, with the chance `rehearsal`, a freshly drawn one, so that the
     network goes on being asked what it already knew."""
 
-    def __init__(self, pictures, drawn, rehearsal, seed):
-        """pictures: (picture, label) pairs; drawn: a maker."""
+    def __init__(self, pictures, drawn, rehearsal, seed, stretch_below=0):
+        """pictures: (picture, label) pairs; drawn: a maker; stretch_below: that of the network."""
         self._pictures = [(picture, label) for picture, label in pictures
-                          if steps_needed(label) <= network_input(picture).shape[1] // 4 - WIDTH_STEP // 4]
+                          if steps_needed(label) <= stretched(network_input(picture).shape[1] - WIDTH_STEP, stretch_below) // 4]
         if not self._pictures:
             raise ValueError("no picture is wide enough for its label")
         self._drawn = drawn

@@ -1,18 +1,20 @@
 """Growing: a larger network that computes what a trained smaller one does, to train on from there (after Chen et al.,
 Net2Net: Accelerating learning via knowledge transfer, 2016)."""
+from dataclasses import replace
+
 import torch
 
-from .model import Crnn, Shape, convolutions, folded
+from .model import Crnn, convolutions, folded
 
 
-def grown(model, stages, hidden):
-    """A network of these stages and this LSTM width that gives the same scores. New channels and units begin at random
+def grown(model, shape):
+    """A network of this shape that gives the same scores, of pictures that both stretch alike. New channels and units begin at random
     and nobody listens to them yet; new convolutions come before the last of the last stage and after the others of the
     other stages, and pass on what they are given. ValueError when a part would have to shrink."""
     small = folded(model)
-    if hidden < small.shape.hidden:
-        raise ValueError(f"an LSTM of {small.shape.hidden} cannot shrink to {hidden}")
-    large = Crnn(Shape(stages, hidden, small.shape.classes, False))
+    if shape.hidden < small.shape.hidden:
+        raise ValueError(f"an LSTM of {small.shape.hidden} cannot shrink to {shape.hidden}")
+    large = Crnn(replace(shape, normalised=False))
     with torch.no_grad():
         _grow_convolutions(small, large)
         _grow_sequence(small, large)

@@ -6,6 +6,12 @@ import numpy as np
 HEIGHT, NARROWEST, WIDEST = 32, 32, 320
 
 
+def stretched(width, below):
+    """The columns that a network's convolutions see of a picture `width` wide: one narrower than `below` is stretched half
+    of the way to that. Narrow pictures mostly hold narrow characters."""
+    return max(width, (width + below) // 2)
+
+
 def network_input(picture, width=None):
     """The picture as the detector gives it to the network: stretched to HEIGHT and to a width that keeps its proportions
     as far as the limits let it, bilinear. Bytes; `width` overrides the width."""

@@ -1,9 +1,15 @@
 """The network: convolutions and pools to one row of features per 4 columns, a bidirectional LSTM, one linear layer."""
-from dataclasses import asdict, dataclass
+from dataclasses import asdict, dataclass, replace
 
 import torch
 from torch import nn
+from torch.nn import functional
 
+from .inputs import WIDEST, stretched
+
+
+# The constant of an exported model that holds the extents half of the way to which narrow pictures are stretched.
+STRETCH = "stretch_below"
 
 # Rows and columns that become one after each stage: 32 rows become 2, and 4 columns 1.
 POOLS = ((2, 2), (2, 2), (2, 1), (2, 1))
@@ -12,14 +18,18 @@ POOLS = ((2, 2), (2, 2), (2, 1), (2, 1))
 @dataclass
 class Shape:
     """Widths of the convolutions stage by stage, a pool after each stage but the last, and of the LSTM; normalised: batch
-    normalisation after each convolution. The very last convolution joins the two rows that are left."""
+    normalisation after each convolution. The very last convolution joins the two rows that are left. A picture narrower
+    than `stretch_below` columns is stretched first, as inputs.stretched() says."""
     stages: tuple = ((24,), (48,), (96, 96), (128,), (160,))
     hidden: int = 96
     classes: int = 71
     normalised: bool = True
+    stretch_below: int = 0
 
     def __post_init__(self):
         self.stages = tuple(tuple(int(width) for width in stage) for stage in self.stages)
+        if not 0 <= self.stretch_below <= WIDEST:
+            raise ValueError(f"pictures can be stretched towards 0 to {WIDEST} columns, not {self.stretch_below}")
         if len(self.stages) != len(POOLS) + 1 or not all(stage and min(stage) > 0 for stage in self.stages):
             raise ValueError(f"a network has {len(POOLS) + 1} stages of one convolution or more")
 
@@ -34,7 +44,7 @@ def read_stages(text):
 
 class Crnn(nn.Module):
     """Input count×3×32×width, value / 127.5 − 1; output steps×count×classes, logarithms of soft-max scores, or the
-    scores themselves in evaluation when `scores` is set (that is what is exported). Steps are width / 4."""
+    scores themselves in evaluation when `scores` is set (that is what is exported). Steps are the stretched width / 4."""
 
     def __init__(self, shape):
         super().__init__()
@@ -56,6 +66,10 @@ class Crnn(nn.Module):
         self.classifier = nn.Linear(2 * shape.hidden, shape.classes)
 
     def forward(self, pictures):
+        height, width = pictures.shape[2:]
+        wanted = stretched(width, self.shape.stretch_below)
+        if wanted > width:
+            pictures = functional.interpolate(pictures, (height, wanted), mode="bilinear", align_corners=False)
         steps = self.features(pictures).squeeze(2).permute(2, 0, 1)
         logits = self.classifier(self.sequence(steps)[0])
         return logits.softmax(2) if self.scores else logits.log_softmax(2)
@@ -77,8 +91,7 @@ def to_input(pictures, device="cpu"):
 
 def folded(model):
     """The same function without batch normalisation: its scale and shift are taken into the convolutions."""
-    shape = Shape(**{**model.shape.as_dict(), "normalised": False})
-    result = Crnn(shape)
+    result = Crnn(replace(model.shape, normalised=False))
     source = [layer for layer in model.features if isinstance(layer, (nn.Conv2d, nn.BatchNorm2d))]
     with torch.no_grad():
         for convolution in convolutions(result):
@@ -106,14 +119,15 @@ def from_onnx(path):
     for node in graph.node:
         if node.op_type == "Constant":
             weights[node.output[0]] = numpy_helper.to_array(node.attribute[0].t)
-    kinds = {kind: [node for node in graph.node if node.op_type == kind] for kind in ("Conv", "MaxPool", "LSTM", "MatMul", "Add")}
+    kinds = {kind: [node for node in graph.node if node.op_type == kind] for kind in ("Conv", "MaxPool", "LSTM", "MatMul", "Add", "Resize")}
     pools = tuple(tuple(next(a.ints for a in node.attribute if a.name == "kernel_shape")) for node in kinds["MaxPool"])
-    if pools != POOLS or len(kinds["LSTM"]) != 1 or not kinds["MatMul"]:
+    if pools != POOLS or len(kinds["LSTM"]) != 1 or not kinds["MatMul"] or len(kinds["Resize"]) != (STRETCH in weights):
         raise ValueError(f"{path}: not a model of convolutions in {len(POOLS) + 1} stages, one LSTM and one linear layer")
     lstm, linear = kinds["LSTM"][0], kinds["MatMul"][-1]
     bias = next(weights[name] for node in kinds["Add"] if linear.output[0] in node.input for name in node.input if name in weights)
     hidden = weights[lstm.input[2]].shape[2]
-    model = Crnn(Shape(_stages_of(graph, weights), hidden, len(bias), False))
+    stretch_below = int(weights[STRETCH][3]) if STRETCH in weights else 0
+    model = Crnn(Shape(_stages_of(graph, weights), hidden, len(bias), False, stretch_below))
     with torch.no_grad():
         for layer, node in zip(convolutions(model), kinds["Conv"]):
             layer.weight.copy_(torch.from_numpy(weights[node.input[1]].copy()))
@@ -148,9 +162,9 @@ def _torch_gates(values, hidden):
 def blended(model, earlier, part):
     """A network with `part` of the one's weights and the rest of the other's, from which it was trained on. Between two
     such networks lie ones that read the new pictures and still the old (Wortsman et al., Robust fine-tuning of zero-shot
-    models, 2022). ValueError when their shapes differ."""
+    models, 2022). Pictures are stretched as for the first. ValueError when their shapes differ in anything else."""
     model, earlier = folded(model), folded(earlier)
-    if model.shape != earlier.shape:
+    if model.shape != replace(earlier.shape, stretch_below=model.shape.stretch_below):
         raise ValueError("the networks to blend have different shapes")
     old = earlier.state_dict()
     model.load_state_dict({name: part * value + (1 - part) * old[name] for name, value in model.state_dict().items()})

@@ -9,11 +9,11 @@ from .batches import Batches
 from .maker import PictureMaker
 
 
-def _work(recipe, alphabet, seed, columns, widest, outbox, parent):
+def _work(recipe, alphabet, seed, columns, widest, stretch_below, outbox, parent):
     cv2.setNumThreads(1)
     # When the training has ended without a word nobody takes the last batches, and the end must not wait for that.
     outbox.cancel_join_thread()
-    batches = Batches(PictureMaker(recipe, alphabet, seed), columns, widest)
+    batches = Batches(PictureMaker(recipe, alphabet, seed), columns, widest, stretch_below)
     while True:
         batch = batches.next()
         while True:
@@ -28,15 +28,15 @@ def _work(recipe, alphabet, seed, columns, widest, outbox, parent):
 class Supply:
     """next() gives a batch as Batches does. With no workers it is drawn on the spot. Call close() at the end."""
 
-    def __init__(self, recipe, alphabet, seed, columns, widest, workers):
+    def __init__(self, recipe, alphabet, seed, columns, widest, workers, stretch_below=0):
         self._processes = []
         if workers < 1:
-            self._batches = Batches(PictureMaker(recipe, alphabet, seed), columns, widest)
+            self._batches = Batches(PictureMaker(recipe, alphabet, seed), columns, widest, stretch_below)
             return
         context = multiprocessing.get_context("spawn")
         self._outbox = context.Queue(maxsize=4 * workers)
         for worker in range(workers):
-            arguments = (recipe, alphabet, seed * 1000 + worker, columns, widest, self._outbox, os.getpid())
+            arguments = (recipe, alphabet, seed * 1000 + worker, columns, widest, stretch_below, self._outbox, os.getpid())
             self._processes.append(context.Process(target=_work, args=arguments, daemon=True))
             self._processes[-1].start()
 
