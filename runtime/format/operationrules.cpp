@@ -116,6 +116,7 @@ Arity operationArity(OperationKind kind)
     case OperationKind::Reshape:
     case OperationKind::Gather:
     case OperationKind::Expand:
+    case OperationKind::Resize:
         return {2, 2, false, 0, 0, 1, false};
     case OperationKind::Slice:
         return {3, 5, true, 0, 0, 1, false};

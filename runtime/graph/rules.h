@@ -11,6 +11,7 @@ namespace scribo::cpu {
 bool inferConvolution(Rule& rule);
 bool inferPooling(Rule& rule);
 bool inferReduction(Rule& rule);
+bool inferResize(Rule& rule);
 
 // matrixrules.cpp
 bool inferRecurrent(Rule& rule);

@@ -22,6 +22,8 @@ bool infer(Rule& rule)
         return inferPooling(rule);
     case OperationKind::Reduction:
         return inferReduction(rule);
+    case OperationKind::Resize:
+        return inferResize(rule);
     case OperationKind::Recurrent:
         return inferRecurrent(rule);
     case OperationKind::FullyConnected:

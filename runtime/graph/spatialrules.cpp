@@ -87,4 +87,18 @@ bool inferReduction(Rule& rule)
     return rule.setFloats(0, result);
 }
 
+bool inferResize(Rule& rule)
+{
+    if (!rule.needFloats(0) || !rule.needIntegers(1)) {
+        return false;
+    }
+    const Shape& data = rule.operand(0).shape;
+    const Shape& result = rule.operand(1).integers;
+    if (data.size() != 4 || result.size() != 4 || result[0] != data[0] || result[1] != data[1]
+        || (result[2] == 1 && data[2] > 1) || (result[3] == 1 && data[3] > 1)) {
+        return rule.fail(toString(data) + " cannot be resized to " + toString(result));
+    }
+    return rule.setFloats(0, result, rule.operand(0).uniform);
+}
+
 } // namespace scribo::cpu

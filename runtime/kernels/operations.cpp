@@ -15,6 +15,8 @@ void addOperation(PlanBuilder& plan, const format::Operation& operation)
         return addPooling(plan, operation);
     case OperationKind::Reduction:
         return addReduction(plan, operation);
+    case OperationKind::Resize:
+        return addResize(plan, operation);
     case OperationKind::Recurrent:
         return addRecurrent(plan, operation);
     case OperationKind::FullyConnected:

@@ -12,6 +12,7 @@ void addActivation(PlanBuilder& plan, const format::Operation& operation);
 void addConvolution(PlanBuilder& plan, const format::Operation& operation);
 void addPooling(PlanBuilder& plan, const format::Operation& operation);
 void addReduction(PlanBuilder& plan, const format::Operation& operation);
+void addResize(PlanBuilder& plan, const format::Operation& operation);
 void addRecurrent(PlanBuilder& plan, const format::Operation& operation);
 void addFullyConnected(PlanBuilder& plan, const format::Operation& operation);
 void addMatrixProduct(PlanBuilder& plan, const format::Operation& operation);

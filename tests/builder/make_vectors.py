@@ -15,6 +15,7 @@ import io
 import pathlib
 import shutil
 import sys
+import tempfile
 import warnings
 
 import numpy as np
@@ -24,6 +25,10 @@ import onnx.numpy_helper as onh
 import torch
 from torch import nn
 import torch.nn.functional as F
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "training"))
+from scribokit import model as kit
+from scribokit.exporting import write_onnx
 
 FOLDER = pathlib.Path(__file__).resolve().parent / "vectors"
 CASES = {}
@@ -177,6 +182,14 @@ def mean_over_height():
 @case(3, 8, opset=(11, 13))
 def sum_and_max():
     return Do(lambda x: x.sum((1, 2), keepdim=True) + x.amax(1, keepdim=True))
+
+@case(3, 8)
+def resize_by_scales():
+    return Do(lambda x: F.interpolate(x, scale_factor=(2, 3), mode="bilinear", align_corners=False))
+
+@case(3, 8)
+def resize_by_width():
+    return Do(lambda x: F.interpolate(x, (6, x.shape[3] * 3 + 1), mode="bilinear", align_corners=False))
 
 
 # Activations
@@ -524,6 +537,17 @@ HANDMADE = {
 }
 
 
+def write_kit_case(name):
+    """What the model kit writes for a network that stretches narrow pictures, which PyTorch does not export."""
+    torch.manual_seed(2024)
+    model = settle(kit.Crnn(kit.Shape(((4,), (6,), (8,), (10,), (12,)), 8, 5, stretch_below=64)))
+    with tempfile.TemporaryDirectory() as folder:
+        write_onnx(model, f"{folder}/model.onnx")
+        written = onnx.load(f"{folder}/model.onnx")
+    model.scores = True
+    write_case(name, written, data_sets(model, 3, 32, (33, 63, 64, 80)))
+
+
 def write_case(name, model, data_sets):
     folder = FOLDER / name
     shutil.rmtree(folder, ignore_errors=True)
@@ -573,6 +597,8 @@ def main(wanted):
             continue
         torch.manual_seed(2024)
         write_case(name, model, data_sets(function, 2, 4, (6, 11)))
+    if not wanted or "kit_stretches" in wanted:
+        write_kit_case("kit_stretches")
 
 
 if __name__ == "__main__":

@@ -163,6 +163,35 @@ const Refusal refusals[] = {
         "mode 'reflect' is not supported"},
     {"PadNothing", "Pad", {}, nothing, "its pads are missing"},
     {"PadLength", "Pad", {"integers"}, nothing, "its pads do not fit its input"},
+    {"ResizeByItself", "Resize", {"", "", "integers"}, nothing, "mode 'nearest' is not supported"},
+    {"ResizeOld", "Resize", {"vector"}, [](auto& node) { setAttribute(node, "mode", "linear"); },
+        "it is supported from opset 11 on", 10},
+    {"ResizeCorners", "Resize", {"", "", "integers"},
+        [](auto& node) {
+            setAttribute(node, "mode", "linear");
+            setAttribute(node, "coordinate_transformation_mode", "align_corners");
+        },
+        "coordinates by 'align_corners' are not supported"},
+    {"ResizeSmooth", "Resize", {"", "", "integers"},
+        [](auto& node) {
+            setAttribute(node, "mode", "linear");
+            setAttribute(node, "antialias", std::int64_t(1));
+        },
+        "keeping the aspect ratio and smoothing are not supported", 18},
+    {"ResizeAspect", "Resize", {"", "", "integers"},
+        [](auto& node) {
+            setAttribute(node, "mode", "linear");
+            setAttribute(node, "keep_aspect_ratio_policy", "not_larger");
+        },
+        "keeping the aspect ratio and smoothing are not supported", 18},
+    {"ResizeToNothing", "Resize", {}, [](auto& node) { setAttribute(node, "mode", "linear"); },
+        "its scales and sizes are missing"},
+    {"ResizeComputed", "Resize", {"", "x"}, [](auto& node) { setAttribute(node, "mode", "linear"); },
+        "its scales must be constant floats"},
+    {"ResizeByFraction", "Resize", {"", "filters"}, [](auto& node) { setAttribute(node, "mode", "linear"); },
+        "scales other than whole numbers are not supported"},
+    {"ResizeFloats", "Resize", {"", "", "vector"}, [](auto& node) { setAttribute(node, "mode", "linear"); },
+        "its sizes must be integers"},
     {"FillFloats", "ConstantOfShape", {}, nothing, "its shape must be integers"},
     {"ExpandFloats", "Expand", {"vector"}, nothing, "its shape must be integers"},
     {"CastToText", "Cast", {}, [](auto& node) { setAttribute(node, "to", std::int64_t(8)); },

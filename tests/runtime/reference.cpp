@@ -118,6 +118,27 @@ Array pooling(const format::PoolingT& pooling, const Array& data)
     return result;
 }
 
+Array resize(const Array& data, const Shape& shape)
+{
+    // The centre of row or column `index` of the result, along `axis` of the source.
+    const auto centre = [&](std::size_t axis, std::int64_t index) {
+        const auto extent = static_cast<double>(data.shape[axis]);
+        return std::clamp(
+            (static_cast<double>(index) + 0.5) * extent / static_cast<double>(shape[axis]) - 0.5, 0.0, extent - 1);
+    };
+    Array result = Array::zeros(shape);
+    forEachIndex(shape, [&](const Shape& o) {
+        double sum = 0;
+        forEachIndex({data.shape[2], data.shape[3]}, [&](const Shape& pixel) {
+            const double row = 1 - std::abs(centre(2, o[2]) - static_cast<double>(pixel[0]));
+            const double column = 1 - std::abs(centre(3, o[3]) - static_cast<double>(pixel[1]));
+            sum += std::max(row, 0.0) * std::max(column, 0.0) * data.at({o[0], o[1], pixel[0], pixel[1]});
+        });
+        result.at(o) = static_cast<float>(sum);
+    });
+    return result;
+}
+
 Array reduction(const format::ReductionT& reduction, const Array& data)
 {
     Shape kept = data.shape;

@@ -10,6 +10,8 @@ Array activation(const format::ActivationT& activation, Array data);
 Array convolution(const format::ConvolutionT& convolution, const Array& data, const Array& weights, const Array* bias);
 Array pooling(const format::PoolingT& pooling, const Array& data);
 Array reduction(const format::ReductionT& reduction, const Array& data);
+/// Every pixel counts for those whose centres lie less than one pixel from its own.
+Array resize(const Array& data, const Shape& shape);
 
 /// Any of the last three may be null.
 struct RecurrentInputs

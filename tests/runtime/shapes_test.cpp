@@ -230,6 +230,28 @@ TEST_F(Shapes, RefuseWhatDoesNotFit)
     EXPECT_EQ(refusal(pad, {picture}), "Pad 'node1': a padding of -1 and 0 makes no sense");
 }
 
+TEST_F(Shapes, RefuseToResizeWhatCannotBe)
+{
+    const auto refused = [&](int data, int extents) { return refusal(format::ResizeT(), {data, extents}); };
+    const std::string cannot = "Resize 'node1': 1x3x8x20 cannot be resized to ";
+    EXPECT_EQ(refused(picture, maker.list({1, 3, 16})), cannot + "1x3x16");
+    EXPECT_EQ(refused(picture, maker.list({2, 3, 8, 20})), cannot + "2x3x8x20");
+    EXPECT_EQ(refused(picture, maker.list({1, 4, 8, 20})), cannot + "1x4x8x20");
+    EXPECT_EQ(refused(picture, maker.list({1, 3, 1, 20})), cannot + "1x3x1x20");
+    EXPECT_EQ(refused(picture, maker.list({1, 3, 8, 1})), cannot + "1x3x8x1");
+    EXPECT_EQ(
+        refused(picture, maker.list({1, 3, 8, 0})), "Resize 'node1': its result of 1x3x8x0 is empty or too large");
+    EXPECT_EQ(
+        refused(picture, maker.list({1, 3, 8, -20})), "Resize 'node1': its result of 1x3x8x-20 is empty or too large");
+    EXPECT_EQ(refused(picture, maker.list({1, 3, 8, std::numeric_limits<std::int64_t>::max()})),
+        "Resize 'node1': its result of 1x3x8x9223372036854775807 is empty or too large");
+    EXPECT_EQ(refused(picture, maker.floats({4}, {1, 3, 8, 40})), "Resize 'node1': input 1 is not a list of integers");
+    EXPECT_EQ(
+        refused(picture, maker.integers({2, 2}, {1, 3, 8, 40})), "Resize 'node1': input 1 is not a list of integers");
+    EXPECT_EQ(refused(maker.floats({4}, {1, 2, 3, 4}), maker.list({4})), "Resize 'node1': 4 cannot be resized to 4");
+    EXPECT_EQ(refused(maker.list({1, 2, 3, 4}), maker.list({4})), "Resize 'node1': input 0 holds integers");
+}
+
 TEST_F(Shapes, RefuseIntegersOutOfRange)
 {
     constexpr auto integer = ElementType::Int64;

@@ -139,5 +139,66 @@ TEST(Reduction, EqualsItsDefinition)
     });
 }
 
+TEST(Resize, EqualsItsDefinition)
+{
+    repeatRandomly(60, [](std::mt19937& random) {
+        const Shape from = {pick(random, 1, 2), pick(random, 1, 5), pick(random, 1, 9), pick(random, 1, 20)};
+        const Shape to = {from[0], from[1], pick(random, std::min<std::int64_t>(from[2], 2), 12),
+            pick(random, std::min<std::int64_t>(from[3], 2), 40)};
+        Array data;
+        OperationCase test(random);
+        const int picture = test.operand(from, &data);
+        test.expect(test.maker.add(format::ResizeT(), {picture, test.maker.list(to)}), reference::resize(data, to));
+    });
+}
+
+TEST(Resize, WhereAnotherOperationTurnedTheAxes)
+{
+    std::mt19937 random(runSeed());
+    Array data;
+    OperationCase test(random);
+    format::TransposeT transpose;
+    transpose.permutation = {0, 3, 1, 2};
+    const int turned = test.maker.add(transpose, {test.computed({1, 5, 11, 3}, &data)});
+    const Shape to = {1, 3, 8, 17};
+    test.expect(test.maker.add(format::ResizeT(), {turned, test.maker.list(to)}),
+        reference::resize(reference::transpose(transpose.permutation, data), to));
+}
+
+TEST(Resize, ToTheSameSizeChangesNothing)
+{
+    std::mt19937 random(runSeed());
+    Array data;
+    OperationCase test(random);
+    const int picture = test.computed({1, 3, 8, 11}, &data);
+    test.expect(test.maker.add(format::ResizeT(), {picture, test.maker.list({1, 3, 8, 11})}), data, 0);
+}
+
+TEST(Resize, ByTheWidthOfThePicture)
+{
+    // Half of the way to 24 columns, where there are fewer.
+    NetworkMaker maker;
+    const int picture = maker.input(1, 2, 4);
+    const auto combined = [&maker](format::BinaryKind kind, int left, int right) {
+        format::BinaryT binary;
+        binary.kind = kind;
+        return maker.add(binary, {left, right}, format::ElementType::Int64);
+    };
+    const int extents = maker.add(format::ShapeOfT(), {picture}, format::ElementType::Int64);
+    const int sum = combined(format::BinaryKind::Add, extents, maker.list({1, 2, 4, 24}));
+    const int half = combined(format::BinaryKind::Divide, sum, maker.list({2}));
+    const int wanted = combined(format::BinaryKind::Maximum, half, extents);
+    maker.output(maker.add(format::ResizeT(), {picture, wanted}), "output");
+    std::mt19937 random(runSeed());
+    Session session(maker.bytes(8, 40));
+    for (const auto& [width, columns] :
+        std::vector<std::pair<std::int64_t, std::int64_t>>{{8, 16}, {23, 23}, {24, 24}, {40, 40}, {9, 16}}) {
+        const Array data{{1, 2, 4, width}, randomFloats(random, 8 * width)};
+        const std::vector<Array> results = session.run(data);
+        ASSERT_EQ(results.size(), 1U);
+        expectClose(results[0], reference::resize(data, {1, 2, 4, columns}), 2e-5F);
+    }
+}
+
 } // namespace
 } // namespace scribo::test

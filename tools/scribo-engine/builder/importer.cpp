@@ -16,7 +16,7 @@ const ImportTable& importTable()
     static const ImportTable table = [] {
         ImportTable all;
         for (auto* add : {addConvolutions, addPooling, addReductions, addRecurrent, addProducts, addActivations,
-                 addElementwise, addNormalisation, addLayout, addSlicing, addShapeArithmetic, addLogic}) {
+                 addElementwise, addNormalisation, addLayout, addSlicing, addResizing, addShapeArithmetic, addLogic}) {
             add(&all);
         }
         return all;

@@ -37,6 +37,7 @@ bool inputsAlike(OperationKind kind)
     case OperationKind::Gather:
     case OperationKind::Slice:
     case OperationKind::Expand:
+    case OperationKind::Resize:
         return false;
     default:
         return true;

@@ -15,6 +15,7 @@ void addElementwise(ImportTable* table);
 void addNormalisation(ImportTable* table);
 void addLayout(ImportTable* table);
 void addSlicing(ImportTable* table);
+void addResizing(ImportTable* table);
 void addShapeArithmetic(ImportTable* table);
 void addLogic(ImportTable* table);
 

@@ -1,0 +1,89 @@
+#include "operations.h"
+#include "tensordata.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace scribo::builder {
+
+namespace {
+
+using format::ElementType;
+
+/// Whether the runtime does it this way; refuses the node when not. Between half_pixel and pytorch_half_pixel lies only
+/// what becomes of several pixels that are made one, which the runtime refuses.
+bool isLinear(const Importer& importer, const OnnxNode& node)
+{
+    // What only other modes ask for.
+    for (const char* attribute : {"cubic_coeff_a", "exclude_outside", "extrapolation_value", "nearest_mode"}) {
+        node.ignore(attribute);
+    }
+    const std::string mode = node.text("mode", "nearest");
+    const std::string coordinates = node.text("coordinate_transformation_mode", "half_pixel");
+    const std::string policy = node.text("keep_aspect_ratio_policy", "stretch");
+    const bool smooth = node.integer("antialias", 0) != 0;
+    if (importer.opset() < 11) {
+        node.refuse("it is supported from opset 11 on");
+    } else if (mode != "linear") {
+        node.refuse("mode '" + mode + "' is not supported");
+    } else if (coordinates != "half_pixel" && coordinates != "pytorch_half_pixel") {
+        node.refuse("coordinates by '" + coordinates + "' are not supported");
+    } else if (policy != "stretch" || smooth) {
+        node.refuse("keeping the aspect ratio and smoothing are not supported");
+    } else {
+        return true;
+    }
+    return false;
+}
+
+/// The extents of the result, from the scales in input 2; -1, with the node refused, when there are none.
+int scaledExtents(Importer& importer, const OnnxNode& node)
+{
+    if (importer.tensor(node, 2) < 0) {
+        node.refuse("its scales and sizes are missing");
+        return -1;
+    }
+    const TensorT* scales = importer.floats(node, 2, "scales");
+    if (!scales) {
+        return -1;
+    }
+    constexpr float largestScale = 1024;
+    std::vector<std::int64_t> factors;
+    for (const float scale : floatValues(*scales)) {
+        if (!(scale >= 1 && scale <= largestScale) || scale != std::floor(scale)) {
+            node.refuse("scales other than whole numbers are not supported");
+            return -1;
+        }
+        factors.push_back(static_cast<std::int64_t>(scale));
+    }
+    format::BinaryT product;
+    product.kind = format::BinaryKind::Multiply;
+    const int extents = importer.emit(node, format::ShapeOfT(), {importer.tensor(node, 0)});
+    return importer.emit(
+        node, product, {extents, importer.constant({static_cast<std::int64_t>(factors.size())}, factors)});
+}
+
+void importResize(Importer& importer, const OnnxNode& node)
+{
+    if (!isLinear(importer, node)) {
+        return;
+    }
+    const int sizes = importer.tensor(node, 3) >= 0 ? importer.tensor(node, 3) : scaledExtents(importer, node);
+    if (sizes < 0) {
+        return;
+    }
+    if (importer.tensor(sizes).type != ElementType::Int64) {
+        node.refuse("its sizes must be integers");
+        return;
+    }
+    importer.bind(node, 0, importer.emit(node, format::ResizeT(), {importer.tensor(node, 0), sizes}));
+}
+
+} // namespace
+
+void addResizing(ImportTable* table)
+{
+    (*table)["Resize"] = {importResize, 1, 4};
+}
+
+} // namespace scribo::builder
