@@ -4,6 +4,7 @@ OpenCV 4.6 plans a network for one shape and reads operator set 11: a model is r
 planning counts to the width's first run.
 """
 
+import copy
 import sys
 import time
 
@@ -13,11 +14,19 @@ import onnx
 from onnx import helper, numpy_helper
 
 
-def with_attribute_axes(graph):
-    """Squeeze and Unsqueeze with their axes as an attribute, as they were before operator set 13."""
+ARITHMETIC = {'Add': np.add, 'Mul': np.multiply, 'Div': np.floor_divide, 'Max': np.maximum}
+
+
+def constants_of(graph):
     constants = {node.output[0]: numpy_helper.to_array(node.attribute[0].t)
                  for node in graph.node if node.op_type == 'Constant'}
     constants.update({tensor.name: numpy_helper.to_array(tensor) for tensor in graph.initializer})
+    return constants
+
+
+def with_attribute_axes(graph):
+    """Squeeze and Unsqueeze with their axes as an attribute, as they were before operator set 13."""
+    constants = constants_of(graph)
     for node in graph.node:
         if node.op_type in ('Squeeze', 'Unsqueeze') and len(node.input) > 1:
             node.attribute.append(helper.make_attribute('axes', constants[node.input[1]].tolist()))
@@ -29,6 +38,26 @@ def without_zero_states(graph):
     for node in graph.node:
         if node.op_type == 'LSTM':
             del node.input[5:]
+    remove_unused(graph)
+
+
+def with_known_sizes(graph):
+    """Resizes of a picture whose width is set, with their sizes written out, which OpenCV cannot work out."""
+    picture = graph.input[0]
+    known = constants_of(graph)
+    for node in graph.node:
+        if node.op_type == 'Shape' and node.input[0] == picture.name:
+            known[node.output[0]] = np.array([extent.dim_value for extent in picture.type.tensor_type.shape.dim])
+        elif node.op_type in ARITHMETIC and all(name in known for name in node.input):
+            known[node.output[0]] = ARITHMETIC[node.op_type](*(known[name] for name in node.input))
+        elif node.op_type == 'Resize' and len(node.input) == 4 and node.input[3] in known:
+            sizes = numpy_helper.from_array(known[node.input[3]], node.output[0] + '_sizes')
+            graph.initializer.append(sizes)
+            node.input[3] = sizes.name
+    remove_unused(graph)
+
+
+def remove_unused(graph):
     used = {output.name for output in graph.output}
     kept = []
     for node in reversed(graph.node):
@@ -57,8 +86,10 @@ class Worker:
 
     def net(self, width):
         if width not in self.nets:
-            self.model.graph.input[0].type.tensor_type.shape.dim[3].dim_value = width
-            self.nets[width] = cv2.dnn.readNetFromONNX(np.frombuffer(self.model.SerializeToString(), np.uint8))
+            model = copy.deepcopy(self.model)
+            model.graph.input[0].type.tensor_type.shape.dim[3].dim_value = width
+            with_known_sizes(model.graph)
+            self.nets[width] = cv2.dnn.readNetFromONNX(np.frombuffer(model.SerializeToString(), np.uint8))
         return self.nets[width]
 
     def run(self, path, channels, height, width, repeats, output):
