@@ -188,14 +188,14 @@ TEST_F(Commands, BuildNamesEverythingThatIsNotSupported)
 {
     ModelMaker maker;
     maker.node("NonMaxSuppression", {"x"}, {"a"}, "/det/nms");
-    maker.node("Resize", {"x"}, {"y"}, "/up");
+    maker.node("GridSample", {"x"}, {"y"}, "/up");
     package.writeFile("bad.onnx", QByteArray::fromStdString(maker.bytes()));
     const std::string bad = package.path("bad.onnx").toStdString();
     const Outcome outcome = call({"build", package.path("bad.onnx"), "-o", output});
     EXPECT_EQ(outcome.code, Failure);
     EXPECT_EQ(outcome.err,
         bad + ": operation 'NonMaxSuppression' of node '/det/nms' is not supported\n" + bad
-            + ": operation 'Resize' of node '/up' is not supported\n");
+            + ": operation 'GridSample' of node '/up' is not supported\n");
     EXPECT_FALSE(QFile::exists(output));
 }
 

@@ -143,11 +143,11 @@ TEST(ImportNodes, EveryUnsupportedOperationIsNamed)
     maker.node("NonMaxSuppression", {"x"}, {"a"}, "/det/nms");
     maker.node("Relu", {"a"}, {"b"});
     maker.node("FusedConv", {"b"}, {"c"}).set_domain("com.microsoft");
-    maker.node("Resize", {"x"}, {"y"}, "/up");
+    maker.node("GridSample", {"x"}, {"y"}, "/up");
     EXPECT_THAT(problemsOf(maker),
         ElementsAre("operation 'NonMaxSuppression' of node '/det/nms' is not supported",
             "operation 'com.microsoft.FusedConv' of node 'c' is not supported",
-            "operation 'Resize' of node '/up' is not supported"));
+            "operation 'GridSample' of node '/up' is not supported"));
 }
 
 TEST(ImportNodes, GraphFaults)
