@@ -1,12 +1,25 @@
 """What the kit tells the libraries that share the processor."""
 import ctypes
 import os
+import re
+import subprocess
 import unittest
+from pathlib import Path
 
 import cv2
 import torch
 
 from scribokit import processor
+
+
+KIT = Path(__file__).resolve().parents[2] / "training"
+
+
+def spins(command, **environment):
+    """How often a thread of this command looks for work before it falls asleep, as OpenMP tells when it is loaded."""
+    told = subprocess.run([str(KIT / command), "--help"], env={**os.environ, "OMP_DISPLAY_ENV": "verbose", **environment},
+                          capture_output=True, text=True, check=True).stderr
+    return int(re.search(r"GOMP_SPINCOUNT = '(\d+)'", told)[1])
 
 
 class Processor(unittest.TestCase):
@@ -35,6 +48,10 @@ class Processor(unittest.TestCase):
         blas.openblas_set_num_threads(2)
         processor.use(2)
         self.assertEqual(blas.openblas_get_num_threads(), 1)
+
+    def test_threads_leave_it_to_the_workers_while_they_wait_unless_told_otherwise(self):
+        self.assertEqual(spins("train"), 0)
+        self.assertGreater(spins("train", OMP_WAIT_POLICY="active"), 0)
 
 
 if __name__ == "__main__":
