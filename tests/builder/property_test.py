@@ -20,8 +20,7 @@ import torch
 from torch import nn
 import torch.nn.functional as F
 
-import make_vectors
-from make_vectors import Do
+from torch_vectors import Do, data_sets, exported, settle, write_case
 
 KINDS = {}
 
@@ -227,17 +226,16 @@ def expands(draw, channels, height):
     return Do(lambda x: x.mean((1, 2), keepdim=True).expand(1, channels, height, x.shape[3]) + x)
 
 
-def write_random_case(seed, number):
+def write_random_case(folder, seed, number):
     draw = random.Random(f"{seed} {number}")
     torch.manual_seed(draw.randrange(1 << 31))
     name = draw.choice(sorted(KINDS)) if number >= len(KINDS) else sorted(KINDS)[number]
     channels, height = draw.randint(1, 20), draw.randint(2, 16)
     opset = draw.choice((11, 12, 13, 14, 16)) if name != "activation" else draw.choice((14, 16))
     widths = [draw.randint(8, 640), draw.randint(8, 48)]
-    module = make_vectors.settle(KINDS[name](draw, channels, height))
-    model = make_vectors.exported(module, channels, height, max(widths) + 8, opset)
-    make_vectors.write_case(f"seed_{seed}_case_{number}_{name}", model,
-                            make_vectors.data_sets(module, channels, height, widths))
+    module = settle(KINDS[name](draw, channels, height))
+    model = exported(module, channels, height, max(widths) + 8, opset)
+    write_case(folder / f"seed_{seed}_case_{number}_{name}", model, data_sets(module, channels, height, widths))
 
 
 def main():
@@ -249,11 +247,11 @@ def main():
     options = parser.parse_args()
     torch.set_num_threads(1)
     with tempfile.TemporaryDirectory() as folder:
-        make_vectors.FOLDER = pathlib.Path(options.keep or folder)
+        folder = pathlib.Path(options.keep or folder)
         for number in range(options.cases):
-            write_random_case(options.seed, number)
+            write_random_case(folder, options.seed, number)
         print(f"seed {options.seed}: {options.cases} cases of {len(KINDS)} kinds", flush=True)
-        environment = {**os.environ, "SCRIBO_VECTORS": str(make_vectors.FOLDER)}
+        environment = {**os.environ, "SCRIBO_VECTORS": str(folder)}
         return subprocess.run([options.program, "--gtest_filter=Models/Vectors.*", "--gtest_brief=1"],
                               env=environment).returncode
 
