@@ -14,7 +14,8 @@ import onnx
 from onnx import helper, numpy_helper
 
 
-ARITHMETIC = {'Add': np.add, 'Mul': np.multiply, 'Div': np.floor_divide, 'Max': np.maximum}
+# What exporters work sizes out with: of whole numbers.
+SIZE_ARITHMETIC = {'Add': np.add, 'Mul': np.multiply, 'Div': np.floor_divide, 'Max': np.maximum}
 
 
 def constants_of(graph):
@@ -48,8 +49,8 @@ def with_known_sizes(graph):
     for node in graph.node:
         if node.op_type == 'Shape' and node.input[0] == picture.name:
             known[node.output[0]] = np.array([extent.dim_value for extent in picture.type.tensor_type.shape.dim])
-        elif node.op_type in ARITHMETIC and all(name in known for name in node.input):
-            known[node.output[0]] = ARITHMETIC[node.op_type](*(known[name] for name in node.input))
+        elif node.op_type in SIZE_ARITHMETIC and all(name in known for name in node.input):
+            known[node.output[0]] = SIZE_ARITHMETIC[node.op_type](*(known[name] for name in node.input))
         elif node.op_type == 'Resize' and len(node.input) == 4 and node.input[3] in known:
             sizes = numpy_helper.from_array(known[node.input[3]], node.output[0] + '_sizes')
             graph.initializer.append(sizes)

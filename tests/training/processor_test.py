@@ -12,12 +12,12 @@ import torch
 from scribokit import processor
 
 
-KIT = Path(__file__).resolve().parents[2] / "training"
+TRAIN = Path(__file__).resolve().parents[2] / "training" / "train"
 
 
-def spins(command, **environment):
-    """How often a thread of this command looks for work before it falls asleep, as OpenMP tells when it is loaded."""
-    told = subprocess.run([str(KIT / command), "--help"], env={**os.environ, "OMP_DISPLAY_ENV": "verbose", **environment},
+def spins(**environment):
+    """How often a thread of a training looks for work before it falls asleep, as OpenMP tells when it is loaded."""
+    told = subprocess.run([str(TRAIN), "--help"], env={**os.environ, "OMP_DISPLAY_ENV": "verbose", **environment},
                           capture_output=True, text=True, check=True).stderr
     return int(re.search(r"GOMP_SPINCOUNT = '(\d+)'", told)[1])
 
@@ -50,8 +50,8 @@ class Processor(unittest.TestCase):
         self.assertEqual(blas.openblas_get_num_threads(), 1)
 
     def test_threads_leave_it_to_the_workers_while_they_wait_unless_told_otherwise(self):
-        self.assertEqual(spins("train"), 0)
-        self.assertGreater(spins("train", OMP_WAIT_POLICY="active"), 0)
+        self.assertEqual(spins(), 0)
+        self.assertGreater(spins(OMP_WAIT_POLICY="active"), 0)
 
 
 if __name__ == "__main__":
