@@ -388,6 +388,55 @@ TEST_F(Inspection, FailsEachRegionOfAPictureThatDoesNotCome)
     EXPECT_FALSE(instance->isResultOk(1)) << "of which nothing was inspected";
 }
 
+TEST_F(Inspection, FailsAnItemWhoseRegionIsNotInItsPicture)
+{
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    const double edge = tool.picture.cols;
+    const QList<QRectF> regions = {{edge, 5, 40, 20}, {edge - 0.4, 5, 5, 20}, {10, 1e9, 40, 20}, {-1e9, 5, 10, nan}};
+    for (int index = 0; index < regions.size(); ++index) {
+        tool.taughtRegions = {regions[index]};
+        process(index, {});
+        EXPECT_FALSE(instance->isResultOk(index)) << "of which nothing was read";
+        EXPECT_EQ(list(index, "defect_types"), (QVariantList{"unknown error!"}));
+    }
+    EXPECT_FALSE(instance->isResultOk(-1));
+}
+
+TEST_F(Inspection, ReadsTheOtherRegionsOfAnItemThatMissesOne)
+{
+    tool.taughtRegions = {QRectF(10, 20, 40, 20), QRectF(tool.picture.cols, 5, 30, 20)};
+    process(0, {a1});
+    EXPECT_FALSE(instance->isResultOk(0));
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
+    EXPECT_EQ(instance->resultRecord(0)["resString"], "A1");
+}
+
+TEST_F(Inspection, FailsAnItemOfAHostThatKnowsNoPictureSize)
+{
+    tool.announced = cv::Size(0, 0);
+    process(0, {});
+    EXPECT_FALSE(instance->isResultOk(0));
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
+}
+
+TEST_F(Inspection, PassesWhatCannotBeCutWhenTheModelIsDisabled)
+{
+    set(3, QJsonArray{false, true});
+    set(4, QJsonArray{true, false});
+    tool.taughtRegions = {QRectF(tool.picture.cols, 5, 30, 20)};
+    process(0, {});
+    tool.announced = cv::Size(200, 60);
+    tool.picture.release();
+    tool.taughtRegions = {QRectF(10, 20, 40, 20)};
+    process(1, {});
+    tool.taughtRegions = {QRectF(10, 20, 0.5, 20)};
+    process(2, {});
+    for (int index = 0; index < 3; ++index) {
+        EXPECT_TRUE(instance->isResultOk(index));
+        EXPECT_TRUE(list(index, "defect_types").isEmpty());
+    }
+}
+
 TEST_F(Inspection, MovesBoxesByTheWholePartOfTheRegion)
 {
     compareWith("A1");

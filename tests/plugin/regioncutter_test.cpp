@@ -59,17 +59,33 @@ TEST(RegionCutter, SkipsWhatLiesOutside)
     EXPECT_EQ(pixels(100.6, 10, 5, 5), std::nullopt) << "rounds to the column after the last";
 }
 
-TEST(RegionCutter, SkipsWhatIsNotFinite)
+TEST(RegionCutter, CutsNothingWhereANumberIsNone)
 {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(pixels(nan, 0, 10, 10), std::nullopt);
+    EXPECT_EQ(pixels(0, nan, 10, 10), std::nullopt);
+    EXPECT_EQ(pixels(0, 0, nan, 10), std::nullopt);
+    EXPECT_EQ(pixels(0, 0, 10, nan), std::nullopt);
+}
+
+TEST(RegionCutter, ClipsWhatIsInfinite)
+{
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    for (double bad : {nan, infinity, -infinity}) {
-        EXPECT_EQ(pixels(bad, 0, 10, 10), std::nullopt);
-        EXPECT_EQ(pixels(0, bad, 10, 10), std::nullopt);
-        EXPECT_EQ(pixels(0, 0, bad, 10), std::nullopt);
-        EXPECT_EQ(pixels(0, 0, 10, bad), std::nullopt);
-    }
+    EXPECT_EQ(pixels(20, 10, infinity, infinity), cv::Rect(20, 10, 81, 40)) << "up to the edge";
+    EXPECT_EQ(pixels(-infinity, -infinity, 30, 20), cv::Rect(0, 0, 30, 20));
+    EXPECT_EQ(pixels(infinity, 0, 10, 10), std::nullopt);
+    EXPECT_EQ(pixels(0, infinity, 10, 10), std::nullopt);
+    EXPECT_EQ(pixels(0, 0, -infinity, 10), std::nullopt);
     EXPECT_EQ(pixels(-1e300, -1e300, 1e300, 1e300), cv::Rect(0, 0, 101, 50));
+}
+
+TEST(RegionCutter, TellsWhatIsNotToBeInspectedFromWhatCannotBeCut)
+{
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const QRectF& region : {QRectF(0, 0, 0.999, 20), QRectF(0, 0, 20, 0), QRectF(0, 0, -5, 20)})
+        EXPECT_FALSE(isInspected(region));
+    for (const QRectF& region : {QRectF(0, 0, 1, 1), QRectF(500, 500, 20, 20), QRectF(nan, 0, 20, 20), QRectF(0, 0, nan, 20)})
+        EXPECT_TRUE(isInspected(region));
 }
 
 TEST(RegionCutter, SkipsEverythingInAnEmptyPicture)

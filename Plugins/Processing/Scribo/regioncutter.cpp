@@ -16,7 +16,7 @@ struct Span
 std::optional<Span> clipped(double regionStart, double regionLength, int extent)
 {
     Span span{regionStart, regionLength, {}};
-    if (!std::isfinite(span.start) || !std::isfinite(span.length) || span.length < 1.0)
+    if (std::isnan(span.start) || std::isnan(span.length))
         return {};
     span.start = std::max(span.start, 0.0);
     if (span.start >= extent)
@@ -36,8 +36,15 @@ std::optional<Span> clipped(double regionStart, double regionLength, int extent)
 
 } // namespace
 
+bool isInspected(const QRectF& region)
+{
+    return !(region.width() < 1.0 || region.height() < 1.0);
+}
+
 std::optional<RegionCut> cutRegion(const QRectF& region, const cv::Size& picture)
 {
+    if (!isInspected(region))
+        return {};
     const auto columns = clipped(region.x(), region.width(), picture.width);
     const auto rows = clipped(region.y(), region.height(), picture.height);
     if (!columns || !rows)

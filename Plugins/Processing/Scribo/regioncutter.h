@@ -13,9 +13,12 @@ struct RegionCut
     cv::Rect pixels; ///< the same in whole pixels, halves rounded to the even neighbour; what is cut out
 };
 
+/// Whether `region` is there to be inspected: one below a pixel in either direction is not.
+bool isInspected(const QRectF& region);
+
 /// The part of a picture of size `picture` that the inspection region `region` asks for.
 ///
-/// Nothing for a region that is not to be inspected: smaller than a pixel in one direction, outside the
-/// picture, or with a number that is not finite. A left or upper edge outside the picture moves to its
-/// edge without making the region smaller.
+/// Nothing for a region that is not to be inspected, and for one that cannot be cut out: of which no whole
+/// pixel lies in the picture, or with a coordinate that is not a number. A left or upper edge outside the
+/// picture moves to its edge without making the region smaller.
 std::optional<RegionCut> cutRegion(const QRectF& region, const cv::Size& picture);

@@ -235,14 +235,17 @@ void Scribo::inspect(Tool* tool, int index)
     archivedRecords = 0;
     refreshSaveLocation();
     Item item;
-    bool isInspected = false;
+    bool hasInspected = false;
     for (const QRectF& region : regions) {
-        if (const auto cut = cutRegion(region, pictureSize())) {
+        if (!isInspected(region))
+            continue;
+        hasInspected = true;
+        if (const auto cut = cutRegion(region, pictureSize()))
             inspectRegion(tool, index, *cut, &item);
-            isInspected = true;
-        }
+        else
+            missRegion(region, index, &item);
     }
-    if (workingImage.empty() && !isInspected) {
+    if (workingImage.empty() && !hasInspected && !isModelDisabled()) {
         // Without a picture an item of which nothing was inspected would pass.
         qWarning() << "Item" << index << "has no picture";
         item = failedItem();
@@ -280,18 +283,29 @@ cv::Mat Scribo::regionImage(Tool* tool, int index, const cv::Rect& region) const
     return workingImage(region);
 }
 
+/// A region that is taught but does not lie in the picture: the item must not pass unread.
+void Scribo::missRegion(const QRectF& region, int index, Item* item)
+{
+    if (isModelDisabled())
+        return;
+    qWarning() << region << "of item" << index << "is not in its picture";
+    item->isOk = false;
+    item->lines.append(messageLine(unknownError(), cv::Rect()));
+}
+
 void Scribo::inspectRegion(Tool* tool, int index, const RegionCut& region, Item* item)
 {
     const int firstLine = item->lines.size();
     cv::Mat image;
     QString message;
-    bool isOk = false;
+    bool isOk = isModelDisabled();
     try {
         image = regionImage(tool, index, region.pixels);
-        isOk = isModelDisabled() || readRegion(image, region.inside, item, &message);
+        isOk = isOk || readRegion(image, region.inside, item, &message);
     } catch (const std::exception& error) {
         qWarning() << "Reading a region of item" << index << "failed:" << error.what();
-        message += unknownError();
+        if (!isOk)
+            message += unknownError();
     }
     if (!message.isEmpty())
         item->lines.append(messageLine(message, region.pixels));

@@ -133,6 +133,7 @@ private:
     static Item failedItem();
     cv::Size pictureSize() const;
     cv::Mat regionImage(Tool* tool, int index, const cv::Rect& region) const;
+    void missRegion(const QRectF& region, int index, Item* item);
     void inspectRegion(Tool* tool, int index, const RegionCut& region, Item* item);
     bool readRegion(const cv::Mat& image, const QRectF& region, Item* item, QString* message);
     bool judgeLines(const std::vector<SOrgAI_ResInfo>& lines, const QRectF& region, Item* item);
