@@ -136,7 +136,8 @@ void PictureArchive::drainPendingPictures()
     queue->drain();
 }
 
-/// The time in the name of picture `number`. Time and number together always grow, which makes the name unique.
+/// The time in the name of picture `number`. Time and number together always grow, which makes the name unique as long
+/// as the station's clock does not show the same time again.
 QDateTime PictureArchive::stampFor(int number)
 {
     QDateTime stamp = clock();
