@@ -11,6 +11,7 @@
 
 namespace {
 
+using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -184,6 +185,22 @@ TEST_F(CrnnTest, ZeroesWhatIsBeyondThreePlanes)
     EXPECT_FLOAT_EQ(input[3 * 32 * 320 - 1], 1.0F);
     EXPECT_EQ(input[3 * 32 * 320], 0.0F);
     EXPECT_EQ(input.back(), 0.0F);
+}
+
+TEST_F(CrnnTest, ZeroesBeyondThreePlanesWhatAWiderPictureLeft)
+{
+    config.channels = 4;
+    runtime.inputDims = makeDims({1, 4, 32, -1});
+    const auto detector = makeDetector();
+    ASSERT_TRUE(detector->isReady());
+    std::vector<std::string> characters;
+    EXPECT_TRUE(detector->detect(cv::Mat(32, 320, CV_8UC3, cv::Scalar::all(255)), characters));
+    EXPECT_TRUE(detector->detect(cv::Mat(32, 100, CV_8UC3, cv::Scalar::all(255)), characters));
+    const std::vector<float>& input = runtime.runs.back().input;
+    constexpr int split = 3 * 32 * 100;
+    ASSERT_EQ(input.size(), 4U * 32U * 100U);
+    EXPECT_FLOAT_EQ(input[split - 1], 1.0F);
+    EXPECT_THAT(std::vector<float>(input.begin() + split, input.end()), Each(0.0F));
 }
 
 /// One way in which loading fails, and the ERROR lines that it leaves.

@@ -287,6 +287,9 @@ bool CRNNTRTDetector::copyInput(const cv::Mat& image)
         planes.emplace_back(image.rows, image.cols, CV_32F, inputHost + planeElements * channel);
     }
     cv::split(image, planes);
+    // An earlier, wider picture reached into the planes beyond the third, which the copy includes.
+    const std::int64_t split = planeElements * inputPlanes;
+    std::fill(inputHost + split, inputHost + std::max(split, inputSize / floatBytes), 0.0F);
 
     const auto bytes = static_cast<std::size_t>(inputSize);
     const cudaError_t error = cudaMemcpyAsync(inputDevice, inputHost, bytes, cudaMemcpyHostToDevice, stream);
