@@ -76,7 +76,7 @@ QString profileTable(const EngineReport& report, const std::vector<double>& spen
         const OperationReport operation = i < report.operations.size()
             ? report.operations[i]
             : OperationReport{QStringLiteral("outputs"), {}, {}, {}, {}, {}};
-        rows << QStringList{QString::number(i + 1), operation.kind, operation.name, millisecondsText(spent[i]),
+        rows << QStringList{QString::number(i), operation.kind, operation.name, millisecondsText(spent[i]),
             QString::number(100 * spent[i] / total, 'f', 1) + QStringLiteral(" %"), operation.details};
     }
     return table(rows);
