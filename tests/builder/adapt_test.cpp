@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <numeric>
 
 namespace {
 
@@ -90,6 +92,18 @@ ModelMaker sumOf(std::int64_t channels)
     maker.inputShape({1, channels, 8, -1});
     maker.constant("c", {1}, {0.5f});
     maker.node("Add", {"x", "c"}, {"y"});
+    return maker;
+}
+
+/// A model of one convolution that takes a picture of `channels` channels, whatever its weights and bias are made for.
+ModelMaker convolutionOf(std::int64_t channels, const Integers& weights, std::int64_t biases)
+{
+    ModelMaker maker;
+    maker.inputShape({1, channels, 8, -1});
+    const std::int64_t count = std::accumulate(weights.begin(), weights.end(), std::int64_t(1), std::multiplies<>());
+    maker.constant("w", weights, Floats(static_cast<std::size_t>(count), 0.5f));
+    maker.constant("b", {biases}, Floats(static_cast<std::size_t>(biases), 0.5f));
+    maker.node("Conv", {"x", "w", "b"}, {"y"}, "first");
     return maker;
 }
 
@@ -177,6 +191,24 @@ TEST(AdaptPictureFaults, ChannelsThatDoNotFit)
     options.picture.ranges = {{0, 1}, {0, 1}};
     EXPECT_THAT(problemsWith(modelOf(3, 0), options),
         ElementsAre("input 'x' has 3 channels, but 2 ranges of values are given"));
+}
+
+TEST(AdaptPictureFaults, WeightsThatDoNotFit)
+{
+    BuildOptions options = atTestWidth();
+    const PictureOptions adaptations[] = {{0, Channels::Bgr, {{}}}, {0, Channels::Rgb, {{0, 1}}}};
+    for (const PictureOptions& adaptation : adaptations) {
+        options.picture = adaptation;
+        EXPECT_THAT(problemsWith(convolutionOf(3, {1, 1, 1, 1}, 1), options),
+            ElementsAre("at width 12: Convolution 'first': weights of 1x1x1x1 in 1 group(s) do not fit 1x3x8x12"));
+        EXPECT_THAT(problemsWith(convolutionOf(3, {4, 5, 3, 3}, 4), options),
+            ElementsAre("at width 12: Convolution 'first': weights of 4x5x3x3 in 1 group(s) do not fit 1x3x8x12"));
+        EXPECT_THAT(problemsWith(convolutionOf(3, {4, 3, 3, 3}, 1), options),
+            ElementsAre("at width 12: Convolution 'first': a bias of 1 does not fit 4x3x3x3"));
+    }
+    options.picture = {0, Channels::Grey, {{}}};
+    EXPECT_THAT(problemsWith(convolutionOf(1, {4, 3, 3, 3}, 4), options),
+        ElementsAre("at width 12: Convolution 'first': weights of 4x3x3x3 in 1 group(s) do not fit 1x1x8x12"));
 }
 
 TEST(AdaptPictureHeight, IsGivenWhereTheModelLeavesItOpen)

@@ -70,12 +70,21 @@ std::optional<Mixture> mixture(const PictureOptions& options, std::size_t channe
     return mixture;
 }
 
+/// Whether weights and bias of `convolution` are made for `channels` channels. Shapes are only checked later, with the
+/// mixture in place.
+bool fits(const NetworkT& network, const OperationT& convolution, std::size_t channels)
+{
+    const Extents& weights = constantAt(network, convolution.inputs[1])->dims;
+    return weights.size() == 4 && weights[1] == static_cast<std::int64_t>(channels)
+        && (convolution.inputs.size() < 3 || constantAt(network, convolution.inputs[2])->dims == Extents{weights[0]});
+}
+
 /// Whether `operation`, which reads the picture, can take the mixture into its weights. Padding is
 /// zeros behind the mixture, so that its offsets must not reach there.
-bool absorbs(const OperationT& operation, const Mixture& mixture)
+bool absorbs(const NetworkT& network, const OperationT& operation, const Mixture& mixture)
 {
     const auto* convolution = operation.kind.AsConvolution();
-    return convolution && convolution->groups == 1
+    return convolution && convolution->groups == 1 && fits(network, operation, mixture.to)
         && (!mixture.hasOffsets()
             || std::all_of(convolution->pads.begin(), convolution->pads.end(), [](int pad) { return pad == 0; }));
 }
@@ -155,7 +164,7 @@ bool adaptPicture(NetworkT& network, const PictureOptions& options, Problems* pr
             readers.push_back(operation.get());
         }
     }
-    if (!std::all_of(readers.begin(), readers.end(), [&](const auto* one) { return absorbs(*one, *mix); })) {
+    if (!std::all_of(readers.begin(), readers.end(), [&](const auto* one) { return absorbs(network, *one, *mix); })) {
         prepend(network, *mix);
         return true;
     }
