@@ -75,7 +75,7 @@ public:
     /// Adds a primitive that works with a scratchpad of layout `scratchpad`.
     void addPrimitive(const dnnl::primitive& primitive, const Layout& scratchpad, std::vector<Argument> arguments,
         std::unordered_map<int, dnnl::memory> fixed = {});
-    /// Adds a kernel on `buffers` that works in `parts` parts, at most Helper::maximumParts.
+    /// Adds a kernel on `buffers` that works in `parts` parts.
     void addKernel(std::vector<BufferId> buffers, int parts, KernelStep::Kernel kernel);
     /// Adds a kernel of one part.
     void addKernel(std::vector<BufferId> buffers, std::function<void(float* const* operands)> kernel);

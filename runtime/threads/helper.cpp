@@ -2,7 +2,7 @@
 
 #include "processors.h"
 
-#include <system_error>
+#include <exception>
 
 namespace scribo::cpu {
 
@@ -72,8 +72,8 @@ bool Helper::start()
     if (!thread.joinable()) {
         try {
             thread = std::thread(&Helper::work, this);
-        } catch (const std::system_error&) {
-            // The runs go on without it.
+        } catch (const std::exception&) {
+            // No thread or no memory: the runs go on without it.
             return false;
         }
     }

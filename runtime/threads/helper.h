@@ -17,6 +17,7 @@ namespace scribo::cpu {
 class Helper
 {
 public:
+    /// Steps of more parts are not shared.
     static constexpr int maximumParts = 0xFFFF;
 
     /// For at most `processors` busy threads, those of the runs included. The thread itself is started when it is first
@@ -112,13 +113,13 @@ public:
 
     bool isHelped() const { return helper != nullptr; }
 
-    /// Calls action(part) for every part from 0 to `parts` - 1 (at most Helper::maximumParts of them), in any order.
-    /// Parts may not touch each other's memory, nor throw. All are done when it returns.
+    /// Calls action(part) for every part from 0 to `parts` - 1, in any order. Parts may not touch each other's memory,
+    /// nor throw. All are done when it returns.
     template <class PartAction>
     void share(int parts, const PartAction& action) const
     {
         // Another run that has begun meanwhile needs the processor more.
-        if (helper && parts > 1 && helper->mayWork()) {
+        if (helper && parts > 1 && parts <= Helper::maximumParts && helper->mayWork()) {
             helper->share(parts, &call<PartAction>, &action);
             return;
         }

@@ -51,6 +51,21 @@ TEST(Helper, TheMostPartsAreCarriedOutToo)
     EXPECT_EQ(countParts(Crew(run), Helper::maximumParts), std::vector<int>(Helper::maximumParts, 1));
 }
 
+TEST(Helper, MorePartsAreLeftToTheCallingThread)
+{
+    Helper helper(2);
+    const Helper::Run run(helper);
+    const Crew crew(run);
+    ASSERT_TRUE(crew.isHelped());
+    for (const int parts : {Helper::maximumParts + 1, 2 * Helper::maximumParts + 2}) {
+        const std::thread::id self = std::this_thread::get_id();
+        int own = 0;
+        crew.share(parts, [&](int) { own += std::this_thread::get_id() == self ? 1 : 0; });
+        EXPECT_EQ(own, parts);
+        EXPECT_EQ(countParts(crew, parts), std::vector<int>(static_cast<std::size_t>(parts), 1));
+    }
+}
+
 TEST(Helper, WhatItHasWrittenIsSeenAfterwards)
 {
     Helper helper(2);
