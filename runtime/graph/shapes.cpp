@@ -3,6 +3,7 @@
 #include "networkcheck.h"
 #include "rules.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace scribo::cpu {
@@ -80,7 +81,14 @@ std::optional<float> uniformNumber(const std::uint8_t* bytes, std::int64_t count
     return number;
 }
 
-bool setConstant(const format::Tensor& tensor, Value* value, std::string* error)
+/// Counts the integers of `value` to those of the network; false when these are too many to be kept.
+bool addIntegers(const Value& value, std::int64_t* integers)
+{
+    *integers += static_cast<std::int64_t>(value.integers.size());
+    return *integers <= maximumNetworkIntegers;
+}
+
+bool setConstant(const format::Tensor& tensor, Value* value, std::int64_t* integers, std::string* error)
 {
     if (tensor.dims()) {
         value->shape.assign(tensor.dims()->begin(), tensor.dims()->end());
@@ -96,19 +104,24 @@ bool setConstant(const format::Tensor& tensor, Value* value, std::string* error)
         if (count > 0) {
             std::memcpy(value->integers.data(), tensor.constant()->data(), tensor.constant()->size());
         }
+        if (!addIntegers(*value, integers)) {
+            *error = "the constant '" + name + "' makes the network's integers too many";
+            return false;
+        }
     } else {
         value->uniform = uniformNumber(tensor.constant()->data(), count);
     }
     return true;
 }
 
-bool setConstants(const format::Network& network, std::vector<Value>* values, std::string* error)
+bool setConstants(
+    const format::Network& network, std::vector<Value>* values, std::int64_t* integers, std::string* error)
 {
     for (flatbuffers::uoffset_t i = 0; i < network.tensors()->size(); ++i) {
         const format::Tensor& tensor = *network.tensors()->Get(i);
         Value& value = (*values)[i];
         value.type = tensor.type();
-        if (format::isConstant(tensor) && !setConstant(tensor, &value, error)) {
+        if (format::isConstant(tensor) && !setConstant(tensor, &value, integers, error)) {
             return false;
         }
     }
@@ -142,12 +155,20 @@ bool typesAgree(const format::Network& network, const format::Operation& operati
     return true;
 }
 
+/// addIntegers() for all that `operation` gives.
+bool addResults(const format::Operation& operation, const std::vector<Value>& values, std::int64_t* integers)
+{
+    return std::all_of(operation.outputs()->begin(), operation.outputs()->end(),
+        [&](int output) { return output < 0 || addIntegers(values[static_cast<std::size_t>(output)], integers); });
+}
+
 } // namespace
 
 bool inferValues(const format::Network& network, int width, std::vector<Value>* values, std::string* error)
 {
     values->assign(network.tensors()->size(), {});
-    if (!setConstants(network, values, error) || !setInput(network, width, values, error)) {
+    std::int64_t integers = 0;
+    if (!setConstants(network, values, &integers, error) || !setInput(network, width, values, error)) {
         return false;
     }
     for (const format::Operation* operation : *network.operations()) {
@@ -158,6 +179,10 @@ bool inferValues(const format::Network& network, int width, std::vector<Value>* 
         }
         if (!typesAgree(network, *operation, *values)) {
             *error = format::operationTitle(*operation) + ": its result is not of the type that the engine says";
+            return false;
+        }
+        if (!addResults(*operation, *values, &integers)) {
+            *error = format::operationTitle(*operation) + ": its result makes the network's integers too many";
             return false;
         }
     }

@@ -16,6 +16,8 @@ using Shape = std::vector<std::int64_t>;
 constexpr std::int64_t maximumElements = std::int64_t(1) << 28;
 /// Shape arithmetic and index lists are small; this keeps what a hostile engine may ask for small.
 constexpr std::int64_t maximumIntegers = std::int64_t(1) << 20;
+/// The integers of all tensors of a network are kept at the same time, so that their sum is limited too.
+constexpr std::int64_t maximumNetworkIntegers = std::int64_t(1) << 22;
 
 /// What is known of a tensor once the width is known. Integers only ever describe shapes and
 /// positions, so every element of an integer tensor is known; of floats only the shape is, and

@@ -323,6 +323,30 @@ TEST_F(Shapes, RefuseWhatIsEmptyOrTooLarge)
         "Slice 'node1': its starts, ends, axes and steps are not equally many");
 }
 
+TEST_F(Shapes, RefuseMoreIntegersThanAreKept)
+{
+    constexpr auto integer = ElementType::Int64;
+    format::FillT fill;
+    fill.type = integer;
+    const int extents = maker.list({cpu::maximumIntegers});
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(shapeOf(maker.add(fill, {extents}, integer)), Shape{cpu::maximumIntegers});
+    }
+    EXPECT_EQ(refusal(fill, {extents}, integer), "Fill 'node4': its result makes the network's integers too many");
+}
+
+TEST_F(Shapes, RefuseMoreConstantIntegersThanAreKept)
+{
+    const std::vector<std::int64_t> most(cpu::maximumIntegers);
+    for (int i = 0; i < 4; ++i) {
+        maker.list(most);
+    }
+    EXPECT_EQ(shapeOf(output), (Shape{1, 3, 8, 20}));
+    maker.list({1});
+    EXPECT_EQ(shapeOf(output), Shape());
+    EXPECT_EQ(error, "the constant 'constant' makes the network's integers too many");
+}
+
 TEST_F(Shapes, OfRecurrentLayers)
 {
     const auto zeros = [this](const Shape& shape) {
