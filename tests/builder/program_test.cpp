@@ -18,9 +18,12 @@ struct Outcome
     std::string err;
 };
 
-Outcome runProgram(const QStringList& arguments)
+Outcome runProgram(const QStringList& arguments, const QString& outputFile = {})
 {
     QProcess process;
+    if (!outputFile.isEmpty()) {
+        process.setStandardOutputFile(outputFile);
+    }
     process.start(QStringLiteral(PROGRAM), arguments);
     EXPECT_TRUE(process.waitForFinished(120000));
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
@@ -38,6 +41,17 @@ TEST(Program, ExitCodes)
     package.set("alphabet", "A");
     EXPECT_EQ(runProgram({"check", package.engine()}).code, 1);
     EXPECT_EQ(runProgram({"inspect", package.path("nothing")}).code, 1);
+}
+
+TEST(Program, OutputToAFullDisk)
+{
+    const TestPackage package;
+    for (const QStringList& arguments :
+        {QStringList{"--help"}, {"inspect", package.engine()}, {"check", package.engine()}}) {
+        const Outcome outcome = runProgram(arguments, QStringLiteral("/dev/full"));
+        EXPECT_EQ(outcome.code, 1);
+        EXPECT_EQ(outcome.err, "scribo-engine: the output cannot be written\n");
+    }
 }
 
 TEST(Program, NamesWithOtherLettersAndBlanks)

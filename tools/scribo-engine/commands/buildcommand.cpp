@@ -5,6 +5,7 @@
 #include "tool.h"
 
 #include <QElapsedTimer>
+#include <QFileInfo>
 
 namespace scribo::tool {
 
@@ -29,6 +30,13 @@ ExitCode fail(Streams streams, const QString& path, const QStringList& reasons)
         streams.err << path.toStdString() << ": " << reason.toStdString() << "\n";
     }
     return Failure;
+}
+
+/// Whether both lead to one file that exists, through symbolic links as well.
+bool isSameFile(const QString& first, const QString& second)
+{
+    const QString path = QFileInfo(first).canonicalFilePath();
+    return !path.isEmpty() && path == QFileInfo(second).canonicalFilePath();
 }
 
 ExitCode build(const QString& model, const QString& output, const builder::BuildOptions& options, Streams streams)
@@ -72,6 +80,9 @@ ExitCode buildCommand(const QStringList& arguments, Streams streams)
     }
     if (command.value(output).isEmpty()) {
         return command.wrongUsage(QStringLiteral("-o ENGINE.trt is missing"), streams);
+    }
+    if (isSameFile(command.file(), command.value(output))) {
+        return command.wrongUsage(QStringLiteral("-o names the model itself, which the engine would replace"), streams);
     }
     const std::optional<builder::BuildOptions> options = readModelOptions(command, streams);
     return options ? build(command.file(), command.value(output), *options, streams) : WrongUsage;

@@ -3,7 +3,16 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <climits>
+
 namespace scribo::tool {
+
+namespace {
+
+/// QFile reads nothing of a file that does not fit a QByteArray, which needs some bytes of its 2 GB for itself.
+constexpr qint64 largestFile = INT_MAX - 64;
+
+} // namespace
 
 bool FileBytes::read(const QString& path, QString* error)
 {
@@ -14,6 +23,10 @@ bool FileBytes::read(const QString& path, QString* error)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         *error = file.errorString();
+        return false;
+    }
+    if (file.size() > largestFile) {
+        *error = QStringLiteral("the file is larger than 2 GB, the most that can be read");
         return false;
     }
     const QByteArray content = file.readAll();

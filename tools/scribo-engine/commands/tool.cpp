@@ -59,12 +59,22 @@ ExitCode dispatch(const QStringList& arguments, Streams streams)
     return WrongUsage;
 }
 
+/// Results that did not arrive, on a full disk for one, are as good as none.
+ExitCode finish(ExitCode code, Streams streams)
+{
+    if (streams.out.flush()) {
+        return code;
+    }
+    streams.err << "scribo-engine: the output cannot be written\n";
+    return code == Success ? Failure : code;
+}
+
 } // namespace
 
 ExitCode run(const QStringList& arguments, Streams streams) noexcept
 {
     try {
-        return dispatch(arguments, streams);
+        return finish(dispatch(arguments, streams), streams);
     } catch (const std::bad_alloc&) {
         streams.err << "scribo-engine: out of memory\n";
     } catch (const std::exception& exception) {
