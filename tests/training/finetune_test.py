@@ -93,6 +93,17 @@ class Command(unittest.TestCase):
             self.assertTrue(all(path.exists() for path, _ in pairs))
             self.assertIsNotNone(cv2.imread(str(Path(root) / "labelled" / "sheet-00.png")))
 
+    def test_keeps_labels_that_may_have_been_corrected(self):
+        with tempfile.TemporaryDirectory() as root:
+            self.archive(root)
+            run("label", root, Path(root) / "labelled")
+            labels = Path(root) / "labelled" / "labels.csv"
+            corrected = labels.read_text(encoding="utf-8").replace("A7", "A1")
+            labels.write_text(corrected, encoding="utf-8")
+            result = run("label", root, Path(root) / "labelled")
+            self.assertEqual((result.returncode, labels.read_text(encoding="utf-8")), (1, corrected))
+            self.assertIn("labels.csv is there already", result.stderr)
+
     def test_says_that_a_folder_is_no_archive(self):
         with tempfile.TemporaryDirectory() as root:
             result = run("label", root, Path(root) / "labelled")
