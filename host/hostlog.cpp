@@ -6,6 +6,7 @@
 #include <QMutexLocker>
 
 #include <cstdio>
+#include <utility>
 
 #include <unistd.h>
 
@@ -31,6 +32,14 @@ QByteArray levelName(QtMsgType type)
     }
 }
 
+/// A device has no end to append at: Qt would look for one, and log that there is none.
+QIODevice::OpenMode modeFor(const QString& path)
+{
+    const QFileInfo info(path);
+    const bool startsOver = info.size() > largestFile || (info.exists() && !info.isFile());
+    return QIODevice::WriteOnly | (startsOver ? QIODevice::Truncate : QIODevice::Append);
+}
+
 } // namespace
 
 HostLog::HostLog()
@@ -52,17 +61,19 @@ HostLog::~HostLog()
 
 bool HostLog::open(const QString& path, QString* error)
 {
+    auto opened = std::make_unique<QFile>(path);
+    // Outside the lock: what Qt logs about the opening comes through write(), too.
+    const bool isOpened = opened->open(modeFor(path));
     const QMutexLocker lock(&mutex);
-    file.setFileName(path);
-    const auto start = QFileInfo(path).size() > largestFile ? QIODevice::Truncate : QIODevice::Append;
     isDecided = true;
-    if (file.open(QIODevice::WriteOnly | start)) {
-        file.write(early);
-        file.flush();
-        return true;
+    if (!isOpened) {
+        *error = path + QStringLiteral(": cannot be written: ") + opened->errorString();
+        return false;
     }
-    *error = path + QStringLiteral(": cannot be written: ") + file.errorString();
-    return false;
+    file = std::move(opened);
+    file->write(early);
+    file->flush();
+    return true;
 }
 
 void HostLog::setVerbose(bool verbose)
@@ -95,9 +106,9 @@ void HostLog::write(const QByteArray& level, const QByteArray& place, const QByt
     const QMutexLocker lock(&mutex);
     if (!isDecided)
         early += line;
-    if (file.isOpen()) {
-        file.write(line);
-        file.flush();
+    if (file) {
+        file->write(line);
+        file->flush();
     }
     if (showsOnTerminal) {
         std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);

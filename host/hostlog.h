@@ -6,6 +6,8 @@
 
 #include <glog/logging.h>
 
+#include <memory>
+
 /// Takes the log of both loggers, Qt's and glog's, away from the terminal and into one file, in the order of
 /// time. There can be one at a time; the loggers must not be in use by other threads while it comes and goes.
 ///
@@ -18,8 +20,8 @@ public:
     HostLog(const HostLog&) = delete;
     HostLog& operator=(const HostLog&) = delete;
 
-    /// Appends to `path` from now on; a file that has grown beyond 10 MB starts over. Returns false with the
-    /// file and the reason in `error`; the log then goes nowhere.
+    /// Appends to `path`, a file or a device, from now on; a file that has grown beyond 10 MB starts over. Returns
+    /// false with the file and the reason in `error`; the log then goes nowhere.
     bool open(const QString& path, QString* error);
     /// Shows the log on the terminal too.
     void setVerbose(bool verbose);
@@ -32,7 +34,7 @@ private:
     static void handleQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message);
     void write(const QByteArray& level, const QByteArray& place, const QByteArray& message);
 
-    QFile file;
+    std::unique_ptr<QFile> file; ///< null: the log goes to no file
     QMutex mutex; ///< guards the file; both loggers are called from any thread
     QByteArray early; ///< logged before open()
     bool isDecided = false; ///< open() was called

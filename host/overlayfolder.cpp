@@ -1,5 +1,8 @@
 #include "overlayfolder.h"
 
+#include "wholefile.h"
+
+#include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
 #include <QImageWriter>
@@ -30,9 +33,11 @@ bool OverlayFolder::write(const QString& picture, const QImage& overlay, QString
     used.insert(name);
 
     const QString path = QDir(folder).filePath(name + QStringLiteral(".png"));
-    QImageWriter writer(path, "png");
+    // Not into the file itself: the writer does not notice when the last bytes meet a full disk.
+    QBuffer png;
+    QImageWriter writer(&png, "png");
     if (writer.write(overlay))
-        return true;
+        return writeWholeFile(path, png.data(), error);
     *error = path + QStringLiteral(": cannot be written: ") + writer.errorString();
     return false;
 }

@@ -1,5 +1,6 @@
 #include "parameters.h"
 
+#include "parameterkind.h"
 #include "parameternumbers.h"
 
 #include <QJsonArray>
@@ -14,21 +15,6 @@ const QString valuesKey = QStringLiteral("values");
 
 /// Category of values that the processor shows while it runs.
 constexpr quint32 runTimeCategory = 2;
-
-bool isKind(ParamWrap& parameter, const char* name)
-{
-    return parameter.typeName() == QLatin1String(name);
-}
-
-bool isChoice(ParamWrap& parameter)
-{
-    return isKind(parameter, "RadioBoxParam") || isKind(parameter, "CheckBoxParam");
-}
-
-bool isLine(ParamWrap& parameter)
-{
-    return isKind(parameter, "LineEditParam") || isKind(parameter, "LimitLineEditParam");
-}
 
 ParamWrap* findParameter(ProcessorInterface& processor, int number)
 {

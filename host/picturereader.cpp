@@ -6,9 +6,13 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include <climits>
 #include <exception>
 
 namespace {
+
+/// QFile reads nothing of a file that does not fit a QByteArray, which needs some bytes of its 2 GB for itself.
+constexpr qint64 largestFile = INT_MAX - 64;
 
 /// 65535 becomes 255.
 constexpr double eightBitsPerSixteen = 1.0 / 257.0;
@@ -18,6 +22,10 @@ bool readBytes(const QString& path, QByteArray* bytes, QString* error)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         *error = QStringLiteral("cannot be opened: ") + file.errorString();
+        return false;
+    }
+    if (file.size() > largestFile) {
+        *error = QStringLiteral("is larger than 2 GB, the most that can be read");
         return false;
     }
     *bytes = file.readAll();

@@ -122,6 +122,11 @@ bool hasReference(const TaughtRegion& region)
     return region.reference.has_value();
 }
 
+bool hasCount(const TaughtRegion& region)
+{
+    return region.count.has_value();
+}
+
 QString describe(const QRectF& rect)
 {
     return QStringLiteral("%1,%2,%3,%4").arg(rect.x()).arg(rect.y()).arg(rect.width()).arg(rect.height());
@@ -196,6 +201,23 @@ bool RegionPlan::allHaveReferences() const
         return !common.isEmpty() && std::all_of(common.begin(), common.end(), hasReference);
     return std::all_of(byPicture.begin(), byPicture.end(),
         [](const QList<TaughtRegion>& regions) { return std::all_of(regions.begin(), regions.end(), hasReference); });
+}
+
+bool RegionPlan::hasReferences() const
+{
+    return anyRegion(hasReference);
+}
+
+bool RegionPlan::hasCounts() const
+{
+    return anyRegion(hasCount);
+}
+
+bool RegionPlan::anyRegion(bool (*has)(const TaughtRegion&)) const
+{
+    const auto isAnyOf
+        = [has](const QList<TaughtRegion>& regions) { return std::any_of(regions.begin(), regions.end(), has); };
+    return isAnyOf(common) || std::any_of(byPicture.begin(), byPicture.end(), isAnyOf);
 }
 
 bool parseCount(const QString& text, CountRange* range)

@@ -55,8 +55,14 @@ public:
     bool hasSeveral() const;
     /// Whether every region says itself which text is expected.
     bool allHaveReferences() const;
+    /// Whether some region says which text is expected.
+    bool hasReferences() const;
+    /// Whether some region says how long the text may be.
+    bool hasCounts() const;
 
 private:
+    bool anyRegion(bool (*has)(const TaughtRegion&)) const;
+
     QList<TaughtRegion> common; ///< for every picture; empty: the whole picture
     QMap<QString, QList<TaughtRegion>> byPicture;
     QString file; ///< where byPicture comes from; empty: `common` counts

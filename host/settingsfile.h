@@ -8,8 +8,9 @@
 /// array of one object for each parameter, by position. Other keys are kept for other readers and ignored.
 
 /// Puts the settings into the processor's parameters; loadParams() then makes them work, which loads the
-/// model. Returns false with the file and the reason in `error`, and leaves the parameters as they were.
+/// model. Values of other types than the parameters' own are a mistake, missing ones are not. Returns false
+/// with the file and the reason in `error`, and leaves the parameters as they were.
 bool readSettings(const QString& path, ProcessorInterface& processor, QString* error);
 
-/// Replaces the file as a whole or not at all. Returns false with the file and the reason in `error`.
+/// Replaces the file as writeWholeFile() does. Returns false with the file and the reason in `error`.
 bool writeSettings(const QString& path, ProcessorInterface& processor, QString* error);

@@ -141,6 +141,12 @@ bool Command::checkComparison()
     if (comparison == Comparison::off && (options.reference || !options.count.isEmpty()))
         return fault(QStringLiteral("%1 is looked at only when readings are compared: add --compare fixed or auto")
                          .arg(options.reference ? QStringLiteral("--reference") : QStringLiteral("--count")));
+    if (comparison != Comparison::fixed && plan.hasReferences())
+        return fault(options.regionsFile
+            + QStringLiteral(": \"reference\" is looked at only by fixed comparison: add --compare fixed"));
+    if (comparison == Comparison::off && plan.hasCounts())
+        return fault(options.regionsFile
+            + QStringLiteral(": \"count\" is looked at only when readings are compared: add --compare fixed or auto"));
     const QString reference
         = parameterState(*processor, ParameterNumber::reference)[QStringLiteral("values")].toString();
     if (comparison == Comparison::fixed && reference.isEmpty() && !options.reference && !plan.allHaveReferences())
@@ -297,8 +303,6 @@ void Command::finish()
     QString error;
     if (!options.saveSettings.isEmpty() && !writeSettings(options.saveSettings, *processor, &error))
         fault(error);
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-        fault(QStringLiteral("the results could not be written to standard output"));
 }
 
 bool Command::fault(const QString& message)

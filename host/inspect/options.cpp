@@ -145,6 +145,9 @@ private:
     {
         if (options.pictures.isEmpty() && !options.listModels && !options.listParameters)
             return fail(QStringLiteral("no pictures given"));
+        // Made absolute it would be the current folder.
+        if (options.pictures.contains(QString()))
+            return fail(QStringLiteral("an empty argument is no picture or folder"));
         return true;
     }
 

@@ -54,6 +54,7 @@ TEST(Inspect, SaysWhatIsWrongWithTheCommandLine)
     station.writePicture("a.png");
     const std::string name = "scribo-inspect: ";
     EXPECT_EQ(refusal(station, {}), name + "no pictures given");
+    EXPECT_EQ(refusal(station, {"a.png", ""}), name + "an empty argument is no picture or folder");
     EXPECT_EQ(refusal(station, {"--nope", "a.png"}), name + "Unknown option 'nope'.");
     EXPECT_EQ(refusal(station, {"a.png", "--model"}), name + "Missing value after '--model'.");
     EXPECT_EQ(refusal(station, {"--model=", "a.png"}), name + "--model needs a value");
@@ -81,6 +82,23 @@ TEST(Inspect, RefusesToJudgeLessThanWasAskedFor)
     EXPECT_THAT(refusal(station, {"--compare", "auto", "--region", "0,0,9,9", "--region", "9,0,9,9", "a.png"}),
         HasSubstr("automatic comparison learns one text"));
     EXPECT_THAT(refusal(station, {"--archive", "x", "a.png"}), HasSubstr("nothing would be archived"));
+}
+
+TEST(Inspect, RefusesARegionsReferenceOrCountThatNothingLooksAt)
+{
+    const Station station;
+    station.writePicture("a.png");
+    station.write(
+        "reference.json", R"({"b.png": [{"rect": [0, 0, 9, 9], "reference": "A"}], "a.png": [[0, 0, 9, 9]]})");
+    station.write("count.json", R"([[0, 0, 9, 9], {"rect": [0, 0, 9, 9], "count": [3, 4]}])");
+    station.write("one.json", R"([{"rect": [0, 0, 9, 9], "count": [3, 4]}])");
+    const QStringList reference = {"--regions", "reference.json", "a.png"};
+    for (const QStringList& compare : {QStringList{}, QStringList{"--compare", "auto"}})
+        EXPECT_THAT(refusal(station, compare + reference),
+            HasSubstr("/reference.json: \"reference\" is looked at only by fixed comparison: add --compare fixed"));
+    EXPECT_THAT(refusal(station, {"--regions", "count.json", "a.png"}),
+        HasSubstr("/count.json: \"count\" is looked at only when readings are compared: add --compare fixed or auto"));
+    EXPECT_EQ(station.run({"--regions", "one.json", "--compare", "auto", "a.png"}).code, 1);
 }
 
 TEST(Inspect, NamesWhatIsMissing)

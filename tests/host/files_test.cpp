@@ -1,15 +1,21 @@
+#include "fulldisk.h"
 #include "picturelist.h"
 #include "picturereader.h"
 #include "places.h"
 #include "processorplugin.h"
 #include "regionplan.h"
 #include "station.h"
+#include "wholefile.h"
 
 #include <gtest/gtest.h>
 
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <limits>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -116,6 +122,25 @@ TEST(RegionPlan, RefusesARegionThatHasNoPixelOfThePicture)
     EXPECT_EQ(error, "region 2 (99.5,0,20,20) lies outside the picture, which is 100 x 50");
 }
 
+TEST(RegionPlan, KnowsWhetherSomeRegionHasItsOwnReferenceOrCount)
+{
+    const Station station;
+    const auto planOf = [&](const QByteArray& json) {
+        station.write("r.json", json);
+        RegionPlan plan;
+        QString error;
+        EXPECT_TRUE(plan.readFile(station.path("r.json"), &error)) << qPrintable(error);
+        return plan;
+    };
+    EXPECT_FALSE(RegionPlan().hasReferences());
+    const RegionPlan common = planOf(R"([[1, 1, 5, 5], {"rect": [1, 1, 5, 5], "reference": ""}])");
+    EXPECT_TRUE(common.hasReferences());
+    EXPECT_FALSE(common.hasCounts());
+    const RegionPlan byPicture = planOf(R"({"a": [[1, 1, 5, 5]], "b": [{"rect": [1, 1, 5, 5], "count": [1, 2]}]})");
+    EXPECT_FALSE(byPicture.hasReferences());
+    EXPECT_TRUE(byPicture.hasCounts());
+}
+
 TEST(RegionPlan, ParsesRegionsAndCountsOfTheCommandLine)
 {
     QRectF rect;
@@ -206,6 +231,59 @@ TEST(PictureReader, SaysWhyAFileIsNoPicture)
     EXPECT_EQ(errorOf("none.png"), "cannot be opened: No such file or directory");
     EXPECT_EQ(errorOf("model"), "is a folder");
     EXPECT_EQ(errorOf("float.tiff"), "has samples that are neither 8 nor 16 bits without sign");
+}
+
+TEST(PictureReader, RefusesAFileTooLargeToBeRead)
+{
+    const Station station;
+    QFile file(station.path("large.png"));
+    // A file without content takes no room on the disk.
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(qint64(1) << 31));
+    cv::Mat picture;
+    QString error;
+    EXPECT_FALSE(readPicture(file.fileName(), &picture, &error));
+    EXPECT_EQ(error, "is larger than 2 GB, the most that can be read");
+}
+
+TEST(WholeFile, TakesThePlaceOfAnEarlierOne)
+{
+    const Station station;
+    QString error;
+    for (const char* const bytes : {"old", "new"})
+        EXPECT_TRUE(writeWholeFile(station.path("file"), bytes, &error)) << qPrintable(error);
+    EXPECT_EQ(station.read("file"), "new");
+    EXPECT_FALSE(writeWholeFile("/proc/none/file", "new", &error));
+    EXPECT_TRUE(error.startsWith("/proc/none/file: cannot be written: ")) << qPrintable(error);
+}
+
+TEST(WholeFile, LeavesTheEarlierOneWhenTheDiskIsFull)
+{
+    const Station station;
+    station.write("file", "old");
+    QString error;
+    bool isWritten = true;
+    {
+        const FullDisk full;
+        isWritten = writeWholeFile(station.path("file"), "new", &error);
+    }
+    EXPECT_FALSE(isWritten);
+    EXPECT_TRUE(error.startsWith(station.path("file") + ": cannot be written: ")) << qPrintable(error);
+    EXPECT_EQ(station.read("file"), "old");
+    EXPECT_EQ(QDir(station.path(".")).entryList(QDir::Files), QStringList{"file"});
+}
+
+TEST(WholeFile, ReplacesOnlyFiles)
+{
+    const Station station;
+    ASSERT_EQ(mkfifo(QFile::encodeName(station.path("fifo")).constData(), 0600), 0);
+    ASSERT_TRUE(QFile::link(station.path("fifo"), station.path("link")));
+    for (const char* const name : {"fifo", "link", "model"}) {
+        const QString path = station.path(name);
+        QString error;
+        EXPECT_FALSE(writeWholeFile(path, "new", &error));
+        EXPECT_EQ(error, path + ": is no file that could be replaced");
+        EXPECT_TRUE(QFileInfo::exists(path) && !QFileInfo(path).isFile()) << name;
+    }
 }
 
 TEST(ProcessorPlugin, SaysWhyAFileIsNoProcessor)

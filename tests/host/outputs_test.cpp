@@ -1,3 +1,4 @@
+#include "fulldisk.h"
 #include "station.h"
 
 #include <gmock/gmock.h>
@@ -88,11 +89,54 @@ TEST(InspectOutput, AFullDiskIsAFaultAndTheRestIsStillInspected)
     const Station station;
     station.writePicture("a.png");
     station.writePicture("b.png");
+    ASSERT_TRUE(hasFullDevice());
     ASSERT_TRUE(QFile::link("/dev/full", station.path("full.jsonl")));
     const Station::Outcome outcome = station.run({"--records", "full.jsonl", "--records", "r.jsonl", "a.png", "b.png"});
     EXPECT_EQ(outcome.code, 2);
     EXPECT_THAT(outcome.errors.toStdString(), HasSubstr("full.jsonl: cannot be written: No space left on device"));
     EXPECT_EQ(station.read("r.jsonl").count('\n'), 2);
+}
+
+TEST(InspectOutput, AFullDiskLeavesEarlierOverlaysAndSettings)
+{
+    const Station station;
+    station.writePicture("a.png");
+    station.write("ov/a.png", "old");
+    station.write("s.json", "old");
+    Station::Outcome outcome;
+    {
+        const FullDisk full;
+        outcome = station.run({"--log", "/dev/null", "--overlay", "ov", "--save-settings", "s.json", "a.png"});
+    }
+    EXPECT_EQ(outcome.code, 2);
+    EXPECT_THAT(outcome.errors.toStdString(), HasSubstr("/ov/a.png: cannot be written: "));
+    EXPECT_THAT(outcome.errors.toStdString(), HasSubstr("/s.json: cannot be written: "));
+    EXPECT_EQ(station.read("ov/a.png"), "old");
+    EXPECT_EQ(station.read("s.json"), "old");
+}
+
+TEST(InspectOutput, AStandardOutputThatTakesNothingIsAFault)
+{
+    const Station station;
+    station.writePicture("a.png");
+    ASSERT_TRUE(hasFullDevice());
+    for (const QStringList& arguments : {QStringList{"--help"}, QStringList{"--version"}, QStringList{"--list-models"},
+             QStringList{"--list-params"}, QStringList{"a.png"}, QStringList{"--json", "a.png"}}) {
+        const Station::Outcome outcome = station.run(arguments, {}, "/dev/full");
+        EXPECT_EQ(outcome.code, 2) << arguments.first().toStdString();
+        EXPECT_THAT(outcome.errors.toStdString(), HasSubstr("scribo-inspect: standard output cannot be written\n"));
+    }
+}
+
+TEST(InspectOutput, TheLogMayGoToADevice)
+{
+    const Station station;
+    station.writePicture("a.png");
+    for (const char* const device : {"/dev/null", "/dev/stderr"}) {
+        const Station::Outcome outcome = station.run({"--log", device, "a.png"});
+        EXPECT_EQ(outcome.code, 0) << device;
+        EXPECT_THAT(outcome.errors.toStdString(), Not(HasSubstr("seek"))) << device;
+    }
 }
 
 TEST(InspectOutput, TheLogStaysOutOfTheTable)

@@ -35,6 +35,16 @@ protected:
         return error;
     }
 
+    /// What is said about a settings file with this content.
+    QString settingsError(const QByteArray& json)
+    {
+        station.write("s.json", json);
+        QString error;
+        EXPECT_FALSE(readSettings(station.path("s.json"), *processor, &error)) << json.constData();
+        EXPECT_EQ(station.read("s.json"), json);
+        return error.mid(station.path("s.json").size());
+    }
+
     QString describe(int number) { return describeParameter(*processor->params()->at(number - 1)); }
 
     Station station;
@@ -42,6 +52,12 @@ protected:
     ProcessorPlugin plugin;
     std::unique_ptr<ProcessorInterface> processor;
 };
+
+/// Settings that leave all parameters before this one as they are.
+QByteArray settingsOf(int number, const QByteArray& entry)
+{
+    return R"({"paramsWrap": [)" + QByteArray("{},").repeated(number - 1) + entry + "]}";
+}
 
 } // namespace
 
@@ -115,25 +131,51 @@ TEST_F(HostParameters, SettingsComeBackFromTheirFile)
 
 TEST_F(HostParameters, DamagedSettingsChangeNothing)
 {
-    const auto errorOf = [&](const QByteArray& json) {
-        station.write("s.json", json);
-        QString error;
-        EXPECT_FALSE(readSettings(station.path("s.json"), *processor, &error));
-        EXPECT_EQ(station.read("s.json"), json);
-        return error.mid(station.path("s.json").size());
-    };
     QJsonObject before;
     processor->saveParams(before);
-    EXPECT_TRUE(errorOf(R"({"paramsWrap": [{}, )").startsWith(":1:"));
-    EXPECT_EQ(errorOf("[]"), ": not a settings file: the array \"paramsWrap\" is missing");
-    EXPECT_EQ(errorOf(R"({"paramsWrap": 3})"), ": not a settings file: the array \"paramsWrap\" is missing");
-    EXPECT_EQ(
-        errorOf(R"({"paramsWrap": [{"isRunningShow": false}, 5]})"), ": \"paramsWrap\": parameter 2 is not an object");
-    EXPECT_EQ(errorOf(R"({"paramsWrap": [{},{},{},{},{},{},{},{},{},{},{},{},{},{}]})"),
+    EXPECT_TRUE(settingsError(R"({"paramsWrap": [{}, )").startsWith(":1:"));
+    EXPECT_EQ(settingsError("[]"), ": not a settings file: the array \"paramsWrap\" is missing");
+    EXPECT_EQ(settingsError(R"({"paramsWrap": 3})"), ": not a settings file: the array \"paramsWrap\" is missing");
+    EXPECT_EQ(settingsError(R"({"paramsWrap": [{"isRunningShow": false}, 5]})"),
+        ": \"paramsWrap\": parameter 2 is not an object");
+    EXPECT_EQ(settingsError(R"({"paramsWrap": [{},{},{},{},{},{},{},{},{},{},{},{},{},{}]})"),
         ": settings of 14 parameters, but the processor has 13");
     QJsonObject after;
     processor->saveParams(after);
     EXPECT_EQ(after, before);
+}
+
+TEST_F(HostParameters, SettingsOfOtherTypesAreDamaged)
+{
+    QJsonObject before;
+    processor->saveParams(before);
+    const auto expectDemand = [&](int number, const QByteArray& entry, const QString& demand) {
+        EXPECT_EQ(settingsError(settingsOf(number, entry)),
+            QString(": \"paramsWrap\": parameter %1: %2").arg(number).arg(demand));
+    };
+    expectDemand(1, R"({"isRunningShow": "no"})", "\"isRunningShow\" must be true or false");
+    expectDemand(2, R"({"selectedText": null})", "\"selectedText\" must be a text");
+    expectDemand(10, R"({"values": 7})", "\"values\" must be a text");
+    for (const char* const values : {"\"fixed\"", "1", "{}", "[false, 1, false]"})
+        expectDemand(9, QByteArray(R"({"values": )") + values + '}', "\"values\" must be a list of true and false");
+    for (const char* const values :
+        {"[]", "[false, false, false]", "[false, true, true]", "[false, false, false, true]"})
+        expectDemand(9, QByteArray(R"({"values": )") + values + '}', "\"values\" must be a list with one true");
+    expectDemand(4, R"({"values": [1, 0]})", "\"values\" must be a list of true and false");
+    for (const char* const low : {"\"3\"", "true", "2.5", "99999999999", "1e12"})
+        expectDemand(
+            13, QByteArray(R"({"highThresh": 9, "lowThresh": )") + low + '}', "\"lowThresh\" must be a whole number");
+    QJsonObject after;
+    processor->saveParams(after);
+    EXPECT_EQ(after, before);
+}
+
+TEST_F(HostParameters, SettingsMayLackKeysAndHaveMore)
+{
+    QString error;
+    station.write("s.json", settingsOf(4, R"({"values": [true, true], "note": 3}, {"highThresh": -1})"));
+    EXPECT_TRUE(readSettings(station.path("s.json"), *processor, &error)) << qPrintable(error);
+    EXPECT_EQ(describe(4), "[1 save OK] | [2 save NG]");
 }
 
 TEST_F(HostParameters, UnwritableSettingsAreNamed)

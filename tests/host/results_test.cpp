@@ -1,3 +1,4 @@
+#include "fulldisk.h"
 #include "overlayfolder.h"
 #include "recordfile.h"
 #include "resulttable.h"
@@ -73,6 +74,7 @@ TEST(RecordFile, ReplacesAnEarlierFileAndNamesWhatItCannotWrite)
 TEST(RecordFile, NoticesAFullDisk)
 {
     const Station station;
+    ASSERT_TRUE(hasFullDevice());
     ASSERT_TRUE(QFile::link("/dev/full", station.path("full.jsonl")));
     RecordFile file;
     QString error;

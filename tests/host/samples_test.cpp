@@ -78,4 +78,6 @@ TEST(InspectSamples, TheProcessorsLogsGoToTheFileAndToTheTerminalOnRequest)
     EXPECT_THAT(station.read("own.log").toStdString(), HasSubstr(" info ocrdetector.cpp:"));
     const Station::Outcome verbose = runReal(station, {"-v", samples + "/01_carton.png"});
     EXPECT_THAT(verbose.errors.toStdString(), HasSubstr(" info ocrdetector.cpp:"));
+    const Station::Outcome device = runReal(station, {"--log", "/dev/stderr", samples + "/01_carton.png"});
+    EXPECT_THAT(device.errors.toStdString(), HasSubstr(" info ocrdetector.cpp:"));
 }

@@ -33,7 +33,7 @@ void Station::writePicture(const QString& name, const cv::Mat& picture) const
     ASSERT_TRUE(cv::imwrite(path(name).toStdString(), picture)) << qPrintable(name);
 }
 
-Station::Outcome Station::run(const QStringList& arguments, const QString& errorFile) const
+Station::Outcome Station::run(const QStringList& arguments, const QString& errorFile, const QString& outputFile) const
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -45,6 +45,8 @@ Station::Outcome Station::run(const QStringList& arguments, const QString& error
     process.setWorkingDirectory(folder.path());
     if (!errorFile.isEmpty())
         process.setStandardErrorFile(errorFile);
+    if (!outputFile.isEmpty())
+        process.setStandardOutputFile(outputFile);
     process.start(SCRIBO_INSPECT_FILE, arguments);
     EXPECT_TRUE(process.waitForFinished(120'000));
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1, process.readAllStandardOutput(),

@@ -25,8 +25,9 @@ public:
         QByteArray output;
         QByteArray errors;
     };
-    /// Runs scribo-inspect in the folder. `errorFile` takes the errors instead, if it is given.
-    Outcome run(const QStringList& arguments, const QString& errorFile = {}) const;
+    /// Runs scribo-inspect in the folder. `errorFile` and `outputFile` take the errors and the output
+    /// instead, if they are given.
+    Outcome run(const QStringList& arguments, const QString& errorFile = {}, const QString& outputFile = {}) const;
 
 private:
     QTemporaryDir folder;
