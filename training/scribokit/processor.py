@@ -3,8 +3,9 @@ first of the two loads OpenMP, which asks only then how its threads are to wait.
 import ctypes
 import os
 
-# Asleep. By themselves they wait awake, and keep the workers from the processors: on two of them a training step and the
-# reading for it takes 1.45 s instead of 1.64 s (1.65 s instead of 2.66 s beside a program that never rests).
+# Asleep. By themselves they wait awake, and keep the workers from the processors: on two of them, two threads took 1.45 s
+# instead of 1.64 s for a training step and then the reading for it (1.65 s instead of 2.66 s beside a program that never
+# rests).
 os.environ.setdefault("OMP_WAIT_POLICY", "passive")
 
 import cv2

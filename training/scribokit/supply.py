@@ -2,6 +2,7 @@
 import multiprocessing
 import os
 import queue
+import signal
 
 import cv2
 
@@ -11,6 +12,8 @@ from .maker import PictureMaker
 
 def _work(recipe, alphabet, seed, columns, widest, stretch_below, outbox, parent):
     cv2.setNumThreads(1)
+    # Ctrl-C reaches the workers as well; the training, which it stops, ends them.
+    signal.signal(signal.SIGINT, signal.SIG_IGN)
     # When the training has ended without a word nobody takes the last batches, and the end must not wait for that.
     outbox.cancel_join_thread()
     batches = Batches(PictureMaker(recipe, alphabet, seed), columns, widest, stretch_below)

@@ -57,7 +57,7 @@ class Trainer:
         self.model.train()
         for group in self.optimizer.param_groups:
             group["lr"] = rate
-        loss = self._losses(pictures, labels).mean()
+        loss = self._losses(self.model, pictures, labels).mean()
         self.optimizer.zero_grad(set_to_none=True)
         if torch.isfinite(loss):
             loss.backward()
@@ -69,14 +69,14 @@ class Trainer:
         return float(loss)
 
     def losses(self, pictures, labels):
-        """How badly each line is read: its CTC loss divided by its characters, an array."""
-        self.model.eval()
+        """How badly the averaged network reads each line: its CTC loss divided by its characters, an array. Another thread
+        may call this during step(), and meet weights of two steps."""
         self.progress.read += len(labels)
         with torch.no_grad():
-            return self._losses(pictures, labels).numpy()
+            return self._losses(self.average, pictures, labels).numpy()
 
-    def _losses(self, pictures, labels):
-        scores = self.model(to_input(pictures, self.device))
+    def _losses(self, model, pictures, labels):
+        scores = model(to_input(pictures, self.device))
         classes = [encode(label, self.alphabet) for label in labels]
         target = torch.tensor([value for label in classes for value in label], dtype=torch.long)
         lengths = torch.tensor([len(label) for label in classes])
