@@ -36,7 +36,8 @@ public:
     virtual void* reserved11() = 0;
     /// The defect types that this processor reports, as shown to the operator.
     virtual QString defectTypeNames() = 0;
-    /// Prepares the folders of the picture archive for `tool`, which must be a Tool; writes no picture.
+    /// Prepares the folders of the picture archive for `tool`, which must be a Tool, and writes no picture. Hands the
+    /// detector, which instances with the same model share, its confidence threshold.
     virtual void archivePictures(ToolInterface* tool) = 0;
     virtual void reserved14() = 0;
 
@@ -50,7 +51,8 @@ public:
     /// The verdict of the item at position `index` among those processed in the cycle;
     /// -1 asks for all of them together.
     virtual bool isResultOk(int index) = 0;
-    /// What was found in item `index`, with the keys and value types of resultTemplate().
+    /// What was found in item `index`, with the keys and value types of resultTemplate(). "charCount" and "resString"
+    /// are those of the item processed last, whatever `index` is.
     virtual QVariantMap resultRecord(int index) = 0;
     virtual QVariantMap resultTemplate() = 0;
     virtual QString reserved21() = 0;

@@ -24,7 +24,8 @@ class ToolInterface
 public:
     virtual ~ToolInterface() = default;
 
-    /// The mount point of the removable disk that pictures go to; empty: save on the system disk.
+    /// The mount point of the removable disk that pictures go to, while it is mounted; empty: save on the system
+    /// disk. Folders are made where this points and never count as full, whatever disk is there.
     virtual QString removableDiskPath() = 0;
 };
 

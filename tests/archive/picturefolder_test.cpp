@@ -302,6 +302,17 @@ TEST_F(PictureFolderTest, namesStayApartHoweverFarTheyRunAheadOfTheClock)
     EXPECT_EQ(filesIn(tool.removable + "/AISavePic_20211112/tavoro_p1_1_C1_T1/OK").size(), 1100);
 }
 
+TEST_F(PictureFolderTest, namesStayApartWhenTheClockIsCorrected)
+{
+    saveAll(true);
+    save(okRecord("A"));
+    for (int correction : {-500, 500, -999, 999}) { // past times that are in names already
+        now = now.addMSecs(correction);
+        save(okRecord("A"));
+    }
+    EXPECT_EQ(filesIn(modelFolder() + "OK").size(), 5);
+}
+
 TEST_F(PictureFolderTest, namesFollowAClockThatIsSetBack)
 {
     saveAll(true);

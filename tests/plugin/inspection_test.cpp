@@ -2,6 +2,7 @@
 
 #include "scribo.h"
 
+#include "archive/recordingpaintdevice.h"
 #include "detector/runtimedouble.h"
 #include "detectorregistry.h"
 #include "ocrdetector.h"
@@ -37,16 +38,49 @@ struct OpenDetector : OCRDetector
     }
 };
 
+/// One of its operations throws: an exception, or anything else.
 class ThrowingTool : public ScriptedTool
 {
 public:
-    bool throwsInRegions = false;
-    cv::Mat image(int) override { throw std::runtime_error("no camera"); }
-    QList<QRectF> regions(int index) override
+    std::string failing;
+    bool throwsExceptions = true;
+
+    QString removableDiskPath() override { return failAt("removableDiskPath"), ScriptedTool::removableDiskPath(); }
+    QString toolIdentity() override { return failAt("toolIdentity"), ScriptedTool::toolIdentity(); }
+    QString toolDirectory() override { return failAt("toolDirectory"), ScriptedTool::toolDirectory(); }
+    bool savingAllowed() override { return failAt("savingAllowed"), ScriptedTool::savingAllowed(); }
+    int imageWidth() override { return failAt("imageWidth"), ScriptedTool::imageWidth(); }
+    int imageHeight() override { return failAt("imageHeight"), ScriptedTool::imageHeight(); }
+    cv::Mat image(int index) override { return failAt("image"), ScriptedTool::image(index); }
+    QList<QRectF> regions(int index) override { return failAt("regions"), ScriptedTool::regions(index); }
+    bool upstreamPose(const QString& name, int index, PosePair* found) override
     {
-        if (throwsInRegions)
-            throw std::runtime_error("no regions");
-        return ScriptedTool::regions(index);
+        return failAt("upstreamPose"), ScriptedTool::upstreamPose(name, index, found);
+    }
+
+private:
+    void failAt(const std::string& operation) const
+    {
+        if (operation != failing)
+            return;
+        if (throwsExceptions)
+            throw std::runtime_error("no " + operation);
+        throw 42;
+    }
+};
+
+/// A station whose items differ: item i has the grey value 40 * i and its region begins at column 10 * i.
+class ToolOfManyItems : public ScriptedTool
+{
+public:
+    std::vector<int> askedPosesOf; ///< items
+
+    cv::Mat image(int index) override { return cv::Mat(60, 200, CV_8UC1, cv::Scalar(40 * index)); }
+    QList<QRectF> regions(int index) override { return {QRectF(10 * index, 20, 40, 20)}; }
+    bool upstreamPose(const QString& name, int index, PosePair* found) override
+    {
+        askedPosesOf.push_back(index);
+        return ScriptedTool::upstreamPose(name, index, found);
     }
 };
 
@@ -76,10 +110,11 @@ protected:
     }
 
     /// A new instance for the tool, with this model.
-    void load(const QString& engine)
+    void load(const QString& engine) { load(engine, tool); }
+    void load(const QString& engine, Tool& host)
     {
         Scribo root;
-        instance.reset(root.clone(&tool, false));
+        instance.reset(root.clone(&host, false));
         choose(engine);
     }
 
@@ -322,6 +357,7 @@ TEST_F(Inspection, NamesEachModelOfACycleOnce)
 TEST_F(Inspection, TellsWhyAnEngineCouldNotBeLoaded)
 {
     addModel("ocr_damaged_p1_1_v1.trt");
+    addModel("ocr_other_p1_1_v1.trt");
     RuntimeDouble::instance().makesEngine = false;
     load("ocr_damaged_p1_1_v1.trt");
     process(0, {});
@@ -330,12 +366,14 @@ TEST_F(Inspection, TellsWhyAnEngineCouldNotBeLoaded)
     EXPECT_TRUE(scribo().modelEntries().isEmpty());
     instance->archivePictures(&tool);
 
+    const QString other = QString(message).replace("damaged", "other");
+    choose("ocr_other_p1_1_v1.trt");
+    process(0, {});
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{other + other + "\n"})) << "without what the last one said";
     RuntimeDouble::instance().makesEngine = true;
-    Scribo root;
-    instance.reset(root.clone(&tool, false));
     choose(modelFile);
     process(0, {a1});
-    EXPECT_TRUE(instance->isResultOk(0)) << "the next choice counts, without what the last one said";
+    EXPECT_TRUE(instance->isResultOk(0)) << "the next choice counts";
 }
 
 TEST_F(Inspection, SharesTheDetectorWithItsCopies)
@@ -448,14 +486,81 @@ TEST_F(Inspection, MovesBoxesByTheWholePartOfTheRegion)
 TEST_F(Inspection, FailsAnItemWhoseToolThrows)
 {
     ThrowingTool thrower;
-    instance->process(&thrower, 0);
-    EXPECT_FALSE(instance->isResultOk(0));
-    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
-    thrower.throwsInRegions = true;
-    instance->process(&thrower, 1);
-    EXPECT_FALSE(instance->isResultOk(1));
-    process(2, {a1});
-    EXPECT_TRUE(instance->isResultOk(2));
+    load(modelFile, thrower);
+    int index = 0;
+    for (const char* operation : {"regions", "image", "imageWidth", "imageHeight", "upstreamPose"}) {
+        for (bool throwsExceptions : {true, false}) {
+            thrower.failing = operation;
+            thrower.throwsExceptions = throwsExceptions;
+            instance->process(&thrower, index);
+            EXPECT_FALSE(instance->isResultOk(index)) << operation;
+            EXPECT_EQ(list(index, "defect_types"), (QVariantList{"unknown error!"})) << operation;
+            ++index;
+        }
+    }
+    process(index, {a1});
+    EXPECT_TRUE(instance->isResultOk(index)) << "each failed item has its place before it";
+}
+
+TEST_F(Inspection, PassesAnItemWhoseArchiveThrows)
+{
+    set(4, QJsonArray{true, true});
+    ThrowingTool thrower;
+    thrower.directory = tool.directory;
+    int index = 0;
+    for (const char* operation : {"removableDiskPath", "toolIdentity", "toolDirectory", "savingAllowed"}) {
+        for (bool throwsExceptions : {true, false}) {
+            thrower.failing = operation;
+            thrower.throwsExceptions = throwsExceptions;
+            readings = {a1};
+            instance->process(&thrower, index);
+            EXPECT_TRUE(instance->isResultOk(index)) << operation;
+            EXPECT_NO_THROW(instance->archivePictures(&thrower)) << operation;
+            ++index;
+        }
+    }
+    EXPECT_THAT(archivedFiles(), testing::IsEmpty());
+}
+
+TEST_F(Inspection, DrawsNothingForAToolThatThrows)
+{
+    ThrowingTool thrower;
+    load(modelFile, thrower);
+    thrower.failing = "imageHeight";
+    QImage canvas(200, 60, QImage::Format_RGB32);
+    QPainter painter(&canvas);
+    for (bool throwsExceptions : {true, false}) {
+        thrower.throwsExceptions = throwsExceptions;
+        EXPECT_NO_THROW(instance->drawResult(&painter, 0));
+    }
+}
+
+TEST_F(Inspection, InspectsThePictureOfTheItem)
+{
+    ToolOfManyItems station;
+    compareWith("A1");
+    for (int index = 0; index < 3; ++index) {
+        readings = {aa};
+        instance->process(&station, index);
+        const double grey = 40.0 * index / 255.0;
+        EXPECT_NEAR(RuntimeDouble::instance().runs.back().input.front(), (grey - 0.5) / 0.5, 1e-5);
+        EXPECT_EQ(list(index, "defect_rects"), (QVariantList{QRect(10 * index, 20, 40, 20)}));
+    }
+    EXPECT_THAT(station.askedPosesOf, testing::ElementsAre(0, 1, 2));
+}
+
+TEST_F(Inspection, StartsACycleWithAnItemThatIsNotRecorded)
+{
+    compareWith("A1");
+    process(0, {a1});
+    process(1, {aa});
+    tool.taughtRegions.clear();
+    process(0, {});
+    EXPECT_FALSE(instance->isResultOk(0)) << "what the last cycle's item was";
+    EXPECT_TRUE(instance->isResultOk(-1)) << "nothing has failed";
+    EXPECT_EQ(scribo().okMask(), 0U);
+    EXPECT_TRUE(scribo().modelEntries().isEmpty());
+    EXPECT_TRUE(list(1, "defect_types").isEmpty());
 }
 
 TEST_F(Inspection, FollowsThePose)
@@ -499,6 +604,23 @@ TEST_F(Inspection, ArchivesThePictureOfEachRegion)
     const QImage picture = archivedPicture("OK");
     EXPECT_EQ(picture.size(), QSize(40, 20));
     EXPECT_EQ(picture.pixelColor(5, 5), QColor(200, 100, 50)) << "the host's order is red, green, blue";
+}
+
+TEST_F(Inspection, NumbersThePicturesOfEachItemByItsLines)
+{
+    set(4, QJsonArray{true, true});
+    tool.taughtRegions = {QRectF(tool.picture.cols, 5, 30, 20), QRectF(10, 20, 40, 20)};
+    process(0, {a1});
+    EXPECT_THAT(archivedFiles(), testing::ElementsAre("OK/C1_T1ROI2_TIME_A1.bmp"))
+        << "the region that is not in the picture has a line, but no picture";
+    process(1, {a1});
+    EXPECT_THAT(archivedFiles(), testing::ElementsAre("OK/C1_T1ROI2_TIME_A1.bmp", "OK/C1_T1ROI2_TIME_A1.bmp"));
+
+    tool.announced = cv::Size(300, 60); // of which the first region lies outside the picture that comes
+    tool.taughtRegions = {QRectF(250, 5, 30, 20), QRectF(0, 0, 10, 10), QRectF(10, 20, 40, 20)};
+    process(2, {aa, aa});
+    EXPECT_THAT(archivedFiles(),
+        testing::IsSupersetOf({"OK/C1_T1ROI2_TIME_AA.bmp", "OK/C1_T1ROI3_TIME_AA.bmp"}));
 }
 
 TEST_F(Inspection, ArchivesWithoutReadingWhenTheModelIsDisabled)
@@ -561,4 +683,14 @@ TEST_F(Inspection, DrawsAnItemsLines)
     EXPECT_EQ(canvas.pixelColor(10, 30), QColor(Qt::black)) << "item 1 has no result";
     instance->drawResult(&painter, 0);
     EXPECT_EQ(canvas.pixelColor(10, 30), QColor("#FF5252")) << "the box of a line that is NG";
+
+    RecordingPaintDevice device;
+    QPainter recorder(&device);
+    instance->drawResult(&recorder, 0);
+    std::vector<std::string> characters;
+    for (const PaintedItem& item : device.items())
+        if (item.rect.isNull())
+            characters.push_back((item.text + item.pen.color().name(QColor::HexRgb)).toStdString());
+    EXPECT_THAT(characters, testing::ElementsAre("A#4caf50", "1#4caf50", "A#ff5252"))
+        << "the one that the reference has not";
 }

@@ -150,6 +150,16 @@ TEST_F(WithoutModel, ChangesNothingWithoutItsKey)
     EXPECT_EQ(settings["paramsWrap"].toArray().at(9)["values"], "A1");
 }
 
+TEST_F(WithoutModel, LoadsNoModelWithoutItsKey)
+{
+    work.addModelFile("ocr_damaged_p1_1_v1.trt", "engine");
+    const auto instance = makeInstance();
+    instance->params()->at(1)->readJson({{"selectedText", "ocr_damaged_p1_1_v1.trt"}});
+    instance->loadParams({});
+    instance->process(&tool, 0);
+    EXPECT_EQ(textOf(*instance, 0), "模型文件加载出错") << "nothing says why, as nothing was tried";
+}
+
 TEST_F(WithoutModel, CopiesItsSettingsOnRequest)
 {
     Scribo source;

@@ -51,6 +51,18 @@ SOrgAI_ResInfo messageLine(const QString& message, const cv::Rect& region)
     return line;
 }
 
+/// What the exception says that is being handled. The host's tools may throw anything.
+const char* exceptionText()
+{
+    try {
+        throw;
+    } catch (const std::exception& error) {
+        return error.what();
+    } catch (...) {
+        return "an exception of an unknown kind";
+    }
+}
+
 QImage greyImage(const cv::Mat& mat)
 {
     QImage image(mat.cols, mat.rows, QImage::Format_Indexed8);
@@ -108,9 +120,9 @@ void Scribo::createAnalyser()
         }
         std::vector<SOrgAI_ResInfo> discarded;
         analyser->execute(cv::Mat::zeros(100, 100, CV_8UC1), discarded);
-    } catch (const std::exception& error) {
-        qCritical() << "Loading the model failed:" << error.what();
-        errorText += QString::fromUtf8(error.what()) + "\n";
+    } catch (...) {
+        qCritical() << "Loading the model failed:" << exceptionText();
+        errorText += QString::fromUtf8(exceptionText()) + "\n";
     }
 }
 
@@ -210,9 +222,9 @@ void Scribo::process(Tool* tool, int index)
     settings.recognisedText.clear();
     try {
         inspect(tool, index);
-    } catch (const std::exception& error) {
+    } catch (...) {
         // Out of memory, or a tool of the host's that throws. The item must not pass.
-        qCritical() << "Inspecting item" << index << "failed:" << error.what();
+        qCritical() << "Inspecting item" << index << "failed:" << exceptionText();
         recordItem(index, failedItem());
     }
     workingImage.release();
@@ -291,6 +303,7 @@ void Scribo::missRegion(const QRectF& region, int index, Item* item)
     qWarning() << region << "of item" << index << "is not in its picture";
     item->isOk = false;
     item->lines.append(messageLine(unknownError(), cv::Rect()));
+    ++archivedRecords;
 }
 
 void Scribo::inspectRegion(Tool* tool, int index, const RegionCut& region, Item* item)
@@ -302,16 +315,15 @@ void Scribo::inspectRegion(Tool* tool, int index, const RegionCut& region, Item*
     try {
         image = regionImage(tool, index, region.pixels);
         isOk = isOk || readRegion(image, region.inside, item, &message);
-    } catch (const std::exception& error) {
-        qWarning() << "Reading a region of item" << index << "failed:" << error.what();
+    } catch (...) {
+        qWarning() << "Reading a region of item" << index << "failed:" << exceptionText();
         if (!isOk)
             message += unknownError();
     }
     if (!message.isEmpty())
         item->lines.append(messageLine(message, region.pixels));
     item->isOk = item->isOk && isOk;
-    if (!image.empty())
-        archiveRegion(tool, image, *item, firstLine);
+    archiveRegion(tool, image, *item, firstLine);
 }
 
 /// Reads and judges one region. Where it cannot be read, `message` says why.
@@ -352,8 +364,8 @@ void Scribo::addModelEntry()
         cycle.modelEntries.append(entry);
 }
 
-/// Hands the region's picture to the archive, once for each line that the region added to the item. What goes wrong
-/// there changes nothing about the item.
+/// Hands the region's picture to the archive, once for each line that the region added to the item: lines without a
+/// picture are counted all the same. What goes wrong there changes nothing about the item.
 void Scribo::archiveRegion(Tool* tool, const cv::Mat& image, const Item& item, int firstLine)
 {
     try {
@@ -364,20 +376,22 @@ void Scribo::archiveRegion(Tool* tool, const cv::Mat& image, const Item& item, i
         }
         for (const SOrgAI_ResInfo& record : std::as_const(records))
             archive.savePicture(tool, modelName(), record, ++archivedRecords, image);
-    } catch (const std::exception& error) {
-        qWarning() << "Saving the picture of a region failed:" << error.what();
+    } catch (...) {
+        qWarning() << "Saving the picture of a region failed:" << exceptionText();
     }
 }
 
+/// The verdict last, where nothing can fail behind it: an item recorded by halves would be recorded again as failed, and
+/// the verdicts of the cycle's later items would answer for the ones before them.
 void Scribo::recordItem(int index, const Item& item)
 {
-    if (item.isOk && index >= 0 && index < 32)
-        cycle.okMask |= 1U << index;
-    cycle.resultFlags.push_back(item.isOk ? 1 : 0);
     cycle.lines[index] = item.lines;
     cycle.mismatches[index] = item.mismatches;
     cycle.charCounts[index] = settings.charCount;
     cycle.texts[index] = settings.recognisedText;
+    cycle.resultFlags.push_back(item.isOk ? 1 : 0);
+    if (item.isOk && index >= 0 && index < 32)
+        cycle.okMask |= 1U << index;
 }
 
 // Results
@@ -404,9 +418,13 @@ void Scribo::drawResult(QPainter* painter, int index)
 {
     if (painter == nullptr)
         return;
-    prepareOverlay(*painter, hostTool != nullptr ? hostTool->imageHeight() : 0);
-    if (cycle.lines.contains(index) && cycle.mismatches.contains(index))
-        drawLines(*painter, cycle.lines[index], cycle.mismatches[index]);
+    try {
+        prepareOverlay(*painter, hostTool != nullptr ? hostTool->imageHeight() : 0);
+        if (cycle.lines.contains(index) && cycle.mismatches.contains(index))
+            drawLines(*painter, cycle.lines[index], cycle.mismatches[index]);
+    } catch (...) {
+        qWarning() << "Drawing item" << index << "failed:" << exceptionText();
+    }
 }
 
 // Picture archive
@@ -421,8 +439,8 @@ void Scribo::archivePictures(ToolInterface* tool)
         for (const ClassInfo& info : analyser->classes())
             classNames.push_back(info.name);
         archive.prepareFolders(tool, modelName(), classNames);
-    } catch (const std::exception& error) {
-        qWarning() << "Preparing the folders of the archive failed:" << error.what();
+    } catch (...) {
+        qWarning() << "Preparing the folders of the archive failed:" << exceptionText();
     }
     analyser->detector()->setConfidenceThreshold(confidenceThreshold());
 }
