@@ -168,6 +168,18 @@ TEST(LimitLineEditParam, HasNoLimitsForTextsAndFlags)
     EXPECT_EQ(value, "w");
     EXPECT_EQ(low, "l");
     EXPECT_EQ(high, "h");
+    text.readJson({{"values", "x"}});
+    EXPECT_EQ(value, "x");
+    EXPECT_EQ(low, "l") << "only a number becomes the lower limit of a match score";
+
+    bool on = false;
+    bool lowFlag = false;
+    bool highFlag = true;
+    LimitLineEditParam flag("匹配分数", "t", true, true, &on, &lowFlag, &highFlag, 0, nullptr, nullptr, nullptr);
+    EXPECT_EQ(written(flag), (QJsonObject{{"isRunningShow", true}, {"values", false}}));
+    flag.readJson({{"values", true}});
+    EXPECT_TRUE(on);
+    EXPECT_FALSE(lowFlag);
 }
 
 TEST(LimitLineEditParam, KeepsItsLimitsWhenOneIsMissing)
