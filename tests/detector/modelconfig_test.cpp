@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 namespace {
 
 using ::testing::ElementsAre;
@@ -359,9 +361,13 @@ TEST_F(ModelConfigFile, WithWindowsLineEndsIsRead)
     EXPECT_EQ(config.detector.height, 32);
 }
 
-TEST_F(ModelConfigFile, ThatIsMissingOrAFolderCannotBeOpened)
+TEST_F(ModelConfigFile, ThatIsNoFileOrTooLargeCannotBeOpened)
 {
-    for (const QString& name : {folder.filePath("missing.json"), folder.path(), QString()}) {
+    const QString pipe = folder.filePath("pipe.json");
+    ASSERT_EQ(mkfifo(pipe.toLocal8Bit().constData(), 0600), 0);
+    QFile large(write(configuration()));
+    ASSERT_TRUE(large.resize((64 << 20) + 1));
+    for (const QString& name : {folder.filePath("missing.json"), folder.path(), QString(), pipe, large.fileName()}) {
         EXPECT_FALSE(readModelConfig(name, &config, &error));
         EXPECT_EQ(error, "Can not open config file: " + name);
     }

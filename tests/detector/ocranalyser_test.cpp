@@ -18,6 +18,7 @@
 
 namespace {
 
+using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -105,6 +106,7 @@ QtLogCapture::Line info(const std::string& text)
 TEST_F(Analyser, LoadsAndWarmsUpAModel)
 {
     const QString path = writeModel();
+    const LogCapture detectorLog;
     const OCRAnalyser analyser(path);
     EXPECT_TRUE(analyser.isInitialized());
     EXPECT_TRUE(analyser.errorMessage().isEmpty());
@@ -117,9 +119,10 @@ TEST_F(Analyser, LoadsAndWarmsUpAModel)
     EXPECT_EQ(analyser.classes()[1].name, "1Il");
     ASSERT_NE(analyser.detector(), nullptr);
     EXPECT_TRUE(analyser.detector()->isReady());
-    // One square picture of 100 by 100 pixels, three channels.
+    EXPECT_EQ(detectorLog.count("CRNN trt detect with image size: 100x100x3"), 1);
     ASSERT_EQ(runtime.runs.size(), 1U);
     EXPECT_EQ(runtime.runs[0].inputDims.d[3], 32);
+    EXPECT_THAT(runtime.runs[0].input, Each(-1.0F)) << "black, so that every start does the same";
 }
 
 TEST_F(Analyser, LogsItsStart)
@@ -332,6 +335,27 @@ TEST_F(Analyser, AFailedDetectionIsReportedAndTheNextOneRuns)
     EXPECT_TRUE(analyser.isInitialized());
     EXPECT_EQ(analyser.execute(image, results), 1);
     EXPECT_EQ(results.size(), 1U);
+}
+
+TEST_F(Analyser, AnAlphabetThatLackedACharacterOnceIsNotTrustedAgain)
+{
+    OCRAnalyser analyser(writeModel());
+    const cv::Mat image(8, 8, CV_8UC1, cv::Scalar(0));
+    networkReads({1});
+    EXPECT_EQ(analyser.execute(image, results), 1);
+
+    // A fifth class, for which the alphabet has no character.
+    const auto fourClasses = runtime.outputDims;
+    runtime.outputDims = [](int, int width) { return makeDims({width / 4, 1, 5}); };
+    runtime.network = [](NetworkRun& run) { run.outputs[0][4] = 0.9F; };
+    log.take();
+    EXPECT_EQ(analyser.execute(image, results), -3);
+    EXPECT_THAT(results, IsEmpty());
+    EXPECT_THAT(log.take(), ElementsAre(QtLogCapture::Line{QtCriticalMsg, "Internal error, detection failed.", "", ""}));
+
+    runtime.outputDims = fourClasses;
+    networkReads({1});
+    EXPECT_EQ(analyser.execute(image, results), -3);
 }
 
 TEST_F(Analyser, WhatTheImageLibraryRaisesIsAFailedDetection)

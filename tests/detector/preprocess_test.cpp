@@ -135,6 +135,12 @@ TEST(PreProcess, HalfAPixelRoundsAwayFromZero)
     EXPECT_EQ(contentOf(cv::Size(20, 5), cv::Size(10, 9)), cv::Rect(0, 3, 10, 3));
 }
 
+TEST(PreProcess, LetterBoxIsComputedInSinglePrecision)
+{
+    // 42 / 20 is a little less than 2.1 then, and 15 rows of it a little less than the 31.5 that round to 32.
+    EXPECT_EQ(contentOf(cv::Size(20, 15), cv::Size(42, 32)), cv::Rect(0, 0, 42, 31));
+}
+
 TEST(PreProcess, LetterBoxOfEqualScalesHasNoBorder)
 {
     EXPECT_EQ(contentOf(cv::Size(320, 64), cv::Size(160, 32)), cv::Rect(0, 0, 160, 32));

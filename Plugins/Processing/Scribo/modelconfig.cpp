@@ -1,11 +1,21 @@
 #include "modelconfig.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 namespace {
+
+constexpr qint64 mostBytes = 64 << 20; ///< the largest that could be real has less than a thousandth
+
+/// A pipe would be waited for without end, and a damaged file of any size would be read whole.
+bool canBeConfiguration(const QString& path)
+{
+    const QFileInfo file(path);
+    return file.isFile() && file.size() <= mostBytes;
+}
 
 std::vector<ClassInfo> readClasses(const QJsonArray& entries)
 {
@@ -111,7 +121,7 @@ bool parseModelConfig(const QByteArray& bytes, const QString& path, ModelConfig*
 bool readModelConfig(const QString& path, ModelConfig* config, QString* error)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (!canBeConfiguration(path) || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         *error = "Can not open config file: " + path;
         return false;
     }

@@ -92,7 +92,7 @@ bool OCRAnalyser::initDetector(const QString& modelPath)
     // The first run of a network prepares much that later runs reuse. It shall not happen on the line.
     qInfo().nospace() << "Warm up detector with first dummy detection";
     std::vector<std::string> discarded;
-    if (!detectCharacters(*detector, cv::Mat(100, 100, CV_8UC3), discarded)) {
+    if (!detectCharacters(*detector, cv::Mat::zeros(100, 100, CV_8UC3), discarded)) {
         return fail(qCritical(), QStringLiteral("Internal error, the detector does not work properly."));
     }
     state.detector = detector;

@@ -10,7 +10,7 @@
 struct PluginSettings
 {
     // Model
-    QStringList modelFiles; ///< engine files in ./model, newest version first; the entries of the drop-down
+    QStringList modelFiles; ///< engine files in ./model, see listModelFiles(); the entries of the drop-down
     QStringList modelFileTexts; ///< what the drop-down shows for them: the same
     QString selectedModel;
     bool modelEnable[2] = {true, false};
