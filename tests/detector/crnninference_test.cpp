@@ -88,6 +88,18 @@ TEST_F(CrnnTest, TheWidthFollowsTheAspectRatioWithinItsLimits)
     EXPECT_EQ(widthFor(100000000, 1), 320);
 }
 
+TEST_F(CrnnTest, TheWidthFollowsTheConfiguredHeight)
+{
+    config.height = 48;
+    runtime.inputDims = makeDims({1, 3, 48, -1});
+    const auto detector = makeDetector();
+    std::vector<std::string> characters;
+    ASSERT_TRUE(detector->detect(greyImage(100, 50), characters));
+    EXPECT_EQ(runtime.runs.back().inputDims.d[2], 48);
+    EXPECT_EQ(runtime.runs.back().inputDims.d[3], 96);
+    EXPECT_EQ(runtime.runs.back().input.size(), 3U * 48 * 96);
+}
+
 TEST_F(CrnnTest, AConfiguredWidthBelow32Wins)
 {
     config.width = 20;
@@ -152,6 +164,13 @@ TEST_F(CrnnTest, OutputsTakeTheirActualShapeFromEachRun)
     EXPECT_EQ(detector->outputs[0].byteSize, 80 * 4 * 4);
     ASSERT_TRUE(detector->detect(greyImage(32), characters));
     EXPECT_EQ(detector->outputs[0].timeSteps, 8);
+
+    runtime.outputDims = [](int, int width) { return makeDims({width / 8, 2, 3, 1}); };
+    ASSERT_TRUE(detector->detect(greyImage(320), characters));
+    const OutputTensor& output = detector->outputs[0];
+    EXPECT_THAT((std::vector<int>{output.timeSteps, output.dim1, output.numClasses, output.dim3}),
+        ElementsAre(40, 2, 3, 1));
+    EXPECT_EQ(output.byteSize, 40 * 2 * 3 * 4);
 }
 
 TEST_F(CrnnTest, ReadsSeveralOutputsInBindingOrder)
@@ -261,8 +280,11 @@ TEST_F(CrnnTest, AnInputBeyondItsBufferIsRefused)
 TEST_F(CrnnTest, AnOutputBeyondItsBufferIsNotRead)
 {
     const auto detector = makeDetector();
-    // Larger than at the full width, of unknown size, and of more scores than bytes.
-    for (const nvinfer1::Dims& dims : {makeDims({81, 1, 4}), makeDims({-1, 1, 4}), makeDims({900, 0, 900})}) {
+    nvinfer1::Dims error = makeDims({});
+    error.nbDims = -1;
+    // Larger than at the full width, of unknown size, of more scores than bytes, and none at all.
+    for (const nvinfer1::Dims& dims :
+        {makeDims({81, 1, 4}), makeDims({-1, 1, 4}), makeDims({900, 0, 900}), error}) {
         runtime.network = [&](NetworkRun&) { runtime.outputDims = [dims](int, int) { return dims; }; };
         const LogCapture log;
         std::vector<std::string> characters;

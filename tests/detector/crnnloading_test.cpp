@@ -174,20 +174,24 @@ TEST_F(CrnnTest, HoldsThreePlanesForAnEngineOfOneChannel)
 
 TEST_F(CrnnTest, ZeroesWhatIsBeyondThreePlanes)
 {
-    config.channels = 4;
-    runtime.inputDims = makeDims({1, 4, 32, -1});
-    const auto detector = makeDetector();
-    ASSERT_TRUE(detector->isReady());
-    // The wide picture reaches into what is the fourth plane of the narrow one.
-    for (int width : {320, 100}) {
-        std::vector<std::string> characters;
-        EXPECT_TRUE(detector->detect(cv::Mat(32, width, CV_8UC3, cv::Scalar::all(255)), characters));
-        const std::vector<float>& input = runtime.runs.back().input;
-        const std::size_t split = std::size_t{3} * 32 * width;
-        ASSERT_EQ(input.size(), split / 3 * 4);
-        EXPECT_FLOAT_EQ(input[split - 1], 1.0F);
-        EXPECT_THAT(std::vector<float>(input.data() + split, input.data() + input.size()), Each(0.0F));
+    for (const auto& [batch, channels] : {std::pair(1, 4), std::pair(2, 3)}) {
+        config.batch = batch;
+        config.channels = channels;
+        runtime.inputDims = makeDims({batch, channels, 32, -1});
+        const auto detector = makeDetector();
+        ASSERT_TRUE(detector->isReady());
+        // The wide picture reaches into what is the fourth plane of the narrow one.
+        for (int width : {320, 100}) {
+            std::vector<std::string> characters;
+            EXPECT_TRUE(detector->detect(cv::Mat(32, width, CV_8UC3, cv::Scalar::all(255)), characters));
+            const std::vector<float>& input = runtime.runs.back().input;
+            const std::size_t plane = std::size_t{32} * width;
+            ASSERT_EQ(input.size(), plane * batch * channels);
+            EXPECT_FLOAT_EQ(input[3 * plane - 1], 1.0F);
+            EXPECT_THAT(std::vector<float>(input.data() + 3 * plane, input.data() + input.size()), Each(0.0F));
+        }
     }
+    EXPECT_EQ(runtime.callCount("malloc 245760"), 1) << "two pictures of three planes";
 }
 
 /// One way in which loading fails, and the ERROR lines that it leaves.

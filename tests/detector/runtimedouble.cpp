@@ -38,6 +38,11 @@ bool isDeviceRange(const void* pointer, std::size_t size)
     });
 }
 
+bool isStream(cudaStream_t stream)
+{
+    return script().streamWork.count(stream) != 0;
+}
+
 class ContextDouble : public nvinfer1::IExecutionContext
 {
 public:
@@ -58,14 +63,14 @@ public:
         return true;
     }
 
-    bool enqueueV2(void* const* bindings, cudaStream_t /*stream*/, cudaEvent_t* inputConsumed) noexcept override
+    bool enqueueV2(void* const* bindings, cudaStream_t stream, cudaEvent_t* inputConsumed) noexcept override
     {
         record(inputConsumed ? "enqueue with event" : "enqueue");
-        if (!script().acceptsRuns) {
+        if (!script().acceptsRuns || !isStream(stream)) {
             return false;
         }
         const std::vector<void*> buffers(bindings, bindings + script().bindingNames.size());
-        script().streamWork.emplace_back([buffers, this] { run(buffers); });
+        script().streamWork[stream].emplace_back([buffers, this] { run(buffers); });
         return true;
     }
 
@@ -193,17 +198,17 @@ extern "C" cudaError_t cudaMalloc(void** pointer, std::size_t size)
 }
 
 extern "C" cudaError_t cudaMemcpyAsync(
-    void* destination, const void* source, std::size_t size, cudaMemcpyKind kind, cudaStream_t /*stream*/)
+    void* destination, const void* source, std::size_t size, cudaMemcpyKind kind, cudaStream_t stream)
 {
     const bool toDevice = kind == cudaMemcpyHostToDevice;
     record("copy " + std::to_string(size) + (toDevice ? " to device" : " to host"));
-    if (script().failingCopies.count(++script().copies) != 0) {
+    if (script().failingCopies.count(++script().copies) != 0 || !isStream(stream)) {
         return cudaErrorInvalidValue;
     }
     if (!isDeviceRange(toDevice ? destination : source, size)) {
         throw std::logic_error("a copy outside device memory");
     }
-    script().streamWork.emplace_back([=] { std::memcpy(destination, source, size); });
+    script().streamWork[stream].emplace_back([=] { std::memcpy(destination, source, size); });
     return cudaSuccess;
 }
 
@@ -213,14 +218,18 @@ extern "C" cudaError_t cudaStreamCreate(cudaStream_t* stream)
     if (!script().createsStreams) {
         return cudaErrorUnknown;
     }
-    *stream = reinterpret_cast<cudaStream_t>(&script());
+    *stream = reinterpret_cast<cudaStream_t>(script().streamWork.size() + 1);
+    script().streamWork[*stream] = {};
     return cudaSuccess;
 }
 
-extern "C" cudaError_t cudaStreamSynchronize(cudaStream_t /*stream*/)
+extern "C" cudaError_t cudaStreamSynchronize(cudaStream_t stream)
 {
     record("synchronize");
-    const std::vector<std::function<void()>> work = std::exchange(script().streamWork, {});
+    if (!isStream(stream)) {
+        return cudaErrorInvalidValue;
+    }
+    const std::vector<std::function<void()>> work = std::exchange(script().streamWork[stream], {});
     if (script().failingSynchronizations.count(++script().synchronizations) != 0) {
         return cudaErrorUnknown;
     }

@@ -21,8 +21,9 @@ struct NetworkRun
 /// The script of the nvinfer1 and CUDA doubles, and what they were asked to do.
 ///
 /// The doubles stand for an engine with one input and any number of outputs of extents (width / 4, 1,
-/// 4). Everything put on a stream happens when the stream is synchronised, never earlier: who reads
-/// or reuses a buffer too soon is found out.
+/// 4). Everything put on a stream happens when that stream is synchronised, never earlier: who reads
+/// or reuses a buffer too soon, or waits for another stream, is found out. A stream that was never made
+/// is refused.
 struct RuntimeDouble
 {
     // The engine
@@ -63,7 +64,7 @@ struct RuntimeDouble
 
     // Used by the doubles
     std::map<char*, std::size_t> deviceMemory; ///< start and size of every allocation
-    std::vector<std::function<void()>> streamWork;
+    std::map<cudaStream_t, std::vector<std::function<void()>>> streamWork; ///< by stream, in order
 };
 
 nvinfer1::Dims makeDims(std::initializer_list<std::int32_t> extents);

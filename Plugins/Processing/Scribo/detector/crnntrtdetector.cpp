@@ -69,8 +69,12 @@ std::int64_t inputByteSize(const nvinfer1::Dims& dims)
     return byteSizeOf(dims, widthExtent + 1);
 }
 
+/// Negative for the dimensions with which the runtime answers a question that it cannot answer.
 std::int64_t outputByteSize(const nvinfer1::Dims& dims)
 {
+    if (dims.nbDims < 0) {
+        return dims.nbDims;
+    }
     return byteSizeOf(dims, std::min<std::int32_t>(dims.nbDims, nvinfer1::Dims::MAX_DIMS));
 }
 
