@@ -16,7 +16,8 @@ struct MaxPoolingShape
     std::int64_t resultRows, resultColumns;
 };
 
-/// Works on one block of channels, the `index`-th; the addresses are where the whole begins.
+/// Works on one block of channels, the `index`-th; the addresses are where the whole begins. A window that holds a
+/// not-a-number may or may not give one.
 using MaxPooling = void (*)(const MaxPoolingShape& shape, std::int64_t index, const float* source, float* result);
 
 /// The fastest for blocks of `block` channels on this processor.

@@ -2,7 +2,7 @@
 
 /// Which processors a kernel is compiled for. The library as a whole is compiled for the base architecture; a kernel
 /// that gains by more is an always-inline template in portable vectors, compiled once more in a function marked
-/// SCRIBO_AVX2 or SCRIBO_AVX512, and the function to call is chosen when a plan is made.
+/// SCRIBO_AVX2 or SCRIBO_AVX512, and the processor at hand decides which is called.
 
 #define SCRIBO_INLINE [[gnu::always_inline]] inline
 
