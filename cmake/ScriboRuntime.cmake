@@ -7,7 +7,15 @@ find_library(SCRIBO_TENSORRT_LIBRARY nvinfer
     HINTS ${TensorRT_ROOT} ENV TensorRT_ROOT PATH_SUFFIXES lib lib64)
 find_package(CUDAToolkit QUIET)
 
-if(SCRIBO_TENSORRT_INCLUDE AND SCRIBO_TENSORRT_LIBRARY AND CUDAToolkit_FOUND)
+set(tensorrt_version "")
+if(EXISTS "${SCRIBO_TENSORRT_INCLUDE}/NvInferVersion.h")
+    file(STRINGS ${SCRIBO_TENSORRT_INCLUDE}/NvInferVersion.h tensorrt_version
+        REGEX "^#define NV_TENSORRT_(MAJOR|MINOR) ")
+    string(REGEX REPLACE "[^0-9;]" "" tensorrt_version "${tensorrt_version}")
+    list(JOIN tensorrt_version . tensorrt_version)
+endif()
+
+if(tensorrt_version STREQUAL "8.6" AND SCRIBO_TENSORRT_LIBRARY AND CUDAToolkit_FOUND)
     set(scribo_default_runtime tensorrt)
 else()
     set(scribo_default_runtime cpu)
@@ -22,10 +30,11 @@ if(SCRIBO_RUNTIME STREQUAL "tensorrt")
     if(NOT CUDAToolkit_FOUND)
         message(FATAL_ERROR "SCRIBO_RUNTIME=tensorrt: the CUDA toolkit was not found; set CUDAToolkit_ROOT to its folder")
     endif()
-    file(STRINGS ${SCRIBO_TENSORRT_INCLUDE}/NvInferVersion.h tensorrt_version
-        REGEX "^#define NV_TENSORRT_(MAJOR|MINOR) ")
-    if(NOT tensorrt_version MATCHES "MAJOR 8" OR NOT tensorrt_version MATCHES "MINOR 6")
-        message(FATAL_ERROR "SCRIBO_RUNTIME=tensorrt: ${SCRIBO_TENSORRT_INCLUDE} is not TensorRT 8.6")
+    if(NOT tensorrt_version STREQUAL "8.6")
+        set(refused ${SCRIBO_TENSORRT_INCLUDE})
+        unset(SCRIBO_TENSORRT_INCLUDE CACHE) # so that the next configuration looks again
+        unset(SCRIBO_TENSORRT_LIBRARY CACHE)
+        message(FATAL_ERROR "SCRIBO_RUNTIME=tensorrt: ${refused} is not TensorRT 8.6; set TensorRT_ROOT to its folder")
     endif()
     add_library(scribo_tensorrt INTERFACE)
     # SYSTEM: the 8.6 headers deprecate the binding calls that a dynamic-width engine needs.

@@ -6,9 +6,9 @@
 Every picture is drawn from a fixed seed, so that the same packages give the same pictures. Needs
 python3-pil, python3-opencv, python3-numpy, fonts-dejavu-core and fonts-liberation.
 """
+import argparse
 import json
 import math
-import sys
 from pathlib import Path
 
 import cv2
@@ -173,7 +173,9 @@ def wrong_date(rng):
 
 
 def main():
-    folder = Path(sys.argv[1]) if len(sys.argv) > 1 else Path(__file__).resolve().parent
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("folder", nargs="?", type=Path, default=Path(__file__).resolve().parent)
+    folder = parser.parse_args().folder
     folder.mkdir(parents=True, exist_ok=True)
     scenes = [carton, can, film, dark_housing, low_contrast, tilt, out_of_focus, label, laser, thermal,
               grey_blister, wrong_lot, wrong_date]
