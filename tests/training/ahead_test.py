@@ -8,6 +8,7 @@ import unittest
 from pathlib import Path
 
 from scribokit.ahead import Ahead
+from scribokit.training import load_model
 
 
 PROGRAM = Path(__file__).resolve().parents[2] / "training" / "train"
@@ -125,10 +126,12 @@ class Training(unittest.TestCase):
                 if line.startswith("steps"):
                     break
             os.killpg(training.pid, signal.SIGINT)
+            *_, last = training.stdout
             training.stdout.close()
             errors = training.stderr.read()
             training.stderr.close()
-            self.assertEqual((training.wait(60), errors), (1, "stopped; the same command goes on from the latest checkpoint\n"))
+            self.assertEqual(load_model(Path(root) / "last.pt")[2].steps, int(last.split()[1]), "what was trained is saved")
+            self.assertEqual((training.wait(60), errors), (1, "stopped; the same command goes on from the latest checkpoint, if there is one\n"))
 
 
 if __name__ == "__main__":

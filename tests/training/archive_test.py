@@ -1,3 +1,4 @@
+import os
 import tempfile
 import unittest
 from pathlib import Path
@@ -6,7 +7,10 @@ import cv2
 import numpy as np
 
 from scribokit.archive import archived_pictures, reading_of
-from scribokit.labels import label_of_name, read_labels, write_labels
+from scribokit.labels import label_of_name, load_rows, read_labels, write_labels
+from scribokit.readers import load_picture
+
+PICTURE = cv2.imencode(".bmp", np.zeros((4, 4), np.uint8))[1].tobytes()
 
 
 class ArchiveNames(unittest.TestCase):
@@ -37,7 +41,16 @@ class ArchiveTree(unittest.TestCase):
                 (Path(root) / place / "notes.bmp").write_bytes(b"BM")
             found = archived_pictures(root)
         self.assertEqual({(p.reading, p.verdict, p.source) for p in found},
-                         {("OK1", "OK", "m_p1_1_C1_T1"), ("NG1", "NG", "m_p1_1_C1_T1"), ("NG2", "NG", "m_p1_1_C1_T1")})
+                         {("OK1", "OK", "m_p1_1_C1_T1"), ("NG1", "NG", "m_p1_1_C1_T1"), ("", "NG", "m_p1_1_C1_T1")})
+
+    def test_may_hold_names_that_are_not_utf_8(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder = Path(root) / "AISavePic/m_p1_1_C1_T1/OK"
+            folder.mkdir(parents=True)
+            Path(os.fsdecode(os.fsencode(folder) + b"/C1_T1ROI1_1121_075610_123_A\xe41.bmp")).write_bytes(PICTURE)
+            found = archived_pictures(root)
+            self.assertEqual([p.reading for p in found], ["A\ufffd1"])
+            self.assertEqual(load_picture(found[0].path).shape, (4, 4, 3))
 
     def test_that_is_missing_holds_nothing(self):
         self.assertEqual(archived_pictures("/nowhere"), [])
@@ -62,6 +75,27 @@ class Labels(unittest.TestCase):
         with tempfile.TemporaryDirectory() as root:
             with self.assertRaisesRegex(ValueError, "no labelled pictures"):
                 read_labels(root)
+
+    def test_are_read_from_what_spreadsheets_save(self):
+        for content in (b"\xef\xbb\xbffile,text\r\na.png,A1\r\n", b"file;text;checked\na.png;A1;yes\n", b"text\tfile\nA1\ta.png\n",
+                        b'file,text\n"a.png","A1"\nb.png\n,\n', b"file,text\na.png,A1,surplus\n"):
+            with self.subTest(content), tempfile.TemporaryDirectory() as root:
+                table = Path(root) / "labels.csv"
+                table.write_bytes(content)
+                self.assertEqual(read_labels(root), [(Path(root) / "a.png", "A1")])
+                self.assertTrue(all(isinstance(value, str) for row in load_rows(table) for value in row.values()))
+
+    def test_in_another_encoding_are_an_error(self):
+        with tempfile.TemporaryDirectory() as root:
+            (Path(root) / "labels.csv").write_bytes("file,text\na.png,Ä\n".encode("latin-1"))
+            with self.assertRaisesRegex(ValueError, "labels.csv: not in UTF-8"):
+                read_labels(root)
+
+    def test_are_not_taken_from_file_names_in_the_place_of_a_missing_table(self):
+        with tempfile.TemporaryDirectory() as root:
+            (Path(root) / "AB.png").write_bytes(PICTURE)
+            with self.assertRaisesRegex(OSError, "lables.csv"):
+                read_labels(root, Path(root) / "lables.csv")
 
     def test_in_a_table_without_the_columns_are_an_error(self):
         with tempfile.TemporaryDirectory() as root:

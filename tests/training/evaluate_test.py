@@ -1,3 +1,4 @@
+import shutil
 import stat
 import subprocess
 import sys
@@ -35,6 +36,19 @@ class MadePictures(unittest.TestCase):
                 self.assertEqual(path.read_bytes(), (Path(root) / "b" / path.name).read_bytes())
             self.assertTrue((Path(root) / "a-sheet.png").exists())
 
+    def test_do_not_replace_labels_that_may_have_been_corrected(self):
+        with tempfile.TemporaryDirectory() as root:
+            (Path(root) / CSV_NAME).write_text("file,text\na.png,CORRECTED\n")
+            result = run("make-pictures", root, "--count", 1)
+            self.assertEqual((result.returncode, "is there already" in result.stderr), (1, True), result.stderr)
+            self.assertEqual((Path(root) / CSV_NAME).read_text(), "file,text\na.png,CORRECTED\n")
+
+    def test_are_refused_where_they_cannot_be_written(self):
+        with tempfile.TemporaryDirectory() as root:
+            (Path(root) / "000000.png").mkdir()
+            result = run("make-pictures", root, "--count", 1, "--recipe", "clean")
+            self.assertEqual((result.returncode, result.stderr.strip().splitlines()[-1]), (1, f"{root}/000000.png cannot be written"))
+
 
 class Evaluate(unittest.TestCase):
     def folder(self, root):
@@ -55,6 +69,37 @@ class Evaluate(unittest.TestCase):
             self.assertEqual(result.returncode, 0, result.stderr)
             self.assertIn("| set | m | 2 |", result.stdout)
             self.assertEqual(sorted(path.name for path in (Path(root) / "report").iterdir()), ["set-m-confusions.png", "set-m-worst.png"])
+
+    def test_tells_models_of_one_name_apart(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder, config = self.folder(root)
+            (Path(root) / "b").mkdir()
+            shutil.copy(Path(root) / "m.onnx", Path(root) / "b" / "m.onnx")
+            models = [Path(root) / "m.onnx", Path(root) / "b" / "m.onnx"]
+            result = run("evaluate", folder, "--onnx", models[0], "--onnx", models[1], "--config", config, "--report", Path(root) / "report")
+            self.assertEqual(result.returncode, 0, result.stderr)
+            for model in models:
+                self.assertIn(f"| set | {model} | 2 |", result.stdout)
+            self.assertEqual(len(list((Path(root) / "report").iterdir())), 4)
+
+    def test_ends_with_a_sentence_where_a_file_cannot_be_used(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder, config = self.folder(root)
+            damaged = Path(root) / "damaged.onnx"
+            damaged.write_bytes((Path(root) / "m.onnx").read_bytes()[:1000])
+            (Path(root) / "file").write_text("")
+            for options in (["--onnx", damaged], ["--onnx", Path(root) / "missing.onnx"], ["--onnx", Path(root) / "m.onnx", "--labels", "missing.csv"],
+                            ["--onnx", Path(root) / "m.onnx", "--report", Path(root) / "file"]):
+                result = run("evaluate", folder, "--config", config, *options)
+                self.assertEqual((result.returncode, len(result.stderr.splitlines())), (1, 1), result.stderr)
+
+    def test_counts_a_picture_without_a_text(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder, config = self.folder(root)
+            cv2.imwrite(str(folder / "_1.png"), np.full((32, 64, 3), 200, np.uint8))
+            result = run("evaluate", folder, "--onnx", Path(root) / "m.onnx", "--config", config, "--by-width")
+            self.assertEqual(result.returncode, 0, result.stderr)
+            self.assertIn("| set | m | 3 |", result.stdout)
 
     def test_prints_the_lines_right_by_size(self):
         with tempfile.TemporaryDirectory() as root:

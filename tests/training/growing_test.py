@@ -115,6 +115,25 @@ class Command(unittest.TestCase):
             shape = load_model(Path(folder) / "run" / "last.pt")[0].shape
         self.assertEqual((shape.stages, shape.hidden), (SMALL.stages, SMALL.hidden))
 
+    def test_does_not_go_on_with_a_network_of_another_size(self):
+        with tempfile.TemporaryDirectory() as folder:
+            write_onnx(stirred(), f"{folder}/m.onnx")
+            first = ("--from-onnx", f"{folder}/m.onnx", "--hidden", "10")
+            for more, status in ((first, 0), (first, 0), ((), 0), (("--hidden", "11"), 1), (("--stages", "4/6/8,9/10/12"), 1), (("--stretch-below", "64"), 1)):
+                done = self.train(folder, *more)
+                self.assertEqual(done.returncode, status, (more, done.stderr))
+                self.assertEqual(done.stderr, f"{folder}/run/last.pt has another --stages, --hidden or --stretch-below: "
+                                 "give another --run to begin with these\n" if status else "")
+
+    def test_says_where_a_checkpoint_is_damaged(self):
+        with tempfile.TemporaryDirectory() as folder:
+            self.assertEqual(self.train(folder).returncode, 0)
+            checkpoint = Path(folder) / "run" / "last.pt"
+            for content in (b"", b"not a checkpoint", checkpoint.read_bytes()[:5000]):
+                checkpoint.write_bytes(content)
+                done = self.train(folder)
+                self.assertEqual((done.returncode, done.stderr), (1, f"{checkpoint}: not a checkpoint, or damaged\n"))
+
     def test_says_in_one_line_what_is_wrong(self):
         with tempfile.TemporaryDirectory() as folder:
             write_onnx(stirred(), f"{folder}/m.onnx")
@@ -122,7 +141,7 @@ class Command(unittest.TestCase):
                                   (("--from-onnx", f"{folder}/m.onnx", "--stretch-below", "321"),
                                    "pictures can be stretched towards 0 to 320 columns, not 321\n"),
                                   (("--stretch-below", "-1"), "pictures can be stretched towards 0 to 320 columns, not -1\n"),
-                                  (("--from-onnx", f"{folder}/m.onnx", "--alphabet", "01"), f"{folder}/m.onnx has 4 classes, the alphabet needs 3\n")):
+                                  (("--from-onnx", f"{folder}/m.onnx", "--alphabet", "01"), f"{folder}/m.onnx: 4 classes, the alphabet needs 3\n")):
                 done = self.train(folder, *more)
                 self.assertEqual((done.returncode, done.stderr), (1, message))
             done = self.train(folder, "--stages", "24/48")

@@ -121,7 +121,7 @@ class Correcting(unittest.TestCase):
         with tempfile.TemporaryDirectory() as root:
             folder = labelled(root)
             (folder / "12.png").unlink()
-            self.assertIn("not a picture", self.run_keys(folder, b"\x04")[1])
+            self.assertIn("No such file", self.run_keys(folder, b"\x04")[1])
 
 
 class Blocks(unittest.TestCase):

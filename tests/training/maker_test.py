@@ -54,7 +54,7 @@ class Pictures(unittest.TestCase):
 class NetworkInput(unittest.TestCase):
     def test_has_height_32_and_a_width_of_the_same_proportions_within_the_limits(self):
         for (rows, columns), width in {(32, 100): 100, (10, 32): 102, (32, 10): 32, (32, 2000): 320, (60, 100): 53}.items():
-            self.assertEqual(network_input(np.zeros((rows, columns, 3), np.uint8)).shape, (32, width, 3))
+            self.assertEqual(network_input(np.zeros((rows, columns, 3), np.uint8)).shape, (3, 32, width))
 
 
     def test_narrower_than_the_network_wants_is_stretched_half_of_the_way(self):

@@ -33,5 +33,4 @@ class Batches:
             waiting.append((network_input(picture, width), label))
             if len(waiting) * width >= self._columns:
                 del self._waiting[width]
-                pictures = np.stack([image for image, _ in waiting]).transpose(0, 3, 1, 2)
-                return np.ascontiguousarray(pictures), [text for _, text in waiting]
+                return np.stack([planes for planes, _ in waiting]), [text for _, text in waiting]

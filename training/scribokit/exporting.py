@@ -99,7 +99,7 @@ def card_text(name, model, alphabet, training, results, weaknesses, fonts):
     steps = "steps = stretched width / 4" if below else "steps = width / 4"
     rows = [("network", f"{stretch}{len(widths)} convolutions ({widths[0]} to {widths[-1]} channels) with ReLU, four max pools, one "
                         f"bidirectional LSTM of {model.shape.hidden}, one linear layer; {sum(p.numel() for p in folded(model).parameters()):,} weights"),
-            ("input", "`input`, 1×3×32×width, float32, value / 127.5 − 1, width 32 to 320"),
+            ("input", "`input`, 1×3×32×width (red, green, blue), float32, value / 127.5 − 1, width 32 to 320"),
             ("output", f"`output`, steps×1×{len(alphabet) + 1} soft-max scores, {steps}; class 0 is the blank, class k the "
                        "k-th character of the alphabet"),
             ("alphabet", f"`{alphabet}`")] + list(training)

@@ -1,5 +1,6 @@
 """Improving a model on labelled pictures of one line, without forgetting what it reads."""
 import random
+from collections import Counter
 
 import cv2
 import numpy as np
@@ -10,17 +11,18 @@ from .inputs import network_input, stretched
 
 
 def split(pairs, held_out_part, seed):
-    """(training, held-out) of labelled pictures. Pictures of one label stay together where there are several labels,
-    so that the held-out part shows texts never trained on."""
-    labels = sorted({label for _, label in pairs})
+    """(training, held-out) of labelled pictures, at least one each. Pictures of one label stay together, so that the
+    held-out part shows texts never trained on; only where every label has more pictures than are to be held out, they are
+    taken as they come. Half of the labels at most are held out, however few pictures they have."""
+    sizes = Counter(label for _, label in pairs)
+    labels = sorted(sizes)
     random.Random(seed).shuffle(labels)
-    wanted = max(1, round(held_out_part * len(pairs)))
+    wanted = min(max(1, round(held_out_part * len(pairs))), len(pairs) - 1)
     held, count = set(), 0
-    for label in labels[:-1]:
-        if count >= wanted:
-            break
-        held.add(label)
-        count += sum(text == label for _, text in pairs)
+    for label in labels:
+        if len(held) < len(labels) // 2 and count + sizes[label] <= wanted:
+            held.add(label)
+            count += sizes[label]
     if held:
         return [p for p in pairs if p[1] not in held], [p for p in pairs if p[1] in held]
     shuffled = sorted(pairs, key=lambda pair: str(pair[0]))
@@ -51,7 +53,7 @@ class MixedMaker:
     def __init__(self, pictures, drawn, rehearsal, seed, stretch_below=0):
         """pictures: (picture, label) pairs; drawn: a maker; stretch_below: that of the network."""
         self._pictures = [(picture, label) for picture, label in pictures
-                          if steps_needed(label) <= stretched(network_input(picture).shape[1] - WIDTH_STEP, stretch_below) // 4]
+                          if steps_needed(label) <= stretched(network_input(picture).shape[2] - WIDTH_STEP, stretch_below) // 4]
         if not self._pictures:
             raise ValueError("no picture is wide enough for its label")
         self._drawn = drawn

@@ -14,7 +14,14 @@ def stretched(width, below):
 
 def network_input(picture, width=None):
     """The picture as the detector gives it to the network: stretched to HEIGHT and to a width that keeps its proportions
-    as far as the limits let it, bilinear. Bytes; `width` overrides the width."""
+    as far as the limits let it, bilinear. Bytes, 3×HEIGHT×width; `width` overrides the width. The planes are red, green
+    and blue, as a line's pictures are handed over; the kit's own pictures are blue, green, red, as OpenCV reads them."""
     rows, columns = picture.shape[:2]
     width = width or min(max(int(columns / rows * HEIGHT), NARROWEST), WIDEST)
-    return cv2.resize(np.ascontiguousarray(picture), (width, HEIGHT), interpolation=cv2.INTER_LINEAR)
+    small = cv2.resize(np.ascontiguousarray(picture), (width, HEIGHT), interpolation=cv2.INTER_LINEAR)
+    return np.ascontiguousarray(small[:, :, ::-1].transpose(2, 0, 1))
+
+
+def as_picture(planes):
+    """A network's input as a picture again."""
+    return np.ascontiguousarray(planes[::-1].transpose(1, 2, 0))

@@ -129,7 +129,7 @@ def correct(folder, alphabet, descriptor, screen):
 def _show(folder, row, place, screen):
     try:
         lines = half_blocks(load_picture(folder / row["file"]), shutil.get_terminal_size().columns)
-    except ValueError as error:
+    except (OSError, ValueError) as error:
         lines = [str(error)]
     screen.write("\n".join(["", f"{row['file']}, {place}", *lines, ""]))
 

@@ -12,8 +12,8 @@ def read_labels(folder, table=None):
     """(path, label) pairs of a folder. With a CSV file (the given one, or labels.csv in the folder; columns `file` and
     `text`) its rows, else every picture whose name is LABEL or LABEL_NUMBER. ValueError when there is none."""
     folder = Path(folder)
-    table = Path(table) if table else folder / CSV_NAME
-    if table.exists():
+    if table or (folder / CSV_NAME).exists():
+        table = Path(table or folder / CSV_NAME)
         pairs = _from_table(folder, table)
     else:
         pairs = [(path, label_of_name(path.name)) for path in sorted(folder.iterdir()) if path.suffix.lower() in PICTURE_SUFFIXES]
@@ -27,12 +27,20 @@ def _from_table(folder, table):
 
 
 def load_rows(table):
-    """The rows of a CSV file of labels as dictionaries. ValueError when it lacks a column."""
-    with open(table, newline="", encoding="utf-8") as file:
-        rows = csv.DictReader(file)
-        if not set(PICTURE_TEXT) <= set(rows.fieldnames or ()):
-            raise ValueError(f"{table}: the first row must name the columns file and text")
-        return list(rows)
+    """The rows of a CSV file of labels as dictionaries of texts. The fields are separated by commas, or by the semicolons
+    or tabs of some spreadsheets. OSError when it cannot be read, ValueError when it is not UTF-8 or lacks a column."""
+    try:
+        with open(table, newline="", encoding="utf-8-sig") as file:
+            head = file.readline()
+            file.seek(0)
+            rows = csv.DictReader(file, delimiter=next((mark for mark in ";\t" if mark in head), ","))
+            if not set(PICTURE_TEXT) <= set(rows.fieldnames or ()):
+                raise ValueError(f"{table}: the first row must name the columns file and text")
+            return [{name: row[name] or "" for name in rows.fieldnames} for row in rows]
+    except UnicodeDecodeError:
+        raise ValueError(f"{table}: not in UTF-8, which the spreadsheet can save") from None
+    except csv.Error as error:
+        raise ValueError(f"{table}: {error}") from None
 
 
 def label_of_name(name):

@@ -110,11 +110,15 @@ def folded(model):
 
 
 def from_onnx(path):
-    """A network of this family from an exported model, to train it further. ValueError when the model has another
-    layout."""
+    """A network of this family from an exported model, to train it further. OSError when the file cannot be read,
+    ValueError when it is no model or has another layout."""
     import onnx
+    from google.protobuf.message import DecodeError
     from onnx import numpy_helper
-    graph = onnx.load(str(path)).graph
+    try:
+        graph = onnx.load(str(path)).graph
+    except DecodeError:
+        raise ValueError(f"{path}: not a model, or damaged") from None
     weights = {tensor.name: numpy_helper.to_array(tensor) for tensor in graph.initializer}
     for node in graph.node:
         if node.op_type == "Constant":
@@ -139,6 +143,14 @@ def from_onnx(path):
                 getattr(model.sequence, f"{name}_l0{suffix}").copy_(_torch_gates(value, hidden))
         model.classifier.weight.copy_(torch.from_numpy(weights[linear.input[1]].T.copy()))
         model.classifier.bias.copy_(torch.from_numpy(bias.copy()))
+    return model
+
+
+def model_for(path, alphabet):
+    """from_onnx(), and a ValueError too when the model is for another alphabet."""
+    model = from_onnx(path)
+    if model.shape.classes != len(alphabet) + 1:
+        raise ValueError(f"{path}: {model.shape.classes} classes, the alphabet needs {len(alphabet) + 1}")
     return model
 
 

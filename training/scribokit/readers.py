@@ -6,16 +6,20 @@ import tempfile
 from pathlib import Path
 
 import cv2
+import numpy as np
 import torch
 
 from .ctc import decode_scores
 from .inputs import network_input
-from .model import from_onnx, to_input
+from .model import model_for, to_input
+from .sheets import write_picture
 
 
 def load_picture(path):
-    """A picture as BGR bytes. ValueError when the file is none."""
-    picture = cv2.imread(str(path), cv2.IMREAD_COLOR)
+    """A picture as BGR bytes. OSError when the file cannot be read, ValueError when it is no picture."""
+    # Not by OpenCV, which ends the program at a name that is not UTF-8.
+    data = np.frombuffer(Path(path).read_bytes(), np.uint8)
+    picture = cv2.imdecode(data, cv2.IMREAD_COLOR) if data.size else None
     if picture is None:
         raise ValueError(f"{path}: not a picture")
     return picture
@@ -33,17 +37,13 @@ class ModelReader:
             return [self.read(load_picture(path)) for path in paths]
 
     def read(self, picture):
-        planes = network_input(picture).transpose(2, 0, 1)[None].copy()
         with torch.no_grad():
-            return decode_scores(self._model(to_input(planes)).numpy(), self._alphabet)[0]
+            return decode_scores(self._model(to_input(network_input(picture)[None])).numpy(), self._alphabet)[0]
 
 
 def onnx_reader(path, alphabet):
     """A reader of an exported model. ValueError when it is not of this kit's family or for another alphabet."""
-    model = from_onnx(path)
-    if model.shape.classes != len(alphabet) + 1:
-        raise ValueError(f"{path}: {model.shape.classes} classes, the alphabet needs {len(alphabet) + 1}")
-    return ModelReader(model, alphabet)
+    return ModelReader(model_for(path, alphabet), alphabet)
 
 
 class TesseractReader:
@@ -77,8 +77,7 @@ class InspectReader:
     def __call__(self, paths):
         with tempfile.TemporaryDirectory() as folder:
             for number, path in enumerate(paths):
-                picture = load_picture(path)
-                cv2.imwrite(str(Path(folder) / f"{number:06d}.png"), picture)
+                write_picture(Path(folder) / f"{number:06d}.png", load_picture(path))
             result = subprocess.run(self._command + [folder], capture_output=True, check=False)
         if result.returncode not in (0, 1):
             raise ValueError(f"{self._command[0]}: {result.stderr.decode('utf-8', 'replace').strip()}")

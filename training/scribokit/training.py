@@ -1,9 +1,12 @@
 """The training loop: CTC, Adam, a learning rate that rises and falls, averaged weights, checkpoints that a later run goes
 on from."""
 import copy
+import io
 import json
 import math
 import os
+import pickle
+import signal
 import time
 from dataclasses import dataclass
 from pathlib import Path
@@ -12,6 +15,7 @@ import torch
 from torch import nn
 
 from .ctc import decode_scores, distance, encode
+from .inputs import as_picture
 from .model import Crnn, Shape, to_input
 
 
@@ -53,7 +57,7 @@ class Trainer:
         self.progress = Progress()
 
     def step(self, pictures, labels, rate):
-        """One batch; gives its loss. A batch whose loss is not a number changes nothing."""
+        """One batch; gives its loss. A batch whose loss is not a number changes no weight."""
         self.model.train()
         for group in self.optimizer.param_groups:
             group["lr"] = rate
@@ -105,7 +109,7 @@ class Trainer:
                 lines, right, characters = lines + 1, right + (read == truth), characters + len(truth)
                 if read != truth:
                     edits += distance(read, truth)
-                    wrong.append((pictures[index].transpose(1, 2, 0), read, truth))
+                    wrong.append((as_picture(pictures[index]), read, truth))
         return right / max(1, lines), edits / max(1, characters), wrong
 
 
@@ -120,17 +124,25 @@ def save_checkpoint(path, trainer):
     os.replace(beside, path)
 
 
+def _load_state(path):
+    data = io.BytesIO(Path(path).read_bytes())
+    try:
+        return torch.load(data, map_location="cpu")
+    except (RuntimeError, ValueError, EOFError, pickle.UnpicklingError):
+        raise ValueError(f"{path}: not a checkpoint, or damaged") from None
+
+
 def load_model(path):
-    """(averaged model in evaluation, alphabet, progress) of a checkpoint."""
-    state = torch.load(path, map_location="cpu")
+    """(averaged model in evaluation, alphabet, progress) of a checkpoint. OSError or ValueError when there is none."""
+    state = _load_state(path)
     model = Crnn(_shape(state))
     model.load_state_dict(state["average"])
     return model.eval(), state["alphabet"], Progress(**state["progress"])
 
 
 def load_trainer(path, device="cpu"):
-    """A trainer that goes on where the checkpoint was saved."""
-    state = torch.load(path, map_location="cpu")
+    """A trainer that goes on where the checkpoint was saved. OSError or ValueError when there is none."""
+    state = _load_state(path)
     trainer = Trainer(Crnn(_shape(state)), state["alphabet"], state["rate"], device)
     trainer.model.load_state_dict(state["model"])
     trainer.average.load_state_dict(state["average"])
@@ -146,6 +158,20 @@ def _shape(state):
         first, second, *third, fourth, fifth = values.pop("channels")
         values["stages"] = ((first,), (second,), third, (fourth,), (fifth,))
     return Shape(**values)
+
+
+class StopKey:
+    """Ctrl-C, from now on, ends a training behind its current step, so that nothing of it is lost; pressed twice, it
+    ends the program at once."""
+
+    def __init__(self):
+        self.pressed = False
+        signal.signal(signal.SIGINT, self._press)
+
+    def _press(self, *_):
+        if self.pressed:
+            raise KeyboardInterrupt
+        self.pressed = True
 
 
 class Clock:

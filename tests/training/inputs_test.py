@@ -1,0 +1,40 @@
+import unittest
+
+import numpy as np
+
+from scribokit.batches import Batches
+from scribokit.inputs import as_picture, network_input
+
+RED = (20, 40, 200)  # blue, green, red
+
+
+def coloured(width=64):
+    picture = np.zeros((32, width, 3), np.uint8)
+    picture[:, :] = RED
+    picture[:, :width // 2] = 0
+    return picture
+
+
+class Coloured:
+    def draw(self):
+        return coloured(), "A"
+
+
+class Colours(unittest.TestCase):
+    def test_come_to_the_network_as_a_line_hands_them_over(self):
+        planes = network_input(coloured())
+        self.assertEqual((planes.shape, planes.dtype), ((3, 32, 64), np.uint8))
+        self.assertEqual(planes[:, 5, 60].tolist(), [200, 40, 20])
+        self.assertEqual(planes[:, 5, 3].tolist(), [0, 0, 0])
+
+    def test_come_to_training_as_to_reading(self):
+        pictures, labels = Batches(Coloured(), 128).next()
+        self.assertEqual((pictures.shape, labels), ((2, 3, 32, 64), ["A", "A"]))
+        np.testing.assert_array_equal(pictures[0], network_input(coloured()))
+
+    def test_are_shown_as_they_were(self):
+        np.testing.assert_array_equal(as_picture(network_input(coloured())), coloured())
+
+
+if __name__ == "__main__":
+    unittest.main()
