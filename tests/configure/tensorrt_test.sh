@@ -19,7 +19,7 @@ make_tensorrt() {
 
 make_cuda() {
     mkdir -p "$work/cuda/bin" "$work/cuda/include" "$work/cuda/lib64"
-    touch "$work/cuda/include/cuda_runtime.h" "$work/cuda/lib64/libcudart.so"
+    touch "$work/cuda/include/cuda_runtime.h" "$work"/cuda/lib64/lib{cudart,nvToolsExt}.so
     printf '#!/bin/sh\necho "release 11.8, V11.8.89"\necho "#\\$ TOP=%s" >&2\n' "$work/cuda" >"$work/cuda/bin/nvcc"
     chmod +x "$work/cuda/bin/nvcc"
 }
