@@ -1,0 +1,226 @@
+// Items that cannot be inspected: what the operator is told, and that none of them passes.
+
+#include "inspectionfixture.h"
+
+#include <QImage>
+#include <QPainter>
+
+#include <limits>
+#include <stdexcept>
+
+namespace {
+
+/// One of its operations throws: an exception, or anything else.
+class ThrowingTool : public ScriptedTool
+{
+public:
+    std::string failing;
+    bool throwsExceptions = true;
+
+    QString removableDiskPath() override { return failAt("removableDiskPath"), ScriptedTool::removableDiskPath(); }
+    QString toolIdentity() override { return failAt("toolIdentity"), ScriptedTool::toolIdentity(); }
+    QString toolDirectory() override { return failAt("toolDirectory"), ScriptedTool::toolDirectory(); }
+    bool savingAllowed() override { return failAt("savingAllowed"), ScriptedTool::savingAllowed(); }
+    int imageWidth() override { return failAt("imageWidth"), ScriptedTool::imageWidth(); }
+    int imageHeight() override { return failAt("imageHeight"), ScriptedTool::imageHeight(); }
+    cv::Mat image(int index) override { return failAt("image"), ScriptedTool::image(index); }
+    QList<QRectF> regions(int index) override { return failAt("regions"), ScriptedTool::regions(index); }
+    bool upstreamPose(const QString& name, int index, PosePair* found) override
+    {
+        return failAt("upstreamPose"), ScriptedTool::upstreamPose(name, index, found);
+    }
+
+private:
+    void failAt(const std::string& operation) const
+    {
+        if (operation != failing)
+            return;
+        if (throwsExceptions)
+            throw std::runtime_error("no " + operation);
+        throw 42;
+    }
+};
+
+} // namespace
+
+TEST_F(Inspection, TellsAFailedDetection)
+{
+    tool.taughtRegions = {QRectF(10, 20, 40, 20), QRectF(60, 5, 30, 20)};
+    RuntimeDouble& script = RuntimeDouble::instance();
+    script.failingSynchronizations = {script.synchronizations + 1};
+    process(0, {a1});
+    EXPECT_FALSE(instance->isResultOk(0));
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
+    EXPECT_EQ(list(0, "defect_rects"), (QVariantList{QRect(10, 20, 40, 20)}));
+    EXPECT_EQ(list(0, "defect_scores"), (QVariantList{-1.0}));
+    EXPECT_EQ(instance->resultRecord(0)["resString"], "A1") << "the other region was read all the same";
+
+    process(1, {a1, a1});
+    EXPECT_TRUE(instance->isResultOk(1)) << "the failure is over";
+}
+
+TEST_F(Inspection, CountsNothingForAnItemThatCannotBeRead)
+{
+    process(0, {a1});
+    RuntimeDouble::instance().acceptsRuns = false;
+    process(1, {});
+    EXPECT_EQ(instance->resultRecord(1)["charCount"], -1);
+    EXPECT_EQ(instance->resultRecord(1)["resString"], "");
+    EXPECT_EQ(list(1, "defect_types"), (QVariantList{"unknown error!"}));
+}
+
+TEST_F(Inspection, TellsAPictureThatTheModelCannotRead)
+{
+    tool.picture = cv::Mat(60, 200, CV_8UC2, cv::Scalar::all(7));
+    process(0, {});
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
+    tool.picture = cv::Mat(60, 200, CV_8UC3, cv::Scalar::all(7));
+    process(1, {a1});
+    EXPECT_TRUE(instance->isResultOk(1));
+}
+
+TEST_F(Inspection, TellsWhyAnEngineCouldNotBeLoaded)
+{
+    addModel("ocr_damaged_p1_1_v1.trt");
+    addModel("ocr_other_p1_1_v1.trt");
+    RuntimeDouble::instance().makesEngine = false;
+    load("ocr_damaged_p1_1_v1.trt");
+    process(0, {});
+    const QString message = "Create object detector failed from file: ./model/ocr_damaged_p1_1_v1.trt";
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{message + message + "\n"}));
+    EXPECT_TRUE(scribo().modelEntries().isEmpty());
+    instance->archivePictures(&tool);
+
+    const QString other = QString(message).replace("damaged", "other");
+    choose("ocr_other_p1_1_v1.trt");
+    process(0, {});
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{other + other + "\n"})) << "without what the last one said";
+    RuntimeDouble::instance().makesEngine = true;
+    choose(modelFile);
+    process(0, {a1});
+    EXPECT_TRUE(instance->isResultOk(0)) << "the next choice counts";
+}
+
+TEST_F(Inspection, FailsAnItemWithoutAPicture)
+{
+    tool.picture.release();
+    process(0, {});
+    EXPECT_FALSE(instance->isResultOk(0)) << "of which nothing was inspected";
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
+}
+
+TEST_F(Inspection, FailsEachRegionOfAPictureThatDoesNotCome)
+{
+    tool.announced = cv::Size(200, 60);
+    tool.picture.release();
+    tool.taughtRegions = {QRectF(10, 20, 40, 20), QRectF(60, 5, 30, 20)};
+    process(0, {});
+    EXPECT_FALSE(instance->isResultOk(0));
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!", "unknown error!"}));
+    EXPECT_EQ(list(0, "defect_rects"), (QVariantList{QRect(10, 20, 40, 20), QRect(60, 5, 30, 20)}));
+
+    tool.taughtRegions = {QRectF(10, 20, 0.5, 20)};
+    process(1, {});
+    EXPECT_FALSE(instance->isResultOk(1)) << "of which nothing was inspected";
+}
+
+TEST_F(Inspection, FailsAnItemWhoseRegionIsNotInItsPicture)
+{
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    const double edge = tool.picture.cols;
+    const QList<QRectF> regions = {{edge, 5, 40, 20}, {edge - 0.4, 5, 5, 20}, {10, 1e9, 40, 20}, {-1e9, 5, 10, nan}};
+    for (int index = 0; index < regions.size(); ++index) {
+        tool.taughtRegions = {regions[index]};
+        process(index, {});
+        EXPECT_FALSE(instance->isResultOk(index)) << "of which nothing was read";
+        EXPECT_EQ(list(index, "defect_types"), (QVariantList{"unknown error!"}));
+    }
+    EXPECT_FALSE(instance->isResultOk(-1));
+}
+
+TEST_F(Inspection, ReadsTheOtherRegionsOfAnItemThatMissesOne)
+{
+    tool.taughtRegions = {QRectF(10, 20, 40, 20), QRectF(tool.picture.cols, 5, 30, 20)};
+    process(0, {a1});
+    EXPECT_FALSE(instance->isResultOk(0));
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
+    EXPECT_EQ(instance->resultRecord(0)["resString"], "A1");
+}
+
+TEST_F(Inspection, FailsAnItemOfAHostThatKnowsNoPictureSize)
+{
+    tool.announced = cv::Size(0, 0);
+    process(0, {});
+    EXPECT_FALSE(instance->isResultOk(0));
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
+}
+
+TEST_F(Inspection, PassesWhatCannotBeCutWhenTheModelIsDisabled)
+{
+    set(3, QJsonArray{false, true});
+    set(4, QJsonArray{true, false});
+    tool.taughtRegions = {QRectF(tool.picture.cols, 5, 30, 20)};
+    process(0, {});
+    tool.announced = cv::Size(200, 60);
+    tool.picture.release();
+    tool.taughtRegions = {QRectF(10, 20, 40, 20)};
+    process(1, {});
+    tool.taughtRegions = {QRectF(10, 20, 0.5, 20)};
+    process(2, {});
+    for (int index = 0; index < 3; ++index) {
+        EXPECT_TRUE(instance->isResultOk(index));
+        EXPECT_TRUE(list(index, "defect_types").isEmpty());
+    }
+}
+
+TEST_F(Inspection, FailsAnItemWhoseToolThrows)
+{
+    ThrowingTool thrower;
+    load(modelFile, thrower);
+    int index = 0;
+    for (const char* operation : {"regions", "image", "imageWidth", "imageHeight", "upstreamPose"}) {
+        for (bool throwsExceptions : {true, false}) {
+            thrower.failing = operation;
+            thrower.throwsExceptions = throwsExceptions;
+            instance->process(&thrower, index);
+            EXPECT_FALSE(instance->isResultOk(index)) << operation;
+            EXPECT_EQ(list(index, "defect_types"), (QVariantList{"unknown error!"})) << operation;
+            ++index;
+        }
+    }
+    process(index, {a1});
+    EXPECT_TRUE(instance->isResultOk(index)) << "each failed item has its place before it";
+}
+
+TEST_F(Inspection, PassesAnItemWhoseArchiveThrows)
+{
+    set(4, QJsonArray{true, true});
+    ThrowingTool thrower;
+    thrower.directory = tool.directory;
+    int index = 0;
+    for (const char* operation : {"removableDiskPath", "toolIdentity", "toolDirectory", "savingAllowed"}) {
+        for (bool throwsExceptions : {true, false}) {
+            thrower.failing = operation;
+            thrower.throwsExceptions = throwsExceptions;
+            readings = {a1};
+            instance->process(&thrower, index);
+            EXPECT_TRUE(instance->isResultOk(index)) << operation;
+            EXPECT_NO_THROW(instance->archivePictures(&thrower)) << operation;
+            ++index;
+        }
+    }
+    EXPECT_THAT(archivedFiles(), testing::IsEmpty());
+}
+
+TEST_F(Inspection, DrawsNothingForAToolThatThrows)
+{
+    ThrowingTool thrower;
+    load(modelFile, thrower);
+    thrower.failing = "imageHeight";
+    QImage canvas(200, 60, QImage::Format_RGB32);
+    QPainter painter(&canvas);
+    for (bool throwsExceptions : {true, false}) {
+        thrower.throwsExceptions = throwsExceptions;
+        EXPECT_NO_THROW(instance->drawResult(&painter, 0));
+    }
+}
