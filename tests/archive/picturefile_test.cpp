@@ -1,5 +1,6 @@
 #include "picturefile.h"
 
+#include "fulldisk.h"
 #include "testpictures.h"
 
 #include <QBuffer>
@@ -9,35 +10,11 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
-
-/// Lets no file of this process grow beyond `bytes`, as a full disk would: a write first falls short, then fails.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-        : handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit limit{bytes, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, handler);
-    }
-
-private:
-    rlimit before{};
-    void (*handler)(int);
-};
 
 QImage colourImage(int width, int height)
 {
@@ -161,18 +138,18 @@ TEST_F(PictureFileTest, aFullDiskLeavesNoTrace)
     QBuffer bytes;
     ASSERT_TRUE(bytes.open(QIODevice::WriteOnly) && image.save(&bytes, "bmp", 100));
     for (const qint64 room : {qint64(0), qint64(1), qint64(54), bytes.size() / 2, bytes.size() - 1}) {
-        const FileSizeLimit limit(static_cast<rlim_t>(room));
+        const FullDisk full(static_cast<rlim_t>(room));
         EXPECT_FALSE(writePictureFile(image, path)) << room;
         EXPECT_TRUE(filesIn(directory.path()).isEmpty()) << room;
     }
-    const FileSizeLimit limit(static_cast<rlim_t>(bytes.size()));
+    const FullDisk full(static_cast<rlim_t>(bytes.size()));
     EXPECT_TRUE(writePictureFile(image, path));
 }
 
 TEST_F(PictureFileTest, aFullDiskLeavesTheOlderPicture)
 {
     ASSERT_TRUE(writePictureFile(colourImage(3, 2), path));
-    const FileSizeLimit limit(1000);
+    const FullDisk full(1000);
     EXPECT_FALSE(writePictureFile(colourImage(200, 100), path));
     EXPECT_EQ(QImage(path).size(), QSize(3, 2));
     EXPECT_EQ(filesIn(directory.path()), QStringList{"picture.bmp"});

@@ -1,5 +1,6 @@
 // The commands through their arguments and streams.
 
+#include "fulldisk.h"
 #include "testpackage.h"
 #include "tool.h"
 
@@ -14,10 +15,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <sstream>
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -285,36 +283,12 @@ TEST_F(Commands, BuildReplacesNoDevice)
     EXPECT_EQ(outcome.err, "/dev/null: this is no file that could be replaced\n");
 }
 
-/// While it lives, files cannot grow beyond `bytes`: writing fails as on a full disk.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit limit = {bytes, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        signalBefore = std::signal(SIGXFSZ, SIG_IGN);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, signalBefore);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit before{};
-    void (*signalBefore)(int) = nullptr;
-};
-
 TEST_F(Commands, BuildLeavesTheOldEngineWhenTheDiskIsFull)
 {
     package.writeFile("new.trt", "old");
     Outcome outcome;
     {
-        const FileSizeLimit limit(100);
+        const FullDisk full(100);
         outcome = call({"build", model, "-o", output});
     }
     EXPECT_EQ(outcome.code, Failure);

@@ -5,16 +5,17 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-/// While it lives, no file of this process or of one that it starts can grow: writing fails as on a full disk.
+/// While it lives, no file of this process or of one that it starts can grow beyond `room` bytes, as on a full disk: a
+/// write first falls short, then fails.
 class FullDisk
 {
 public:
-    FullDisk()
+    explicit FullDisk(rlim_t room = 0)
         : handler(std::signal(SIGXFSZ, SIG_IGN))
     {
         getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit none{0, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &none);
+        const rlimit limit{room, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
     }
     ~FullDisk()
     {
