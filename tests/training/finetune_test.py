@@ -106,6 +106,12 @@ class Command(unittest.TestCase):
         write_onnx(Crnn(Shape(SMALL.stages, 8, classes)), Path(root) / "m.onnx")
         return Path(root) / "m.onnx"
 
+    def prepare(self, root, classes=12):
+        """Labelled pictures, and a model to improve on them."""
+        self.archive(root)
+        run("label", root, Path(root) / "labelled")
+        return self.model(root, classes)
+
     def train(self, root, *options):
         return run("train", Path(root) / "m.onnx", Path(root) / "labelled", Path(root) / "run", "--known", "10", "--columns", "512", "--threads", "1",
                    *options)
@@ -152,9 +158,7 @@ class Command(unittest.TestCase):
 
     def test_trains_reports_and_writes_a_package(self):
         with tempfile.TemporaryDirectory() as root:
-            self.archive(root)
-            run("label", root, Path(root) / "labelled")
-            config = self.model(root).with_suffix(".json")
+            config = self.prepare(root).with_suffix(".json")
             result = self.train(root, "--minutes", "0.05")
             self.assertEqual(result.returncode, 0, result.stderr)
             self.assertIn("6 pictures to train on, 2 held out", result.stdout)
@@ -165,9 +169,7 @@ class Command(unittest.TestCase):
 
     def test_that_is_stopped_keeps_what_it_has_learned(self):
         with tempfile.TemporaryDirectory() as root:
-            self.archive(root)
-            run("label", root, Path(root) / "labelled")
-            self.model(root)
+            self.prepare(root)
             command = [sys.executable, str(PROGRAM), "train", f"{root}/m.onnx", f"{root}/labelled", f"{root}/run", "--known", "10", "--columns", "512",
                        "--threads", "1", "--minutes", "60"]
             training = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
@@ -181,18 +183,14 @@ class Command(unittest.TestCase):
 
     def test_refuses_a_model_for_another_alphabet(self):
         with tempfile.TemporaryDirectory() as root:
-            self.archive(root)
-            run("label", root, Path(root) / "labelled")
-            self.model(root, classes=5)
+            self.prepare(root, classes=5)
             result = self.train(root)
             self.assertEqual(result.returncode, 1)
             self.assertIn("m.onnx: 5 classes, the alphabet needs 12", result.stderr)
 
     def test_finds_out_first_whether_it_can_write(self):
         with tempfile.TemporaryDirectory() as root:
-            self.archive(root)
-            run("label", root, Path(root) / "labelled")
-            self.model(root)
+            self.prepare(root)
             (Path(root) / "run").write_text("a file")
             result = self.train(root, "--minutes", "60")
             self.assertEqual((result.returncode, "Traceback" in result.stderr), (1, False), result.stderr)

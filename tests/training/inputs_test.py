@@ -3,7 +3,7 @@ import unittest
 import numpy as np
 
 from scribokit.batches import Batches
-from scribokit.inputs import as_picture, network_input
+from scribokit.inputs import as_picture, network_input, stretched
 
 RED = (20, 40, 200)  # blue, green, red
 
@@ -34,6 +34,16 @@ class Colours(unittest.TestCase):
 
     def test_are_shown_as_they_were(self):
         np.testing.assert_array_equal(as_picture(network_input(coloured())), coloured())
+
+
+class Sizes(unittest.TestCase):
+    def test_has_height_32_and_a_width_of_the_same_proportions_within_the_limits(self):
+        for (rows, columns), width in {(32, 100): 100, (10, 32): 102, (32, 10): 32, (32, 2000): 320, (60, 100): 53}.items():
+            self.assertEqual(network_input(np.zeros((rows, columns, 3), np.uint8)).shape, (3, 32, width))
+
+    def test_narrower_than_the_network_wants_is_stretched_half_of_the_way(self):
+        self.assertEqual([stretched(width, 128) for width in (32, 64, 101, 127, 128, 129, 320)], [80, 96, 114, 127, 128, 129, 320])
+        self.assertEqual([stretched(width, 0) for width in (32, 320)], [32, 320])
 
 
 if __name__ == "__main__":

@@ -13,7 +13,6 @@ from scribokit.ctc import steps_needed
 from scribokit.dots import COLUMNS, FORMS, ROWS, DotFace
 from scribokit.faces import CAP_HEIGHT, FontFace, Glyph, StrokeFace, rounded
 from scribokit.fontlist import PLATE, PRINT, font_files
-from scribokit.inputs import network_input, stretched
 from scribokit.legibility import all_stand_out, marks_of
 from scribokit.lookalikes import is_told, undecided
 from scribokit.maker import RECIPES, PictureMaker, SingleFace
@@ -49,17 +48,6 @@ class Pictures(unittest.TestCase):
     def test_show_the_given_texts_only(self):
         maker = PictureMaker("clean", "01", 1, write=lambda dice: dice.choice(("01", "0 1", "X1", "10")))
         self.assertEqual({maker.draw()[1] for _ in range(40)}, {"01", "10"})
-
-
-class NetworkInput(unittest.TestCase):
-    def test_has_height_32_and_a_width_of_the_same_proportions_within_the_limits(self):
-        for (rows, columns), width in {(32, 100): 100, (10, 32): 102, (32, 10): 32, (32, 2000): 320, (60, 100): 53}.items():
-            self.assertEqual(network_input(np.zeros((rows, columns, 3), np.uint8)).shape, (3, 32, width))
-
-
-    def test_narrower_than_the_network_wants_is_stretched_half_of_the_way(self):
-        self.assertEqual([stretched(width, 128) for width in (32, 64, 101, 127, 128, 129, 320)], [80, 96, 114, 127, 128, 129, 320])
-        self.assertEqual([stretched(width, 0) for width in (32, 320)], [32, 320])
 
 
 class BatchesOfPictures(unittest.TestCase):
