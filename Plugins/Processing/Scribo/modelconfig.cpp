@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr qint64 mostBytes = 64 << 20; ///< the largest that could be real has less than a thousandth
+constexpr qint64 mostBytes = 64 << 20; ///< far more than any real one has
 
 /// A pipe would be waited for without end, and a damaged file of any size would be read whole.
 bool canBeConfiguration(const QString& path)

@@ -244,7 +244,7 @@ void Scribo::inspect(Tool* tool, int index)
         return; // nothing to inspect: the item is not recorded
 
     workingImage = tool->image(index);
-    archivedRecords = 0;
+    recordsOfItem = 0;
     refreshSaveLocation();
     Item item;
     bool hasInspected = false;
@@ -303,7 +303,7 @@ void Scribo::missRegion(const QRectF& region, int index, Item* item)
     qWarning() << region << "of item" << index << "is not in its picture";
     item->isOk = false;
     item->lines.append(messageLine(unknownError(), cv::Rect()));
-    ++archivedRecords;
+    ++recordsOfItem;
 }
 
 void Scribo::inspectRegion(Tool* tool, int index, const RegionCut& region, Item* item)
@@ -375,7 +375,7 @@ void Scribo::archiveRegion(Tool* tool, const cv::Mat& image, const Item& item, i
             records.last().isOk = true;
         }
         for (const SOrgAI_ResInfo& record : std::as_const(records))
-            archive.savePicture(tool, modelName(), record, ++archivedRecords, image);
+            archive.savePicture(tool, modelName(), record, ++recordsOfItem, image);
     } catch (...) {
         qWarning() << "Saving the picture of a region failed:" << exceptionText();
     }

@@ -150,6 +150,6 @@ private:
     Tool* hostTool = nullptr; ///< not owned; null for the plug-in's root object
     std::vector<ScoreLimit> scoreLimits;
     cv::Mat workingImage; ///< the picture of the item being inspected; shares the host's pixels
-    int archivedRecords = 0; ///< within the item
+    int recordsOfItem = 0; ///< so far; they number its pictures
     Cycle cycle;
 };
