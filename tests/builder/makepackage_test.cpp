@@ -237,6 +237,19 @@ TEST_F(MakePackage, KeepsAConfigurationThatSaysSomethingElse)
     EXPECT_EQ(readConfiguration()["alphabet"].toString(), "ABCD");
 }
 
+TEST_F(MakePackage, DoesNotReplaceWhatItIsMadeFrom)
+{
+    ASSERT_TRUE(QDir().mkpath(output()));
+    folder.writeFile("new/model/ocr_made_p1_1_v1.trt", QByteArray::fromStdString(smallRecogniser(5).bytes()));
+    const QStringList options = {"--name", "ocr_made_p1_1_v1", "-o", output()};
+    const std::string reason = "the engine would replace " + engine().toStdString() + ", which it is made from";
+    EXPECT_EQ(call(QStringList{engine(), "--keys", folder.path("keys.txt")} + options), WrongUsage);
+    EXPECT_THAT(err, HasSubstr(reason));
+    EXPECT_EQ(call(QStringList{folder.path("model.onnx"), "--keys", engine()} + options), WrongUsage);
+    EXPECT_THAT(err, HasSubstr(reason));
+    EXPECT_FALSE(QFileInfo::exists(configuration()));
+}
+
 TEST_F(MakePackage, FoldersThatCannotBeWritten)
 {
     folder.writeFile("new", "a file where the folder should be");

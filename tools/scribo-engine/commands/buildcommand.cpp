@@ -1,11 +1,11 @@
 #include "arguments.h"
 #include "enginemaker.h"
 #include "modeloptions.h"
+#include "savefile.h"
 #include "text.h"
 #include "tool.h"
 
 #include <QElapsedTimer>
-#include <QFileInfo>
 
 namespace scribo::tool {
 
@@ -30,13 +30,6 @@ ExitCode fail(Streams streams, const QString& path, const QStringList& reasons)
         streams.err << path.toStdString() << ": " << reason.toStdString() << "\n";
     }
     return Failure;
-}
-
-/// Whether both lead to one file that exists, through symbolic links as well.
-bool isSameFile(const QString& first, const QString& second)
-{
-    const QString path = QFileInfo(first).canonicalFilePath();
-    return !path.isEmpty() && path == QFileInfo(second).canonicalFilePath();
 }
 
 ExitCode build(const QString& model, const QString& output, const builder::BuildOptions& options, Streams streams)

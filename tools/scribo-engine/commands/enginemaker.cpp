@@ -4,9 +4,6 @@
 #include "enginefile.h"
 #include "enginerunner.h"
 
-#include <QFileInfo>
-#include <QSaveFile>
-
 namespace scribo::tool {
 
 namespace {
@@ -43,24 +40,6 @@ bool makeEngine(const FileBytes& model, const builder::BuildOptions& options, Ma
     QString error = QStringLiteral("its constants are too large for an engine file");
     if (made->bytes.empty() || !prove(made->bytes, options.widths, &error)) {
         *problems << error;
-        return false;
-    }
-    return true;
-}
-
-bool saveFile(const QString& path, const void* bytes, std::size_t size, QString* error)
-{
-    // Replacing a device by a file is never what was meant.
-    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
-        *error = QStringLiteral("this is no file that could be replaced");
-        return false;
-    }
-    QSaveFile file(path);
-    const auto length = static_cast<qint64>(size);
-    // Without the flush a small file meets a full disk inside commit(), which does not notice.
-    if (!file.open(QIODevice::WriteOnly) || file.write(static_cast<const char*>(bytes), length) != length
-        || !file.flush() || !file.commit()) {
-        *error = file.errorString();
         return false;
     }
     return true;

@@ -24,7 +24,4 @@ struct MadeEngine
 /// in `problems`, when there is none.
 bool makeEngine(const FileBytes& model, const builder::BuildOptions& options, MadeEngine* made, QStringList* problems);
 
-/// Writes a file whole or not at all. False, with a sentence in `error`, when it cannot be written.
-bool saveFile(const QString& path, const void* bytes, std::size_t size, QString* error);
-
 } // namespace scribo::tool

@@ -2,12 +2,12 @@
 #include "modeloptions.h"
 #include "packagecheck.h"
 #include "packagemaker.h"
+#include "savefile.h"
 #include "text.h"
 #include "tool.h"
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
 
 namespace scribo::tool {
@@ -165,6 +165,13 @@ ExitCode packageCommand(const QStringList& arguments, Streams streams)
         return WrongUsage;
     }
     const PackageSource source = {command.file(), command.value(keys), *options, isLayoutGiven(command)};
+    const PackageFiles files = filesIn(QDir(command.value(output)), command.value(name));
+    for (const QString& file : {source.model, source.keys}) {
+        if (isSameFile(file, files.engine)) {
+            return command.wrongUsage(
+                QStringLiteral("the engine would replace %1, which it is made from").arg(file), streams);
+        }
+    }
     return makeAndSave(source, command.value(name), command.value(output), streams);
 }
 
