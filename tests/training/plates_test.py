@@ -5,6 +5,7 @@ import numpy as np
 
 from scribokit import plates
 from scribokit.faces import CAP_HEIGHT, StrokeFace
+from scribokit.pieces import scenery
 from scribokit.scene import CLUTTER, FAINT, OUTSIDE, TEXT, Scene
 
 
@@ -41,6 +42,15 @@ class Plates(unittest.TestCase):
             plates.seals(self.scene, self.scene.left + 100, 0.25, random.Random(seed))
             rows = np.flatnonzero((self.scene.planes[CLUTTER] | self.scene.planes[FAINT]).any(1))
             self.assertGreater(rows[-1] - rows[0], CAP_HEIGHT * 0.45, seed)
+
+    def test_have_scenery_in_soft_shades_behind_their_characters(self):
+        for seed in range(60):
+            self.setUp()
+            scenery(self.scene, random.Random(seed))
+            shades = self.scene.planes.pop(FAINT)
+            self.assertGreater(np.ptp(shades), 40, seed)
+            self.assertLess(max(np.abs(np.diff(shades.astype(int), axis=axis)).max() for axis in (0, 1)), 128, seed)
+            self.assertFalse(np.any(self.scene.planes), seed)
 
     def test_are_seen_with_all_their_characters(self):
         dice = random.Random(2)

@@ -13,7 +13,7 @@ RECIPES = {
     "moderate": (0.0, 0.15, 0.4),
     "hard": (0.0, 0.7, 1.0),
     "plates": (1.0, 0.3, 1.0),
-    "mix": (0.25, 0.0, 1.0),
+    "mix": (0.45, 0.0, 1.0),
     "clean": (0.0, 0.0, 0.0),
 }
 # Faces that are drawn from a seed: their kind and how many of them there are.
@@ -96,7 +96,7 @@ class PictureMaker:
                 return None
             face = self._faces.draw("strokes" if dice.random() < 0.5 else "plate", dice)
             laid = plates.plate(text, face, small_face, dice)
-            view = conditions.draw_view(dice, level, stretch=(0.6, 1.15), askew=0.6)
+            view = conditions.draw_view(dice, level, stretch=(0.4, 1.05), askew=0.6)
             paint = conditions.draw_plate_paint(dice, level)
         else:
             text = self._write(dice)

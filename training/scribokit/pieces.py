@@ -3,7 +3,7 @@ import cv2
 import numpy as np
 
 from .faces import CAP_HEIGHT
-from .scene import set_line
+from .scene import FAINT, set_line
 
 SMALL_LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789.-"
 
@@ -37,6 +37,28 @@ def emblem(scene, layer, x, y, radius, dice):
         cv2.fillPoly(scene.planes[layer], [np.int32(points)], 255, cv2.LINE_AA)
     else:
         scene.box(layer, x - radius * 0.7, y - radius, x + radius * 0.7, y + radius, dice.choice((-1, 2)))
+
+
+def scenery(scene, dice):
+    """A picture behind the characters in soft shades: a sky that fades, a range of hills, a sun or a stripe."""
+    shade = np.zeros_like(scene.planes[FAINT])
+    strength = dice.uniform(80, 230)
+    kind = dice.randrange(4)
+    if kind == 0:
+        first, last = dice.choice(((strength, 0), (0, strength)))
+        shade[:] = np.linspace(first, last, scene.height)[:, None]
+    elif kind == 1:
+        peaks = dice.randint(3, 9)
+        heights = [dice.uniform(scene.top - 20, scene.bottom) for _ in range(peaks)]
+        outline = list(zip(np.linspace(0, scene.width, peaks), heights))
+        cv2.fillPoly(shade, [np.int32([*outline, (scene.width, scene.height), (0, scene.height)])], strength)
+    elif kind == 2:
+        centre = int(dice.uniform(scene.left, scene.right)), int(dice.uniform(scene.top, scene.bottom))
+        cv2.circle(shade, centre, int(CAP_HEIGHT * dice.uniform(0.3, 1.2)), strength, -1)
+    else:
+        ends = [(x, int(dice.uniform(scene.top, scene.bottom))) for x in (0, scene.width)]
+        cv2.line(shade, *ends, strength, int(CAP_HEIGHT * dice.uniform(0.15, 0.8)))
+    scene.stamp(FAINT, cv2.GaussianBlur(shade, (0, 0), dice.uniform(1, 10)), 0, 0)
 
 
 def text_box(scene, dice, low, high):

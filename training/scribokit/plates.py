@@ -5,7 +5,7 @@ import numpy as np
 
 from . import marks
 from .faces import CAP_HEIGHT
-from .pieces import SMALL_LETTERS, emblem, shrunk, small_print, text_box
+from .pieces import SMALL_LETTERS, emblem, scenery, shrunk, small_print, text_box
 from .scene import BASELINE, CLUTTER, FAINT, OUTSIDE, TEXT, Scene, set_line
 
 _SLOGAN_LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZ abcdefghijklmnopqrstuvwxyz"
@@ -55,13 +55,15 @@ def _furnished(scene, face, dice):
     """Everything else on the plate; gives its edge."""
     above, below = (CAP_HEIGHT * dice.uniform(0.08, 0.3) for _ in range(2))
     before, after = (CAP_HEIGHT * dice.uniform(0.08, 0.45) for _ in range(2))
+    if dice.random() < 0.15:
+        scenery(scene, dice)
     if dice.random() < 0.45:
-        above = CAP_HEIGHT * dice.uniform(0.3, 0.62)
+        above = CAP_HEIGHT * dice.uniform(0.3, 0.7)
         if dice.random() < 0.3:
             scene.box(FAINT, 0, scene.top - above, scene.width, scene.top - dice.uniform(3, 6))
         _slogan(scene, face, scene.top - above + 3, above - 7, dice)
     if dice.random() < 0.35:
-        below = CAP_HEIGHT * dice.uniform(0.3, 0.62)
+        below = CAP_HEIGHT * dice.uniform(0.3, 0.7)
         _slogan(scene, face, scene.bottom + 4, below - 7, dice)
     if dice.random() < 0.35:
         before = _band(scene, face, dice)
