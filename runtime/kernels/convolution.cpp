@@ -43,12 +43,12 @@ convolution_forward::desc describe(const PlanBuilder& plan, const format::Convol
 void addConvolution(PlanBuilder& plan, const format::Operation& operation)
 {
     const format::Convolution& convolution = *operation.kind_as_Convolution();
+    if (addWinogradConvolution(plan, convolution)) {
+        return;
+    }
     dnnl::primitive_attr attributes = PlanBuilder::attributes();
     appendActivation(&attributes, convolution.activation());
     const convolution_forward::primitive_desc description(describe(plan, convolution), attributes, plan.engine());
-    if (addWinogradConvolution(plan, convolution, description.dst_desc())) {
-        return;
-    }
     const Operand source = plan.operand(plan.input(0), description.src_desc());
     const memory weights = plan.weights(DNNL_ARG_WEIGHTS, description.weights_desc(), [&] {
         const Shape shape = groupedShape(plan.shape(plan.input(1)), convolution.groups());

@@ -96,12 +96,13 @@ std::size_t stackSize(const WinogradShape& shape, std::int64_t channels)
 
 } // namespace
 
-bool addWinogradConvolution(PlanBuilder& plan, const format::Convolution& convolution, const Layout& preferred)
+bool addWinogradConvolution(PlanBuilder& plan, const format::Convolution& convolution)
 {
-    const int block = channelBlock(preferred);
-    if (block == 0 || !isPlainThreeByThree(plan, convolution)) {
+    if (!isPlainThreeByThree(plan, convolution)) {
         return false;
     }
+    // Whatever layout oneDNN would take: with AVX-512 it wants the channels last, and takes twice as long.
+    const int block = widestLanes();
     const WinogradShape shape = shapeOf(plan, convolution, block);
     if (!isWorthwhile(plan, shape)) {
         return false;

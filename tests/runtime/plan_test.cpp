@@ -69,6 +69,26 @@ TEST(WeightStore, SharesWeightsBetweenPlans)
     EXPECT_EQ(model->weights().size(), size);
 }
 
+TEST(Plan, TakesTilesForConvolutionsOfThreeByThree)
+{
+    constexpr std::int64_t channels = 32;
+    NetworkMaker maker;
+    const int picture = maker.input(1, channels, 16);
+    format::ConvolutionT convolution;
+    convolution.strides = {1, 1};
+    convolution.dilations = {1, 1};
+    convolution.pads = {1, 1, 1, 1};
+    const std::vector<float> ones(channels * channels * 9, 1.0F);
+    maker.output(maker.add(convolution, {picture, maker.floats({channels, channels, 3, 3}, ones)}), "output");
+    const std::vector<std::uint8_t> bytes = maker.bytes(8, 96);
+    std::string error;
+    const std::shared_ptr<Model> model = Model::load(bytes.data(), bytes.size(), &error);
+    ASSERT_NE(model, nullptr) << error;
+    planOf(*model, 32);
+    // Six by six weights of a filter in the place of three by three.
+    EXPECT_GE(model->weights().size(), sizeof(float) * channels * channels * 36);
+}
+
 TEST(Plan, LeavesZeroStatesAndUnreadResultsOut)
 {
     NetworkMaker maker;
