@@ -17,7 +17,7 @@ from worker import Worker
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 REPEATS = 3       # runs of a runtime in its turn
-REST = 0.02       # seconds before a turn, so that the other's threads no longer look for work
+REST = 0.2        # seconds before a turn: ONNX Runtime's threads look for work for long after theirs
 TOLERANCE = 1e-3  # of a score
 
 
