@@ -101,7 +101,7 @@ bool addWinogradConvolution(PlanBuilder& plan, const format::Convolution& convol
     if (!isPlainThreeByThree(plan, convolution)) {
         return false;
     }
-    // Whatever layout oneDNN would take: with AVX-512 it wants the channels last, and takes twice as long.
+    // Whatever layout oneDNN would take: with AVX-512 it wants the channels last, and takes about twice as long.
     const int block = widestLanes();
     const WinogradShape shape = shapeOf(plan, convolution, block);
     if (!isWorthwhile(plan, shape)) {
