@@ -107,3 +107,21 @@ TEST(PacedFileCount, countsAnotherFolderAtOnce)
     folder.files = 0;
     EXPECT_EQ(count(QStringLiteral("Tuesday")), 0);
 }
+
+TEST(PacedFileCount, takesTurnsBetweenSlowFoldersWithoutCountingEachTime)
+{
+    SlowFolder folder;
+    folder.duration = 40ms;
+    folder.files = 40000;
+    PacedFileCount count = folder.pacedCount();
+    for (int item = 0; item < 10; ++item) {
+        EXPECT_EQ(count(QStringLiteral("NG/ng")), 40000);
+        EXPECT_EQ(count(QStringLiteral("NG/ng_notype")), 40000);
+    }
+    EXPECT_EQ(folder.counts, 2);
+
+    folder.now += 2s; // behind the end of the second count
+    folder.files = 40001;
+    EXPECT_EQ(count(QStringLiteral("NG/ng_notype")), 40001);
+    EXPECT_EQ(count(QStringLiteral("NG/ng")), 40001);
+}

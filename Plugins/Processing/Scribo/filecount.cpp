@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -49,13 +50,22 @@ PacedFileCount::PacedFileCount(Count count_, Clock clock_)
 int PacedFileCount::operator()(const QString& folder)
 {
     const std::chrono::nanoseconds start = clock();
-    if (folder == lastFolder && start < nextCount)
-        return lastCount;
+    forgetDue(start);
+    const auto known = slowCounts.find(folder);
+    if (known != slowCounts.end())
+        return known->second.files;
 
-    lastCount = count(folder);
-    lastFolder = folder;
+    const int files = count(folder);
     const std::chrono::nanoseconds end = clock();
     const std::chrono::nanoseconds taken = end - start;
-    nextCount = taken > quick ? end + pausePerCount * taken : end;
-    return lastCount;
+    if (taken > quick)
+        slowCounts[folder] = {files, end + pausePerCount * taken};
+    return files;
+}
+
+/// Also keeps the folders of past days from piling up.
+void PacedFileCount::forgetDue(std::chrono::nanoseconds now)
+{
+    for (auto entry = slowCounts.begin(); entry != slowCounts.end();)
+        entry = entry->second.due <= now ? slowCounts.erase(entry) : std::next(entry);
 }

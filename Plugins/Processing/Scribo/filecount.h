@@ -4,16 +4,17 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 
 /// The number of regular files in `folder`, of any name but hidden ones; a link to a file counts as one.
 /// 0 when the folder cannot be read.
 int countFiles(const QString& folder);
 
-/// The number of files in a folder that grows without limit, for show.
+/// The number of files in folders that grow without limit, for show.
 ///
 /// A count reads the whole folder, at about half a microsecond a file: nothing for a thousand files, 50 ms and more
 /// for a day's pictures of a fast line. So a count that took long is not repeated before fifty times that long has
-/// passed, and until then its result is given again.
+/// passed, and until then its result is given again, whatever folder is counted in between.
 class PacedFileCount
 {
 public:
@@ -31,9 +32,15 @@ public:
     int operator()(const QString& folder);
 
 private:
+    struct SlowCount
+    {
+        int files;
+        std::chrono::nanoseconds due; ///< when to count again
+    };
+
+    void forgetDue(std::chrono::nanoseconds now);
+
     Count count;
     Clock clock;
-    QString lastFolder;
-    int lastCount = 0;
-    std::chrono::nanoseconds nextCount{0}; ///< when lastFolder is due
+    std::map<QString, SlowCount> slowCounts; ///< by folder
 };

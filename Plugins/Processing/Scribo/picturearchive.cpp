@@ -105,7 +105,7 @@ QString PictureArchive::folderAt(const QDateTime& now, ToolInterface* tool, cons
     int& count = record.isOk ? settings.okSavedCount : settings.ngSavedCount;
     const int limit = record.isOk ? settings.okSaveLimit : settings.ngSaveLimit;
     if (base.removable) {
-        count = record.isOk ? removableOkCount(folder) : removableNgCount(folder);
+        count = removableCount(folder);
         return folder;
     }
     count = countFiles(folder);

@@ -92,8 +92,7 @@ private:
     PluginSettings& settings;
     MountTable mountTable;
     Clock clock;
-    PacedFileCount removableOkCount;
-    PacedFileCount removableNgCount;
+    PacedFileCount removableCount;
     QDateTime lastReading; ///< of the clock
     QDateTime lastStamp; ///< with lastNumber, the greatest yet given to a picture
     int lastNumber = 0;
