@@ -83,8 +83,9 @@ bool ParamWrap::isSpecial()
 
 void ParamWrap::readJson(const QJsonObject& object)
 {
-    if (object.contains(runningShowKey))
+    if (object.contains(runningShowKey)) {
         isRunningShow = object[runningShowKey].toBool();
+    }
 }
 
 void ParamWrap::writeJson(QJsonObject& object)
@@ -121,26 +122,29 @@ QString LineEditParam::typeName()
 void LineEditParam::readJson(const QJsonObject& object)
 {
     ParamWrap::readJson(object);
-    if (!object.contains(valuesKey))
+    if (!object.contains(valuesKey)) {
         return;
+    }
     const QJsonValue json = object[valuesKey];
-    if (valueType == BoolValue)
+    if (valueType == BoolValue) {
         *static_cast<bool*>(value) = json.toBool();
-    else if (valueType == StringValue)
+    } else if (valueType == StringValue) {
         *static_cast<QString*>(value) = json.toString();
-    else
+    } else {
         readNumber(json, valueType, value);
+    }
 }
 
 void LineEditParam::writeJson(QJsonObject& object)
 {
     ParamWrap::writeJson(object);
-    if (valueType == BoolValue)
+    if (valueType == BoolValue) {
         object[valuesKey] = *static_cast<bool*>(value);
-    else if (valueType == StringValue)
+    } else if (valueType == StringValue) {
         object[valuesKey] = *static_cast<QString*>(value);
-    else if (isNumber(valueType))
+    } else if (isNumber(valueType)) {
         object[valuesKey] = writeNumber(valueType, value);
+    }
 }
 
 LimitLineEditParam::LimitLineEditParam(QString name, QString tip, bool hostFlag, bool isRunningShow, void* value,
@@ -160,13 +164,15 @@ QString LimitLineEditParam::typeName()
 void LimitLineEditParam::readJson(const QJsonObject& object)
 {
     LineEditParam::readJson(object);
-    if (!isNumber(valueType))
+    if (!isNumber(valueType)) {
         return;
+    }
     if (object.contains(lowKey) && object.contains(highKey)) {
         readNumber(object[lowKey], valueType, lowThresh);
         readNumber(object[highKey], valueType, highThresh);
-        if (compensate != nullptr)
+        if (compensate != nullptr) {
             readNumber(object[compensateKey], valueType, compensate);
+        }
     } else if (name == QStringLiteral("匹配分数")) {
         copyNumber(valueType, value, lowThresh);
     }
@@ -175,12 +181,14 @@ void LimitLineEditParam::readJson(const QJsonObject& object)
 void LimitLineEditParam::writeJson(QJsonObject& object)
 {
     LineEditParam::writeJson(object);
-    if (!isNumber(valueType))
+    if (!isNumber(valueType)) {
         return;
+    }
     object[lowKey] = writeNumber(valueType, lowThresh);
     object[highKey] = writeNumber(valueType, highThresh);
-    if (compensate != nullptr)
+    if (compensate != nullptr) {
         object[compensateKey] = writeNumber(valueType, compensate);
+    }
 }
 
 RadioBoxParam::RadioBoxParam(QString name, QString tip, bool hostFlag, bool isRunningShow, quint32 category,
@@ -201,19 +209,22 @@ QString RadioBoxParam::typeName()
 void RadioBoxParam::readJson(const QJsonObject& object)
 {
     ParamWrap::readJson(object);
-    if (!object.contains(valuesKey))
+    if (!object.contains(valuesKey)) {
         return;
+    }
     const QJsonArray array = object[valuesKey].toArray();
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         values[i] = array.at(i).toBool();
+    }
 }
 
 void RadioBoxParam::writeJson(QJsonObject& object)
 {
     ParamWrap::writeJson(object);
     QJsonArray array;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         array.append(values[i]);
+    }
     object[valuesKey] = array;
 }
 
@@ -240,8 +251,9 @@ void ComboBoxParam_ByValue::readJson(const QJsonObject& object)
 {
     ParamWrap::readJson(object);
     const QJsonValue json = object[selectedKey];
-    if (json.isString())
+    if (json.isString()) {
         *selectedText = json.toString();
+    }
 }
 
 void ComboBoxParam_ByValue::writeJson(QJsonObject& object)

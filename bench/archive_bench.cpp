@@ -47,8 +47,9 @@ void fillFolder(const QString& folder, int count)
 {
     QDir(folder).removeRecursively();
     QDir().mkpath(folder);
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         QFile(folder + QString::number(i)).open(QIODevice::WriteOnly);
+    }
 }
 
 /// A picture of a printed text, three channels in red, green, blue order.
@@ -75,8 +76,9 @@ void benchInspection(const LoadedPlugin& plugin, int files)
         for (const bool saving : {false, true}) {
             setParameter(*station, 4, QJsonArray{saving, false});
             fillFolder(folder, files);
-            for (int i = 0; i < batch; ++i)
+            for (int i = 0; i < batch; ++i) {
                 times[saving].push_back(timed([&] { station->process(&tool, 0); }));
+            }
             QThreadPool::globalInstance()->waitForDone();
         }
     }
@@ -94,8 +96,9 @@ void benchWriters(cv::Size size, int type)
     PluginSettings settings;
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
     cv::Mat picture = printedPicture(size);
-    if (type == CV_8UC1)
+    if (type == CV_8UC1) {
         cv::cvtColor(picture, picture, cv::COLOR_RGB2GRAY);
+    }
     const auto path
         = [&](const char* folder, int i) { return directory.filePath(folder + QString::number(i) + ".bmp"); };
 
@@ -103,13 +106,15 @@ void benchWriters(cv::Size size, int type)
     std::vector<double> plain;
     for (int round = 0; round < rounds; ++round) {
         ours.push_back(timed([&] {
-            for (int i = 0; i < batch; ++i)
+            for (int i = 0; i < batch; ++i) {
                 archive.queuePicture(&tool, picture, path("archive", i));
+            }
             QThreadPool::globalInstance()->waitForDone();
         }));
         plain.push_back(timed([&] {
-            for (int i = 0; i < batch; ++i)
+            for (int i = 0; i < batch; ++i) {
                 cv::imwrite(path("opencv", i).toStdString(), picture);
+            }
         }));
     }
     const double megabytes = static_cast<double>(picture.total() * picture.elemSize()) / 1e6;
@@ -132,8 +137,9 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "%s\n", qPrintable(plugin.errorString()));
         return 1;
     }
-    for (const int files : {0, 500, 950})
+    for (const int files : {0, 500, 950}) {
         benchInspection(plugin, files);
+    }
     std::printf("%d writers\n", QThreadPool::globalInstance()->maxThreadCount());
     benchWriters({320, 80}, CV_8UC3);
     benchWriters({640, 480}, CV_8UC3);

@@ -41,12 +41,14 @@ public:
         scribo::tool::FileBytes file;
         QString error;
         runtime.reset(nvinfer1::createInferRuntime(logger));
-        if (!runtime || !file.read(path, &error))
+        if (!runtime || !file.read(path, &error)) {
             return false;
+        }
         engine.reset(runtime->deserializeCudaEngine(file.data(), file.size()));
         context.reset(engine ? engine->createExecutionContext() : nullptr);
-        if (!context || cudaStreamCreate(&stream) != cudaSuccess)
+        if (!context || cudaStreamCreate(&stream) != cudaSuccess) {
             return false;
+        }
         buffers.resize(2);
         return setWidth(widths[3]) && allocate(0) && allocate(1);
     }
@@ -68,8 +70,9 @@ private:
     {
         const nvinfer1::Dims dims = context->getBindingDimensions(binding);
         std::size_t bytes = sizeof(float);
-        for (int axis = 0; axis < dims.nbDims; ++axis)
+        for (int axis = 0; axis < dims.nbDims; ++axis) {
             bytes *= static_cast<std::size_t>(dims.d[axis]);
+        }
         return cudaMalloc(&buffers[static_cast<std::size_t>(binding)], bytes) == cudaSuccess;
     }
 
@@ -88,9 +91,11 @@ public:
     void ReportRuns(const std::vector<Run>& runs) override
     {
         ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs)
-            if (run.run_type == Run::RT_Iteration)
+        for (const Run& run : runs) {
+            if (run.run_type == Run::RT_Iteration) {
                 times[run.run_name.function_name + "/" + run.run_name.args].push_back(run.GetAdjustedRealTime());
+            }
+        }
     }
 
     void printRatios()
@@ -98,8 +103,9 @@ public:
         for (const int width : widths) {
             const double process = median("process/" + std::to_string(width));
             const double network = median("enqueueV2/" + std::to_string(width));
-            if (process == 0 || network == 0)
+            if (process == 0 || network == 0) {
                 continue; // filtered out
+            }
             std::printf("region of %3d x %d: process %7.1f us, enqueueV2 %7.1f us, ratio %.3f\n", width, height,
                 process, network, process / network);
         }
@@ -109,8 +115,9 @@ private:
     double median(const std::string& name)
     {
         std::vector<double>& values = times[name];
-        if (values.empty())
+        if (values.empty()) {
             return 0;
+        }
         std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
         return values[values.size() / 2];
     }
@@ -137,22 +144,28 @@ void addWidth(const LoadedPlugin& plugin, OCRAnalyser* analyser, BareEngine* bar
         tool.picture = printedPicture(width);
         tool.taughtRegions = {QRectF(0, 0, width, height)};
         const auto station = plugin.makeInstance(&tool);
-        for (auto _ : state)
+        for (auto _ : state) {
             station->process(&tool, 0);
+        }
     });
     add("execute", width, [analyser, width](benchmark::State& state) {
         std::vector<SOrgAI_ResInfo> lines;
         const cv::Mat picture = printedPicture(width);
-        for (auto _ : state)
-            if (analyser->execute(picture, lines) != 1)
+        for (auto _ : state) {
+            if (analyser->execute(picture, lines) != 1) {
                 state.SkipWithError("the reading failed");
+            }
+        }
     });
     add("enqueueV2", width, [bare, width](benchmark::State& state) {
-        if (!bare->setWidth(width))
+        if (!bare->setWidth(width)) {
             state.SkipWithError("the engine refuses the width");
-        for (auto _ : state)
-            if (!bare->run())
+        }
+        for (auto _ : state) {
+            if (!bare->run()) {
                 state.SkipWithError("the run failed");
+            }
+        }
     });
 }
 
@@ -168,19 +181,22 @@ int main(int argc, char** argv)
         return 1;
     }
     OCRAnalyser analyser(QStringLiteral("./model/ocr_printed_p1_1_v1.trt"));
-    for (const int width : widths)
+    for (const int width : widths) {
         addWidth(plugin, &analyser, &bare, width);
+    }
 
     std::vector<std::string> arguments = {argv[0], "--benchmark_enable_random_interleaving=true",
         "--benchmark_repetitions=15", "--benchmark_min_time=0.05"};
     arguments.insert(arguments.end(), argv + 1, argv + argc);
     std::vector<char*> pointers;
-    for (std::string& argument : arguments)
+    for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
+    }
     auto count = static_cast<int>(pointers.size());
     benchmark::Initialize(&count, pointers.data());
-    if (benchmark::ReportUnrecognizedArguments(count, pointers.data()))
+    if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) {
         return 2;
+    }
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.printRatios();

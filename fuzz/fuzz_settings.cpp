@@ -24,7 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     PluginSettings otherSettings;
     ParameterSet others(otherSettings);
     others.fromJson(parameters.toJson());
-    if (others.toJson() != parameters.toJson())
+    if (others.toJson() != parameters.toJson()) {
         std::abort();
+    }
     return 0;
 }

@@ -25,13 +25,15 @@ int ArchiveAccount::countPictures(bool isOk) const
     for (const QFileInfo& archive : base.entryInfoList({archives}, folders)) {
         const QStringList models = QDir(archive.filePath()).entryList(folders);
         for (const QString& model : models) {
-            if (!model.endsWith(QLatin1Char('_') + identity))
+            if (!model.endsWith(QLatin1Char('_') + identity)) {
                 continue;
+            }
             const QString verdict = QDir(archive.filePath()).filePath(model + QLatin1Char('/') + verdictText(isOk));
             QDirIterator pictures(
                 verdict, {QStringLiteral("*.bmp")}, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-            for (; pictures.hasNext(); pictures.next())
+            for (; pictures.hasNext(); pictures.next()) {
                 ++count;
+            }
         }
     }
     return count;
@@ -39,10 +41,11 @@ int ArchiveAccount::countPictures(bool isOk) const
 
 void ArchiveAccount::add(const RegionResult& region)
 {
-    if (region.archiving == Archiving::capped)
+    if (region.archiving == Archiving::capped) {
         ++capped;
-    else if (region.archiving == Archiving::queued)
+    } else if (region.archiving == Archiving::queued) {
         ++(region.isOk ? okQueued : ngQueued);
+    }
 }
 
 ArchiveAccount::Outcome ArchiveAccount::finish() const

@@ -3,15 +3,17 @@
 void FileTool::setArchiveFolder(const QString& folder)
 {
     directory = folder.isEmpty() ? QString::fromLatin1(nowhere) : folder;
-    if (!directory.endsWith(QLatin1Char('/')))
+    if (!directory.endsWith(QLatin1Char('/'))) {
         directory += QLatin1Char('/');
+    }
 }
 
 void FileTool::setRemovableFolder(const QString& folder)
 {
     removable = folder;
-    while (removable.size() > 1 && removable.endsWith(QLatin1Char('/')))
+    while (removable.size() > 1 && removable.endsWith(QLatin1Char('/'))) {
         removable.chop(1);
+    }
 }
 
 cv::Mat FileTool::image(int /*index*/)
@@ -21,8 +23,9 @@ cv::Mat FileTool::image(int /*index*/)
 
 QList<QRectF> FileTool::regions(int index)
 {
-    if (index < 0 || index >= taughtRegions.size())
+    if (index < 0 || index >= taughtRegions.size()) {
         return {};
+    }
     return {taughtRegions[index]};
 }
 

@@ -46,8 +46,9 @@ HostLog::HostLog()
 {
     active = this;
     qInstallMessageHandler(&HostLog::handleQtMessage);
-    for (int severity = 0; severity < google::NUM_SEVERITIES; ++severity)
+    for (int severity = 0; severity < google::NUM_SEVERITIES; ++severity) {
         google::SetLogDestination(severity, ""); // no files of glog's own
+    }
     google::SetStderrLogging(google::GLOG_FATAL); // which ends the process, and must not do so silently
     google::AddLogSink(this);
 }
@@ -91,11 +92,13 @@ void HostLog::send(google::LogSeverity severity, const char* /*fullName*/, const
 
 void HostLog::handleQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    if (active == nullptr)
+    if (active == nullptr) {
         return;
+    }
     const QByteArray source = context.file != nullptr ? QFileInfo(context.file).fileName().toUtf8() : QByteArray("Qt");
-    if (type == QtFatalMsg)
+    if (type == QtFatalMsg) {
         active->setVerbose(true); // the process ends, and must not do so silently
+    }
     active->write(levelName(type), source + ':' + QByteArray::number(context.line), message.toUtf8());
 }
 
@@ -104,8 +107,9 @@ void HostLog::write(const QByteArray& level, const QByteArray& place, const QByt
     const QByteArray time = QDateTime::currentDateTime().toString(Qt::ISODateWithMs).toLatin1();
     const QByteArray line = time + ' ' + level + ' ' + place + "  " + message + '\n';
     const QMutexLocker lock(&mutex);
-    if (!isDecided)
+    if (!isDecided) {
         early += line;
+    }
     if (file) {
         file->write(line);
         file->flush();

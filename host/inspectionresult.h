@@ -57,9 +57,11 @@ struct PictureResult
 /// Why the region could not be read; empty: it was.
 inline QString unreadMessage(const RegionResult& region)
 {
-    for (const NgLine& line : region.ngLines)
-        if (line.score < 0)
+    for (const NgLine& line : region.ngLines) {
+        if (line.score < 0) {
             return line.text;
+        }
+    }
     return {};
 }
 

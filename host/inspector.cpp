@@ -24,8 +24,9 @@ QList<NgLine> ngLinesOf(const QVariantMap& record)
     const QVariantList scores = record[QStringLiteral("defect_scores")].toList();
     const QVariantList types = record[QStringLiteral("defect_types")].toList();
     QList<NgLine> lines;
-    for (int i = 0; i < boxes.size(); ++i)
+    for (int i = 0; i < boxes.size(); ++i) {
         lines.append({boxes[i].toRect(), scores.value(i).toDouble(), types.value(i).toString()});
+    }
     return lines;
 }
 
@@ -47,19 +48,22 @@ public:
     }
     ~KeptParameter()
     {
-        if (parameter != nullptr)
+        if (parameter != nullptr) {
             parameter->readJson(restored());
+        }
     }
     KeptParameter(const KeptParameter&) = delete;
     KeptParameter& operator=(const KeptParameter&) = delete;
 
     void change(const QJsonObject& values)
     {
-        if (parameter == nullptr)
+        if (parameter == nullptr) {
             return;
+        }
         QJsonObject changed = state;
-        for (auto value = values.begin(); value != values.end(); ++value)
+        for (auto value = values.begin(); value != values.end(); ++value) {
             changed[value.key()] = value.value();
+        }
         keys = values.keys();
         parameter->readJson(changed);
     }
@@ -70,8 +74,9 @@ private:
     {
         QJsonObject now;
         parameter->writeJson(now);
-        for (const QString& key : keys)
+        for (const QString& key : keys) {
             now[key] = state[key];
+        }
         return now;
     }
 
@@ -85,8 +90,9 @@ private:
 Comparison comparisonOf(ProcessorInterface& processor)
 {
     const QJsonObject mode = parameterState(processor, ParameterNumber::compare);
-    if (isChosen(mode, 1))
+    if (isChosen(mode, 1)) {
         return Comparison::fixed;
+    }
     return isChosen(mode, 2) ? Comparison::automatic : Comparison::off;
 }
 
@@ -99,8 +105,9 @@ Inspector::Inspector(ProcessorInterface& processor, FileTool& tool)
 PictureResult Inspector::inspect(const QString& name, const cv::Mat& picture, const QList<TaughtRegion>& regions)
 {
     QList<QRectF> rects;
-    for (const TaughtRegion& region : regions)
+    for (const TaughtRegion& region : regions) {
         rects.append(region.rect);
+    }
     tool.setPicture(picture);
     tool.setRegions(rects);
     itemCount = regions.size();
@@ -123,10 +130,12 @@ RegionResult Inspector::inspectRegion(int index, const TaughtRegion& region)
     result.comparison = comparisonOf(processor);
     KeptParameter reference(processor, ParameterNumber::reference);
     KeptParameter count(processor, ParameterNumber::count);
-    if (region.reference && result.comparison == Comparison::fixed)
+    if (region.reference && result.comparison == Comparison::fixed) {
         reference.change({{valuesKey, *region.reference}});
-    if (region.count)
+    }
+    if (region.count) {
         count.change({{lowKey, region.count->low}, {highKey, region.count->high}});
+    }
     inspectItem(index, &result);
     return result;
 }
@@ -156,8 +165,9 @@ void Inspector::inspectItem(int index, RegionResult* result)
 Archiving Inspector::archivingOf(bool isOk)
 {
     const QJsonObject save = parameterState(processor, ParameterNumber::save);
-    if (!tool.savingAllowed() || !isChosen(save, isOk ? 0 : 1))
+    if (!tool.savingAllowed() || !isChosen(save, isOk ? 0 : 1)) {
         return Archiving::off;
+    }
     const QJsonObject limit = parameterState(processor, isOk ? ParameterNumber::okLimit : ParameterNumber::ngLimit);
     const bool isFull = limit[valuesKey].toInt() >= limit[highKey].toInt();
     return isFull && tool.removableDiskPath().isEmpty() ? Archiving::capped : Archiving::queued;
@@ -167,7 +177,8 @@ QImage Inspector::overlay()
 {
     QImage image = toImage(tool.image(0));
     QPainter painter(&image);
-    for (int i = 0; i < itemCount; ++i)
+    for (int i = 0; i < itemCount; ++i) {
         processor.drawResult(&painter, i);
+    }
     return image;
 }

@@ -30,8 +30,9 @@ bool readJsonFile(const QString& path, QJsonDocument* document, QString* error)
     }
     QJsonParseError parseError;
     *document = QJsonDocument::fromJson(bytes, &parseError);
-    if (parseError.error == QJsonParseError::NoError)
+    if (parseError.error == QJsonParseError::NoError) {
         return true;
+    }
     *error = QStringLiteral("%1:%2: not JSON: %3").arg(path, place(bytes, parseError.offset), parseError.errorString());
     return false;
 }

@@ -28,16 +28,18 @@ bool OverlayFolder::write(const QString& picture, const QImage& overlay, QString
 {
     const QString base = QFileInfo(picture).completeBaseName();
     QString name = base;
-    for (int number = 2; used.contains(name); ++number)
+    for (int number = 2; used.contains(name); ++number) {
         name = base + QStringLiteral("_%1").arg(number);
+    }
     used.insert(name);
 
     const QString path = QDir(folder).filePath(name + QStringLiteral(".png"));
     // Not into the file itself: the writer does not notice when the last bytes meet a full disk.
     QBuffer png;
     QImageWriter writer(&png, "png");
-    if (writer.write(overlay))
+    if (writer.write(overlay)) {
         return writeWholeFile(path, png.data(), error);
+    }
     *error = path + QStringLiteral(": cannot be written: ") + writer.errorString();
     return false;
 }

@@ -47,8 +47,9 @@ bool setSelection(ComboBoxParam_ByValue& parameter, const QString& value, QStrin
 {
     const QStringList& entries = *parameter.itemValues;
     QStringList matches = entries.filter(QRegularExpression(QLatin1Char('^') + QRegularExpression::escape(value)));
-    if (entries.contains(value))
+    if (entries.contains(value)) {
         matches = QStringList(value);
+    }
     if (matches.size() == 1 && !value.isEmpty()) {
         setState(parameter, QStringLiteral("selectedText"), matches.first());
         return true;
@@ -65,10 +66,12 @@ bool setSelection(ComboBoxParam_ByValue& parameter, const QString& value, QStrin
 std::optional<bool> parseSwitch(const QString& text)
 {
     const QString word = text.trimmed().toLower();
-    if (word == QLatin1String("on") || word == QLatin1String("true"))
+    if (word == QLatin1String("on") || word == QLatin1String("true")) {
         return true;
-    if (word == QLatin1String("off") || word == QLatin1String("false"))
+    }
+    if (word == QLatin1String("off") || word == QLatin1String("false")) {
         return false;
+    }
     return std::nullopt;
 }
 
@@ -76,9 +79,11 @@ bool setSwitches(RadioBoxParam& parameter, const QString& value, QString* error)
 {
     const QStringList words = value.split(QLatin1Char(','));
     QJsonArray values;
-    for (const QString& word : words)
-        if (const auto isOn = parseSwitch(word))
+    for (const QString& word : words) {
+        if (const auto isOn = parseSwitch(word)) {
             values.append(*isOn);
+        }
+    }
     if (words.size() != parameter.count || values.size() != parameter.count) {
         *error = QStringLiteral("%1 must be \"on\" or \"off\" for each of %2 choices, separated by commas")
                      .arg(quoted(value))
@@ -93,18 +98,20 @@ bool setChoice(RadioBoxParam& parameter, const QString& value, QString* error)
 {
     bool isNumber = false;
     int chosen = value.toInt(&isNumber) - 1;
-    for (int i = 0; i < parameter.count && !isNumber; ++i)
+    for (int i = 0; i < parameter.count && !isNumber; ++i) {
         if (parameter.names[i] == value) {
             chosen = i;
             isNumber = true;
         }
+    }
     if (!isNumber || chosen < 0 || chosen >= parameter.count) {
         *error = QStringLiteral("%1 is none of the choices: %2").arg(quoted(value), describeParameter(parameter));
         return false;
     }
     QJsonArray values;
-    for (int i = 0; i < parameter.count; ++i)
+    for (int i = 0; i < parameter.count; ++i) {
         values.append(i == chosen);
+    }
     setState(parameter, valuesKey, values);
     return true;
 }
@@ -116,10 +123,11 @@ std::optional<QJsonValue> parseNumber(const LineEditParam& parameter, const QStr
 {
     bool isNumber = false;
     QJsonValue value;
-    if (parameter.valueType == LineEditParam::IntValue)
+    if (parameter.valueType == LineEditParam::IntValue) {
         value = text.trimmed().toInt(&isNumber);
-    else
+    } else {
         value = text.trimmed().toDouble(&isNumber);
+    }
     if (!isNumber || !qIsFinite(value.toDouble())) {
         *error = quoted(text) + QStringLiteral(" is not a number");
         return std::nullopt;
@@ -139,8 +147,9 @@ bool setLimits(LimitLineEditParam& parameter, const QStringList& limits, QString
 {
     const auto low = parseNumber(parameter, limits[0], error);
     const auto high = low ? parseNumber(parameter, limits[1], error) : std::nullopt;
-    if (!high)
+    if (!high) {
         return false;
+    }
     if (low->toDouble() > high->toDouble()) {
         *error = QStringLiteral("the lower limit %1 is above the upper limit %2").arg(limits[0], limits[1]);
         return false;
@@ -158,18 +167,21 @@ bool setLine(LineEditParam& parameter, const QString& value, QString* error)
     }
     if (parameter.valueType == LineEditParam::BoolValue) {
         const auto isOn = parseSwitch(value);
-        if (isOn)
+        if (isOn) {
             setState(parameter, valuesKey, *isOn);
-        else
+        } else {
             *error = quoted(value) + QStringLiteral(" must be \"on\" or \"off\"");
+        }
         return isOn.has_value();
     }
     const QStringList limits = value.split(QLatin1Char(':'));
-    if (limits.size() == 2 && isKind(parameter, "LimitLineEditParam"))
+    if (limits.size() == 2 && isKind(parameter, "LimitLineEditParam")) {
         return setLimits(static_cast<LimitLineEditParam&>(parameter), limits, error);
+    }
     const auto number = parseNumber(parameter, value, error);
-    if (number)
+    if (number) {
         setState(parameter, valuesKey, *number);
+    }
     return number.has_value();
 }
 
@@ -179,14 +191,18 @@ bool setValue(ParamWrap& parameter, const QString& value, QString* error)
         *error = QStringLiteral("is written by the processor itself");
         return false;
     }
-    if (isKind(parameter, "ComboBoxParam_ByValue"))
+    if (isKind(parameter, "ComboBoxParam_ByValue")) {
         return setSelection(static_cast<ComboBoxParam_ByValue&>(parameter), value, error);
-    if (isKind(parameter, "CheckBoxParam"))
+    }
+    if (isKind(parameter, "CheckBoxParam")) {
         return setSwitches(static_cast<CheckBoxParam&>(parameter), value, error);
-    if (isKind(parameter, "RadioBoxParam"))
+    }
+    if (isKind(parameter, "RadioBoxParam")) {
         return setChoice(static_cast<RadioBoxParam&>(parameter), value, error);
-    if (isLine(parameter))
+    }
+    if (isLine(parameter)) {
         return setLine(static_cast<LineEditParam&>(parameter), value, error);
+    }
     *error = QStringLiteral("is a heading, which has no value");
     return false;
 }
@@ -207,10 +223,12 @@ QString describeLine(LineEditParam& parameter)
 {
     const QJsonObject state = stateOf(parameter);
     const QString value = state[valuesKey].toVariant().toString();
-    if (parameter.valueType == LineEditParam::StringValue)
+    if (parameter.valueType == LineEditParam::StringValue) {
         return quoted(value);
-    if (!state.contains(QStringLiteral("lowThresh")))
+    }
+    if (!state.contains(QStringLiteral("lowThresh"))) {
         return value;
+    }
     return QStringLiteral("%1 (limits %2:%3)")
         .arg(value, state[QStringLiteral("lowThresh")].toVariant().toString(),
             state[QStringLiteral("highThresh")].toVariant().toString());
@@ -226,12 +244,15 @@ QJsonObject parameterState(ProcessorInterface& processor, int number)
 
 QString describeParameter(ParamWrap& parameter)
 {
-    if (isKind(parameter, "ComboBoxParam_ByValue"))
+    if (isKind(parameter, "ComboBoxParam_ByValue")) {
         return *static_cast<ComboBoxParam_ByValue&>(parameter).selectedText;
-    if (isChoice(parameter))
+    }
+    if (isChoice(parameter)) {
         return describeChoices(static_cast<RadioBoxParam&>(parameter));
-    if (isLine(parameter))
+    }
+    if (isLine(parameter)) {
         return describeLine(static_cast<LineEditParam&>(parameter));
+    }
     return {};
 }
 
@@ -239,10 +260,11 @@ bool setParameter(ProcessorInterface& processor, int number, const QString& valu
 {
     ParamWrap* const parameter = findParameter(processor, number);
     QString reason;
-    if (parameter == nullptr)
+    if (parameter == nullptr) {
         reason = QStringLiteral("the processor has no such parameter (see --list-params)");
-    else if (setValue(*parameter, value, &reason))
+    } else if (setValue(*parameter, value, &reason)) {
         return true;
+    }
     *error = QStringLiteral("parameter %1: %2").arg(number).arg(reason);
     return false;
 }
@@ -252,8 +274,9 @@ bool setParameter(ProcessorInterface& processor, const QString& assignment, QStr
     const int equals = assignment.indexOf(QLatin1Char('='));
     bool isNumber = false;
     const int number = assignment.left(equals).toInt(&isNumber);
-    if (equals > 0 && isNumber)
+    if (equals > 0 && isNumber) {
         return setParameter(processor, number, assignment.mid(equals + 1), error);
+    }
     *error = quoted(assignment) + QStringLiteral(" is not NUMBER=VALUE");
     return false;
 }
@@ -261,7 +284,8 @@ bool setParameter(ProcessorInterface& processor, const QString& assignment, QStr
 QStringList modelNames(ProcessorInterface& processor)
 {
     ParamWrap* const parameter = findParameter(processor, ParameterNumber::model);
-    if (parameter == nullptr || !isKind(*parameter, "ComboBoxParam_ByValue"))
+    if (parameter == nullptr || !isKind(*parameter, "ComboBoxParam_ByValue")) {
         return {};
+    }
     return *static_cast<ComboBoxParam_ByValue*>(parameter)->itemValues;
 }

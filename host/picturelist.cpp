@@ -30,10 +30,12 @@ void addFolder(const QString& argument, const QString& path, QList<PictureFile>*
     }
     // Name filters take no account of case.
     const QStringList names = folder.entryList(pictureNames, QDir::Files, QDir::Name);
-    if (names.isEmpty())
+    if (names.isEmpty()) {
         pictures->append({argument, path, QStringLiteral("holds no pictures")});
-    for (const QString& name : names)
+    }
+    for (const QString& name : names) {
         pictures->append({QDir(argument).filePath(name), folder.filePath(name), {}});
+    }
 }
 
 } // namespace
@@ -44,10 +46,11 @@ QList<PictureFile> listPictures(const QStringList& arguments, const QDir& base)
     for (const QString& argument : arguments) {
         const QString path = QDir::cleanPath(base.absoluteFilePath(argument));
         const QFileInfo info(path);
-        if (info.isDir())
+        if (info.isDir()) {
             addFolder(argument, path, &pictures);
-        else
+        } else {
             pictures.append({argument, path, info.exists() ? QString() : QStringLiteral("does not exist")});
+        }
     }
     return pictures;
 }

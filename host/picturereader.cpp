@@ -50,13 +50,15 @@ cv::Mat decode(const QByteArray& bytes)
 cv::Mat onWhite(const cv::Mat& bgra)
 {
     cv::Mat picture(bgra.size(), CV_8UC3);
-    for (int y = 0; y < bgra.rows; ++y)
+    for (int y = 0; y < bgra.rows; ++y) {
         for (int x = 0; x < bgra.cols; ++x) {
             const cv::Vec4b& from = bgra.at<cv::Vec4b>(y, x);
             cv::Vec3b& to = picture.at<cv::Vec3b>(y, x);
-            for (int c = 0; c < 3; ++c)
+            for (int c = 0; c < 3; ++c) {
                 to[c] = cv::saturate_cast<uchar>((from[2 - c] * from[3] + 255 * (255 - from[3])) / 255.0);
+            }
         }
+    }
     return picture;
 }
 
@@ -94,12 +96,14 @@ bool readPicture(const QString& path, cv::Mat* picture, QString* error)
         return false;
     }
     QByteArray bytes;
-    if (!readBytes(path, &bytes, error))
+    if (!readBytes(path, &bytes, error)) {
         return false;
+    }
     try {
         const cv::Mat decoded = decode(bytes);
-        if (!decoded.empty())
+        if (!decoded.empty()) {
             return convert(decoded, picture, error);
+        }
         *error = QStringLiteral("is damaged, or not a picture in a known format");
     } catch (const std::exception& exception) {
         *error = QStringLiteral("cannot be decoded: ") + QString::fromUtf8(exception.what()).simplified();

@@ -15,14 +15,17 @@ bool hasModelFolder(const QString& folder)
 
 QString findPlugin(const QString& given, const QString& programFolder)
 {
-    if (!given.isEmpty())
+    if (!given.isEmpty()) {
         return QFileInfo(given).absoluteFilePath();
+    }
     const QString environment = qEnvironmentVariable("SCRIBO_PLUGIN");
-    if (!environment.isEmpty())
+    if (!environment.isEmpty()) {
         return QFileInfo(environment).absoluteFilePath();
+    }
     const QString built = QDir::cleanPath(programFolder + QStringLiteral("/../Plugins/Processing/Scribo/libScribo.so"));
-    if (QFileInfo::exists(built))
+    if (QFileInfo::exists(built)) {
         return built;
+    }
     return QDir::cleanPath(programFolder + QStringLiteral("/../lib/scribo/libScribo.so"));
 }
 
@@ -30,8 +33,9 @@ bool findWorkFolder(const QString& given, const QString& programFolder, QString*
 {
     if (!given.isEmpty()) {
         *folder = QFileInfo(given).absoluteFilePath();
-        if (hasModelFolder(*folder))
+        if (hasModelFolder(*folder)) {
             return true;
+        }
         *error = given
             + (QFileInfo(*folder).isDir() ? QStringLiteral(": has no folder \"model\"")
                                           : QStringLiteral(": is not a folder"));
@@ -42,11 +46,12 @@ bool findWorkFolder(const QString& given, const QString& programFolder, QString*
         QDir::cleanPath(programFolder + QStringLiteral("/../work")),
         QDir::cleanPath(programFolder + QStringLiteral("/../share/scribo")),
     };
-    for (const QString& candidate : candidates)
+    for (const QString& candidate : candidates) {
         if (hasModelFolder(candidate)) {
             *folder = candidate;
             return true;
         }
+    }
     *error = QStringLiteral("no folder \"model\" in ") + candidates.join(QStringLiteral(", "))
         + QStringLiteral(": use --work DIR");
     return false;

@@ -23,8 +23,9 @@ ProgressBar::~ProgressBar()
 
 void ProgressBar::show(int done)
 {
-    if (!isTerminal || total < 1)
+    if (!isTerminal || total < 1) {
         return;
+    }
     const int filled = static_cast<int>(static_cast<long long>(barWidth) * done / total);
     const std::string bar = std::string(filled, '#') + std::string(barWidth - filled, '.');
     std::fprintf(stream, "%s[%s] %d/%d", eraseLine, bar.c_str(), done, total);
@@ -34,8 +35,9 @@ void ProgressBar::show(int done)
 
 void ProgressBar::hide()
 {
-    if (!isVisible)
+    if (!isVisible) {
         return;
+    }
     std::fputs(eraseLine, stream);
     std::fflush(stream);
     isVisible = false;

@@ -52,8 +52,9 @@ QString csvCell(QString text)
 {
     const bool needsQuotes = text.contains(QLatin1Char(',')) || text.contains(QLatin1Char('"'))
         || text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r'));
-    if (!needsQuotes)
+    if (!needsQuotes) {
         return text;
+    }
     text.replace(QLatin1Char('"'), QStringLiteral("\"\""));
     return QLatin1Char('"') + text + QLatin1Char('"');
 }
@@ -100,15 +101,17 @@ bool RecordFile::open(const QString& path, QString* error)
 bool RecordFile::write(const PictureResult& picture, QString* error)
 {
     QByteArray bytes;
-    for (const RegionResult& region : picture.regions)
+    for (const RegionResult& region : picture.regions) {
         bytes += isCsv ? csvRecord(picture.picture, region) : jsonRecord(picture.picture, region);
+    }
     return writeBytes(bytes, error);
 }
 
 bool RecordFile::writeBytes(const QByteArray& bytes, QString* error)
 {
-    if (file.write(bytes) == bytes.size() && file.flush())
+    if (file.write(bytes) == bytes.size() && file.flush()) {
         return true;
+    }
     *error = file.fileName() + QStringLiteral(": cannot be written: ") + file.errorString();
     return false;
 }

@@ -63,27 +63,33 @@ bool Reader::readRect(const QJsonValue& value, QRectF* rect) const
     const QJsonArray array = value.toArray();
     const bool areNumbers
         = std::all_of(array.begin(), array.end(), [](const QJsonValue& element) { return element.isDouble(); });
-    if (array.size() != 4 || !areNumbers)
+    if (array.size() != 4 || !areNumbers) {
         return fail(QStringLiteral("a region is four numbers [x, y, width, height]"));
-    if (!makeRect({array[0].toDouble(), array[1].toDouble(), array[2].toDouble(), array[3].toDouble()}, rect))
+    }
+    if (!makeRect({array[0].toDouble(), array[1].toDouble(), array[2].toDouble(), array[3].toDouble()}, rect)) {
         return fail(QStringLiteral("width and height must be at least 1"));
+    }
     return true;
 }
 
 bool Reader::readObject(const QJsonObject& object, TaughtRegion* region) const
 {
     const QStringList keys = object.keys();
-    for (const QString& key : keys)
-        if (key != rectKey && key != referenceKey && key != countKey)
+    for (const QString& key : keys) {
+        if (key != rectKey && key != referenceKey && key != countKey) {
             return fail(
                 QStringLiteral("unknown key \"%1\": a region has \"rect\", \"reference\" and \"count\"").arg(key));
+        }
+    }
     if (object.contains(referenceKey)) {
-        if (!object[referenceKey].isString())
+        if (!object[referenceKey].isString()) {
             return fail(QStringLiteral("\"reference\" must be a text"));
+        }
         region->reference = object[referenceKey].toString();
     }
-    if (object.contains(countKey) && !readCount(object[countKey], region))
+    if (object.contains(countKey) && !readCount(object[countKey], region)) {
         return false;
+    }
     return readRect(object[rectKey], &region->rect);
 }
 
@@ -91,8 +97,9 @@ bool Reader::readCount(const QJsonValue& value, TaughtRegion* region) const
 {
     const QJsonArray array = value.toArray();
     const bool areNumbers = array.size() == 2 && array[0].isDouble() && array[1].isDouble();
-    if (!areNumbers || !isCountRange(array[0].toDouble(), array[1].toDouble()))
+    if (!areNumbers || !isCountRange(array[0].toDouble(), array[1].toDouble())) {
         return fail(QStringLiteral("\"count\" must be [min, max], whole numbers from 0 to %1").arg(largestCount));
+    }
     region->count = CountRange{array[0].toInt(), array[1].toInt()};
     return true;
 }
@@ -105,13 +112,15 @@ bool Reader::readRegion(const QJsonValue& value, TaughtRegion* region) const
 bool Reader::readList(const QJsonValue& value, QList<TaughtRegion>* regions) const
 {
     const QJsonArray array = value.toArray();
-    if (array.isEmpty())
+    if (array.isEmpty()) {
         return fail(QStringLiteral("a list of regions is expected"));
+    }
     for (int i = 0; i < array.size(); ++i) {
         TaughtRegion region;
         const Reader inner{file, place + QStringLiteral("region %1: ").arg(i + 1), error};
-        if (!inner.readRegion(array[i], &region))
+        if (!inner.readRegion(array[i], &region)) {
             return false;
+        }
         regions->append(region);
     }
     return true;
@@ -142,20 +151,23 @@ RegionPlan::RegionPlan(const QList<TaughtRegion>& regions)
 bool RegionPlan::readFile(const QString& path, QString* error)
 {
     QJsonDocument document;
-    if (!readJsonFile(path, &document, error))
+    if (!readJsonFile(path, &document, error)) {
         return false;
+    }
 
     RegionPlan plan;
     if (document.isArray()) {
-        if (!Reader{path, {}, error}.readList(document.array(), &plan.common))
+        if (!Reader{path, {}, error}.readList(document.array(), &plan.common)) {
             return false;
+        }
     } else {
         plan.file = path;
         const QJsonObject pictures = document.object();
         for (auto picture = pictures.begin(); picture != pictures.end(); ++picture) {
             const Reader reader{path, QStringLiteral("\"%1\": ").arg(picture.key()), error};
-            if (!reader.readList(picture.value(), &plan.byPicture[picture.key()]))
+            if (!reader.readList(picture.value(), &plan.byPicture[picture.key()])) {
                 return false;
+            }
         }
     }
     *this = plan;
@@ -174,9 +186,10 @@ bool RegionPlan::regionsFor(
             return false;
         }
     }
-    if (regions->isEmpty())
+    if (regions->isEmpty()) {
         regions->append({whole, {}, {}});
-    for (int i = 0; i < regions->size(); ++i)
+    }
+    for (int i = 0; i < regions->size(); ++i) {
         if (!isInspected((*regions)[i].rect.intersected(whole))) {
             *error = QStringLiteral("region %1 (%2) lies outside the picture, which is %3 x %4")
                          .arg(i + 1)
@@ -185,6 +198,7 @@ bool RegionPlan::regionsFor(
                          .arg(size.height());
             return false;
         }
+    }
     return true;
 }
 
@@ -197,8 +211,9 @@ bool RegionPlan::hasSeveral() const
 
 bool RegionPlan::allHaveReferences() const
 {
-    if (file.isEmpty())
+    if (file.isEmpty()) {
         return !common.isEmpty() && std::all_of(common.begin(), common.end(), hasReference);
+    }
     return std::all_of(byPicture.begin(), byPicture.end(),
         [](const QList<TaughtRegion>& regions) { return std::all_of(regions.begin(), regions.end(), hasReference); });
 }
@@ -223,8 +238,9 @@ bool RegionPlan::anyRegion(bool (*has)(const TaughtRegion&)) const
 bool parseCount(const QString& text, CountRange* range)
 {
     const QStringList pieces = text.split(QLatin1Char(':'));
-    if (pieces.size() != 2)
+    if (pieces.size() != 2) {
         return false;
+    }
     bool lowIsNumber = false;
     bool highIsNumber = false;
     *range = {pieces[0].trimmed().toInt(&lowIsNumber), pieces[1].trimmed().toInt(&highIsNumber)};
@@ -234,14 +250,16 @@ bool parseCount(const QString& text, CountRange* range)
 bool parseRegion(const QString& text, QRectF* rect)
 {
     const QStringList pieces = text.split(QLatin1Char(','));
-    if (pieces.size() != 4)
+    if (pieces.size() != 4) {
         return false;
+    }
     std::array<double, 4> numbers{};
     for (int i = 0; i < 4; ++i) {
         bool isNumber = false;
         numbers[i] = pieces[i].trimmed().toDouble(&isNumber);
-        if (!isNumber)
+        if (!isNumber) {
             return false;
+        }
     }
     return makeRect(numbers, rect);
 }

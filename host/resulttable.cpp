@@ -54,8 +54,9 @@ QString comparisonName(Comparison comparison)
 QJsonObject toJson(const RegionResult& region)
 {
     QJsonArray ngLines;
-    for (const NgLine& line : region.ngLines)
+    for (const NgLine& line : region.ngLines) {
         ngLines.append(QJsonObject{{"box", toJson(line.box)}, {"score", line.score}, {"text", line.text}});
+    }
     QJsonObject object{
         {"index", region.index},
         {"rect", QJsonArray{region.rect.x(), region.rect.y(), region.rect.width(), region.rect.height()}},
@@ -66,8 +67,9 @@ QJsonObject toJson(const RegionResult& region)
         {"compare", comparisonName(region.comparison)},
         {"ng", ngLines},
     };
-    if (region.comparison != Comparison::off)
+    if (region.comparison != Comparison::off) {
         object["reference"] = region.reference;
+    }
     return object;
 }
 
@@ -84,8 +86,9 @@ double median(QList<double> values)
 ResultTable::ResultTable(const QStringList& pictures)
     : pictureWidth(narrowestPicture)
 {
-    for (const QString& picture : pictures)
+    for (const QString& picture : pictures) {
         pictureWidth = std::max(pictureWidth, std::min(terminalColumns(picture), widestPicture));
+    }
 }
 
 QString ResultTable::header() const
@@ -104,14 +107,16 @@ QString ResultTable::row(const QString& picture, const QString& text, const QStr
 QString ResultTable::rows(const PictureResult& picture) const
 {
     const QString name = printable(picture.picture);
-    if (!picture.fault.isEmpty())
+    if (!picture.fault.isEmpty()) {
         return row(name, {}, {}, QStringLiteral("fault"), {});
+    }
     QString text;
-    for (const RegionResult& region : picture.regions)
+    for (const RegionResult& region : picture.regions) {
         text += row(region.index == 0 ? name : QString(),
             unreadMessage(region).isEmpty() ? printable(region.text) : QStringLiteral("(not read)"),
             region.count < 0 ? QStringLiteral("-") : QString::number(region.count), verdictText(region.isOk),
             formatMilliseconds(region.milliseconds));
+    }
     return text;
 }
 
@@ -143,8 +148,9 @@ QByteArray toJsonLine(const PictureResult& picture)
     QJsonObject object{{"picture", picture.picture}};
     if (picture.fault.isEmpty()) {
         QJsonArray regions;
-        for (const RegionResult& region : picture.regions)
+        for (const RegionResult& region : picture.regions) {
             regions.append(toJson(region));
+        }
         object["verdict"] = verdictText(picture.isOk);
         object["milliseconds"] = rounded(picture.milliseconds);
         object["regions"] = regions;

@@ -23,16 +23,18 @@ bool areSwitches(const QJsonArray& values)
 int chosenOf(const QJsonArray& values, int count)
 {
     int chosen = 0;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         chosen += values.at(i).toBool() ? 1 : 0;
+    }
     return chosen;
 }
 
 QString switchesDemand(ParamWrap& parameter, const QJsonValue& value, int count)
 {
     const QJsonArray values = value.toArray();
-    if (!value.isArray() || !areSwitches(values))
+    if (!value.isArray() || !areSwitches(values)) {
         return QStringLiteral("a list of true and false");
+    }
     const bool hasOne = !isKind(parameter, "RadioBoxParam") || chosenOf(values, count) == 1;
     return hasOne ? QString() : QStringLiteral("a list with one true");
 }
@@ -49,8 +51,9 @@ QString demand(ParamWrap& parameter, const QJsonValue& value, const QJsonValue& 
         return hasType ? QString() : QStringLiteral("a text");
     case QJsonValue::Double:
         // No other number is the same after it was read.
-        if (isWhole(parameter))
+        if (isWhole(parameter)) {
             return value.toInt(-1) == value.toDouble() ? QString() : QStringLiteral("a whole number");
+        }
         return hasType ? QString() : QStringLiteral("a number");
     case QJsonValue::Array:
         return switchesDemand(parameter, value, own.toArray().size());
@@ -63,8 +66,9 @@ QString mistakeIn(const QJsonObject& entry, ParamWrap& parameter, const QJsonObj
 {
     for (auto value = entry.begin(); value != entry.end(); ++value) {
         const QString expected = demand(parameter, value.value(), own[value.key()]);
-        if (!expected.isEmpty())
+        if (!expected.isEmpty()) {
             return QStringLiteral("\"%1\" must be %2").arg(value.key(), expected);
+        }
     }
     return {};
 }
@@ -72,19 +76,23 @@ QString mistakeIn(const QJsonObject& entry, ParamWrap& parameter, const QJsonObj
 QString mistakeIn(const QJsonDocument& document, ProcessorInterface& processor)
 {
     const QList<ParamWrap*>& parameters = *processor.params();
-    if (!document.isObject() || !document[paramsKey].isArray())
+    if (!document.isObject() || !document[paramsKey].isArray()) {
         return QStringLiteral("not a settings file: the array \"paramsWrap\" is missing");
+    }
     const QJsonArray values = document[paramsKey].toArray();
-    if (values.size() > parameters.size())
+    if (values.size() > parameters.size()) {
         return QStringLiteral("settings of %1 parameters, but the processor has %2")
             .arg(values.size())
             .arg(parameters.size());
+    }
     for (int i = 0; i < values.size(); ++i) {
-        if (!values[i].isObject())
+        if (!values[i].isObject()) {
             return QStringLiteral("\"paramsWrap\": parameter %1 is not an object").arg(i + 1);
+        }
         const QString mistake = mistakeIn(values[i].toObject(), *parameters[i], parameterState(processor, i + 1));
-        if (!mistake.isEmpty())
+        if (!mistake.isEmpty()) {
             return QStringLiteral("\"paramsWrap\": parameter %1: ").arg(i + 1) + mistake;
+        }
     }
     return {};
 }
@@ -94,16 +102,18 @@ QString mistakeIn(const QJsonDocument& document, ProcessorInterface& processor)
 bool readSettings(const QString& path, ProcessorInterface& processor, QString* error)
 {
     QJsonDocument document;
-    if (!readJsonFile(path, &document, error))
+    if (!readJsonFile(path, &document, error)) {
         return false;
+    }
     const QString mistake = mistakeIn(document, processor);
     if (!mistake.isEmpty()) {
         *error = path + QStringLiteral(": ") + mistake;
         return false;
     }
     const QJsonArray values = document[paramsKey].toArray();
-    for (int i = 0; i < values.size(); ++i)
+    for (int i = 0; i < values.size(); ++i) {
         processor.params()->at(i)->readJson(values[i].toObject());
+    }
     return true;
 }
 

@@ -21,8 +21,9 @@ public:
     ~UnicodeLocale()
     {
         uselocale(before);
-        if (unicode)
+        if (unicode) {
             freelocale(unicode);
+        }
     }
     UnicodeLocale(const UnicodeLocale&) = delete;
     UnicodeLocale& operator=(const UnicodeLocale&) = delete;

@@ -12,8 +12,9 @@ bool writeWholeFile(const QString& path, const QByteArray& bytes, QString* error
     }
     QSaveFile file(path);
     // Without the flush a small file meets a full disk inside commit(), which does not notice.
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() && file.commit())
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() && file.commit()) {
         return true;
+    }
     *error = path + QStringLiteral(": cannot be written: ") + file.errorString();
     return false;
 }

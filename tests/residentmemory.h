@@ -8,7 +8,8 @@
 inline qint64 residentBytes()
 {
     QFile file(QStringLiteral("/proc/self/statm"));
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
         return -1;
+    }
     return file.readAll().split(' ').at(1).toLongLong() * sysconf(_SC_PAGESIZE);
 }

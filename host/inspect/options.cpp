@@ -17,10 +17,12 @@ public:
         : options(options)
         , error(error)
     {
-        for (const QString& name : valueOptions)
+        for (const QString& name : valueOptions) {
             parser.addOption({name, {}, QStringLiteral("VALUE")});
-        for (const QString& name : flags)
+        }
+        for (const QString& name : flags) {
             parser.addOption(QCommandLineOption(name));
+        }
         parser.addOption(QCommandLineOption(QStringLiteral("v")));
         parser.addOption(QCommandLineOption(QStringLiteral("h")));
         parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
@@ -28,11 +30,13 @@ public:
 
     bool read(const QStringList& arguments)
     {
-        if (!parser.parse(arguments))
+        if (!parser.parse(arguments)) {
             return fail(parser.errorText());
+        }
         readFlags();
-        if (options.help || options.version)
+        if (options.help || options.version) {
             return true;
+        }
         readPaths();
         return checkValues() && readRegions() && readJudging() && readArchive() && checkPictures();
     }
@@ -68,8 +72,9 @@ private:
         options.settings = path("settings");
         options.saveSettings = path("save-settings");
         options.overlay = path("overlay");
-        for (const QString& file : parser.values("records"))
+        for (const QString& file : parser.values("records")) {
             options.records.append(QFileInfo(file).absoluteFilePath());
+        }
         options.archive = path("archive");
         options.removable = path("removable");
         options.work = path("work");
@@ -84,10 +89,12 @@ private:
     {
         for (const QString& name : valueOptions) {
             const QStringList values = parser.values(name);
-            if (values.size() > 1 && !repeatable.contains(name))
+            if (values.size() > 1 && !repeatable.contains(name)) {
                 return fail(QStringLiteral("--%1 is given more than once").arg(name));
-            if (values.contains(QString()) && name != QLatin1String("reference"))
+            }
+            if (values.contains(QString()) && name != QLatin1String("reference")) {
                 return fail(QStringLiteral("--%1 needs a value").arg(name));
+            }
         }
         return true;
     }
@@ -96,13 +103,15 @@ private:
     {
         for (const QString& text : parser.values("region")) {
             TaughtRegion region;
-            if (!parseRegion(text, &region.rect))
+            if (!parseRegion(text, &region.rect)) {
                 return fail(QStringLiteral("--region %1: must be X,Y,WIDTH,HEIGHT in pixels, at least 1 wide and high")
                                 .arg(text));
+            }
             options.regions.append(region);
         }
-        if (!options.regions.isEmpty() && !options.regionsFile.isEmpty())
+        if (!options.regions.isEmpty() && !options.regionsFile.isEmpty()) {
             return fail(QStringLiteral("--region and --regions exclude each other"));
+        }
         return true;
     }
 
@@ -111,43 +120,52 @@ private:
         const QString compare = parser.value("compare");
         const QStringList names = {"off", "fixed", "auto"};
         if (parser.isSet("compare")) {
-            if (!names.contains(compare))
+            if (!names.contains(compare)) {
                 return fail(QStringLiteral("--compare %1: must be off, fixed or auto").arg(compare));
+            }
             options.compare = static_cast<Comparison>(names.indexOf(compare));
         }
-        if (parser.isSet("reference"))
+        if (parser.isSet("reference")) {
             options.reference = parser.value("reference");
+        }
         options.count = parser.value("count");
         CountRange range;
-        if (parser.isSet("count") && !parseCount(options.count, &range))
+        if (parser.isSet("count") && !parseCount(options.count, &range)) {
             return fail(QStringLiteral("--count %1: must be MIN:MAX, whole numbers from 0").arg(options.count));
+        }
         return true;
     }
 
     bool readArchive()
     {
-        if (parser.isSet("identity"))
+        if (parser.isSet("identity")) {
             options.identity = parser.value("identity");
-        if (options.identity.contains(QLatin1Char('/')))
+        }
+        if (options.identity.contains(QLatin1Char('/'))) {
             return fail(QStringLiteral("--identity %1: is part of file names, so without \"/\"").arg(options.identity));
+        }
         options.saveGiven = parser.isSet("save");
         for (const QString& word : parser.value("save").split(QLatin1Char(','), Qt::SkipEmptyParts)) {
-            if (word != QLatin1String("ok") && word != QLatin1String("ng"))
+            if (word != QLatin1String("ok") && word != QLatin1String("ng")) {
                 return fail(QStringLiteral("--save %1: must be ok, ng or ok,ng").arg(parser.value("save")));
+            }
             (word == QLatin1String("ok") ? options.saveOk : options.saveNg) = true;
         }
-        if (options.saveGiven && options.archive.isEmpty() && options.removable.isEmpty())
+        if (options.saveGiven && options.archive.isEmpty() && options.removable.isEmpty()) {
             return fail(QStringLiteral("--save needs --archive DIR or --removable DIR"));
+        }
         return true;
     }
 
     bool checkPictures()
     {
-        if (options.pictures.isEmpty() && !options.listModels && !options.listParameters)
+        if (options.pictures.isEmpty() && !options.listModels && !options.listParameters) {
             return fail(QStringLiteral("no pictures given"));
+        }
         // Made absolute it would be the current folder.
-        if (options.pictures.contains(QString()))
+        if (options.pictures.contains(QString())) {
             return fail(QStringLiteral("an empty argument is no picture or folder"));
+        }
         return true;
     }
 

@@ -15,8 +15,9 @@ int main(int argc, char** argv)
     FakeTool tool;
     PluginSettings settings;
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
-    for (int number = 0; number < PictureQueue::maxWaiting; ++number)
+    for (int number = 0; number < PictureQueue::maxWaiting; ++number) {
         archive.queuePicture(&tool, numberedPicture(number),
             application.arguments().at(1) + QString("/%1.bmp").arg(number, 6, 10, QChar('0')));
+    }
     return 0;
 }

@@ -42,10 +42,12 @@ TEST(ArchiveSoak, aStationThatSavesEveryPictureKeepsItsLimitAndItsMemory)
     qint64 settled = 0;
     for (int i = 0; i < pictureCount; ++i) {
         station->process(&tool, 0);
-        if (i <= limit)
+        if (i <= limit) {
             QThreadPool::globalInstance()->waitForDone(); // so that the count is exact and nothing is dropped
-        if (i == settledAfter)
+        }
+        if (i == settledAfter) {
             settled = residentBytes();
+        }
     }
     if (!underSanitizer) {
         EXPECT_LT(residentBytes() - settled, 8 << 20);
@@ -57,6 +59,7 @@ TEST(ArchiveSoak, aStationThatSavesEveryPictureKeepsItsLimitAndItsMemory)
     const QStringList files = filesIn(folder);
     ASSERT_EQ(files.size(), limit);
     const cv::Mat region = tool.picture(cv::Rect(3, 5, 61, 32));
-    for (const QString& file : files)
+    for (const QString& file : files) {
         EXPECT_TRUE(fileShows(folder + file, region)) << file.toStdString();
+    }
 }

@@ -40,8 +40,9 @@ class ArchiveStressTest : public testing::Test
 protected:
     ArchiveStressTest()
     {
-        for (auto& conversion : conversions)
+        for (auto& conversion : conversions) {
             conversion = 0;
+        }
         freePlaces.tryAcquire(freePlaces.available());
         freePlaces.release(PictureQueue::maxWaiting);
         QThreadPool::globalInstance()->setMaxThreadCount(threadCount);
@@ -63,8 +64,9 @@ protected:
                 }
             });
         }
-        for (std::thread& thread : threads)
+        for (std::thread& thread : threads) {
             thread.join();
+        }
         QThreadPool::globalInstance()->waitForDone();
     }
 
@@ -75,8 +77,9 @@ protected:
         int written = 0;
         for (int number = 0; number < pictureCount; ++number) {
             EXPECT_LE(conversions[number], 1) << number;
-            if (conversions[number] == 0)
+            if (conversions[number] == 0) {
                 continue;
+            }
             ++written;
             EXPECT_TRUE(fileShows(pathOf(number), numberedPicture(number))) << number;
         }
@@ -103,8 +106,9 @@ TEST_F(ArchiveStressTest, withMoreOnlyTheSurplusIsMissing)
     EXPECT_GE(expectOneFileForEachConversion(), PictureQueue::maxWaiting + 1);
     // Nothing but an overflow drops a picture, and an overflow drops the greatest path.
     std::vector<QString> paths;
-    for (int number = 0; number < pictureCount; ++number)
+    for (int number = 0; number < pictureCount; ++number) {
         paths.push_back(pathOf(number));
+    }
     const auto smallest = std::min_element(paths.begin(), paths.end()) - paths.begin();
     EXPECT_EQ(conversions[smallest], 1);
 }
@@ -127,13 +131,15 @@ TEST_F(ArchiveStressTest, severalArchivesFillOneFolder)
             }
         });
     }
-    for (std::thread& thread : threads)
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     QThreadPool::globalInstance()->waitForDone();
 
     const QString folder = directory.filePath("AISavePic/model_C1_T1/OK/");
     const QStringList files = filesIn(folder);
     EXPECT_EQ(files.size(), each * threadCount);
-    for (const QString& file : files)
+    for (const QString& file : files) {
         EXPECT_FALSE(QImage(folder + file).isNull()) << file.toStdString();
+    }
 }

@@ -11,11 +11,12 @@ public:
     BlockedPool()
         : threads(QThreadPool::globalInstance()->maxThreadCount())
     {
-        for (int i = 0; i < threads; ++i)
+        for (int i = 0; i < threads; ++i) {
             QtConcurrent::run(QThreadPool::globalInstance(), [this] {
                 running.release();
                 gate.acquire();
             });
+        }
         running.acquire(threads);
     }
     ~BlockedPool() { release(); }

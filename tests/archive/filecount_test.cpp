@@ -77,8 +77,9 @@ TEST(PacedFileCount, repeatsAQuickCountEveryTime)
     SlowFolder folder;
     folder.duration = 20ms;
     PacedFileCount count = folder.pacedCount();
-    for (folder.files = 0; folder.files < 10; ++folder.files)
+    for (folder.files = 0; folder.files < 10; ++folder.files) {
         EXPECT_EQ(count(QStringLiteral("OK")), folder.files);
+    }
     EXPECT_EQ(folder.counts, 10);
 }
 

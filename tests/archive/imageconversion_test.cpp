@@ -54,11 +54,13 @@ cv::Mat noise(int width, int height, int type)
 std::vector<cv::Mat> shapes(int type)
 {
     std::vector<cv::Mat> mats;
-    for (const int width : {1, 2, 3, 4, 5, 17, 100, 101, 102, 103})
+    for (const int width : {1, 2, 3, 4, 5, 17, 100, 101, 102, 103}) {
         mats.push_back(noise(width, 9, type));
+    }
     mats.push_back(noise(1, 1, type));
-    for (const cv::Rect& part : {cv::Rect(3, 5, 31, 17), cv::Rect(0, 0, 1, 40), cv::Rect(63, 39, 1, 1)})
+    for (const cv::Rect& part : {cv::Rect(3, 5, 31, 17), cv::Rect(0, 0, 1, 40), cv::Rect(63, 39, 1, 1)}) {
         mats.push_back(noise(64, 40, type)(part));
+    }
     return mats;
 }
 
@@ -72,11 +74,14 @@ TEST(ImageConversion, greyBecomesIndexedWithAGreyTable)
         ASSERT_EQ(image.format(), QImage::Format_Indexed8);
         ASSERT_EQ(image.size(), QSize(mat.cols, mat.rows));
         ASSERT_EQ(image.colorCount(), 256);
-        for (int i = 0; i < 256; ++i)
+        for (int i = 0; i < 256; ++i) {
             EXPECT_EQ(image.color(i), qRgba(i, i, i, 255));
-        for (int y = 0; y < mat.rows; ++y)
-            for (int x = 0; x < mat.cols; ++x)
+        }
+        for (int y = 0; y < mat.rows; ++y) {
+            for (int x = 0; x < mat.cols; ++x) {
                 EXPECT_EQ(image.pixelIndex(x, y), mat.at<uchar>(y, x));
+            }
+        }
     }
     EXPECT_TRUE(log.lines.isEmpty());
 }
@@ -88,11 +93,12 @@ TEST(ImageConversion, threeChannelsExchangeRedAndBlue)
         const QImage image = Scribo::cvMat2QImage(mat);
         ASSERT_EQ(image.format(), QImage::Format_RGB888);
         ASSERT_EQ(image.size(), QSize(mat.cols, mat.rows));
-        for (int y = 0; y < mat.rows; ++y)
+        for (int y = 0; y < mat.rows; ++y) {
             for (int x = 0; x < mat.cols; ++x) {
                 const auto pixel = mat.at<cv::Vec3b>(y, x);
                 EXPECT_EQ(image.pixel(x, y), qRgb(pixel[2], pixel[1], pixel[0]));
             }
+        }
     }
     EXPECT_TRUE(log.lines.isEmpty());
 }
@@ -110,11 +116,12 @@ TEST(ImageConversion, fourChannelsAreTakenAsTheyAre)
         expectOneLine("CV_8UC4");
         ASSERT_EQ(image.format(), QImage::Format_ARGB32);
         ASSERT_EQ(image.size(), QSize(mat.cols, mat.rows));
-        for (int y = 0; y < mat.rows; ++y)
+        for (int y = 0; y < mat.rows; ++y) {
             for (int x = 0; x < mat.cols; ++x) {
                 const auto pixel = mat.at<cv::Vec4b>(y, x);
                 EXPECT_EQ(image.pixel(x, y), qRgba(pixel[2], pixel[1], pixel[0], pixel[3]));
             }
+        }
     }
 }
 
@@ -140,8 +147,9 @@ TEST(ImageConversion, anEmptyMatrixGivesNoImage)
 TEST(ImageConversion, aMatrixOfThreeDimensionsGivesNoImage)
 {
     const int sizes[] = {2, 3, 4};
-    for (const int type : {CV_8UC1, CV_8UC3, CV_8UC4})
+    for (const int type : {CV_8UC1, CV_8UC3, CV_8UC4}) {
         EXPECT_TRUE(Scribo::cvMat2QImage(cv::Mat(3, sizes, type, cv::Scalar(0))).isNull());
+    }
 }
 
 TEST(ImageConversion, theImageOwnsItsPixelsAndLeavesTheMatrixAlone)

@@ -83,8 +83,9 @@ TEST_F(MountTableTest, findsNothingWhenTheSystemDiskHasNoDeviceFile)
 
 TEST_F(MountTableTest, takesEveryKindOfExtFileSystemForTheSystemDisk)
 {
-    for (const char* fileSystem : {"ext2", "ext3", "ext4", "fuseblk.ext4"})
+    for (const char* fileSystem : {"ext2", "ext3", "ext4", "fuseblk.ext4"}) {
         EXPECT_EQ(mountsOf(QByteArray("/dev/sda1 / ") + fileSystem + " rw 0 0\n" + diskLine), usb) << fileSystem;
+    }
     EXPECT_EQ(mountsOf(QByteArray("/dev/sda1 / EXT4 rw 0 0\n") + diskLine), none) << "case matters";
 }
 
@@ -152,8 +153,9 @@ TEST_F(MountTableTest, anEmptyTableHasNoDisk)
 TEST_F(MountTableTest, parsesAgainOnlyWhenTheTextHasChanged)
 {
     writeTable(systemLine + diskLine);
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         EXPECT_EQ(table.findRemovableMounts(), usb);
+    }
     EXPECT_EQ(parses, 1);
 
     EXPECT_EQ(mountsOf(systemLine), none);
@@ -173,8 +175,9 @@ TEST_F(MountTableTest, aTableThatCannotBeReadForAWhileHasNoDisk)
 TEST_F(MountTableTest, readsATableThatIsLargerThanOneRead)
 {
     QByteArray text = systemLine;
-    for (int i = 0; i < 20000; ++i)
+    for (int i = 0; i < 20000; ++i) {
         text += "overlay /var/lib/containers/" + QByteArray::number(i) + " overlay rw 0 0\n";
+    }
     EXPECT_EQ(mountsOf(text + diskLine), usb);
 }
 

@@ -61,10 +61,13 @@ int fontSizeAt(int imageHeight)
 /// The colours of a drawing on black, other than those of smoothed edges.
 bool shows(const QImage& canvas, const QRect& area, const QColor& colour)
 {
-    for (int y = area.top(); y <= area.bottom(); ++y)
-        for (int x = area.left(); x <= area.right(); ++x)
-            if (canvas.pixel(x, y) == colour.rgb())
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            if (canvas.pixel(x, y) == colour.rgb()) {
                 return true;
+            }
+        }
+    }
     return false;
 }
 
@@ -194,8 +197,9 @@ TEST(Overlay, thePenStaysThreePixelsWideWhenTheViewIsScaled)
     drawLines(painter, {line("", {500, 500, 1000, 1000}, true)}, {});
     painter.end();
     int width = 0;
-    for (int x = 30; x < 70; ++x)
+    for (int x = 30; x < 70; ++x) {
         width += canvas.pixel(x, 100) == green.rgb() ? 1 : 0;
+    }
     EXPECT_EQ(width, 3);
 }
 

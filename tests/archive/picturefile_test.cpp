@@ -19,9 +19,11 @@ namespace {
 QImage colourImage(int width, int height)
 {
     QImage image(width, height, QImage::Format_RGB888);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
             image.setPixel(x, y, qRgb(x * 7, y * 5, x ^ y));
+        }
+    }
     return image;
 }
 
@@ -44,8 +46,9 @@ TEST_F(PictureFileTest, writesTheBytesThatQtWrites)
 {
     QImage grey(13, 7, QImage::Format_Indexed8);
     grey.setColorCount(256);
-    for (int i = 0; i < 256; ++i)
+    for (int i = 0; i < 256; ++i) {
         grey.setColor(i, qRgb(i, i, i));
+    }
     grey.fill(200);
     for (const QImage& image : {colourImage(31, 9), grey, colourImage(8, 8).convertToFormat(QImage::Format_ARGB32)}) {
         ASSERT_TRUE(writePictureFile(image, path));
@@ -163,19 +166,22 @@ TEST_F(PictureFileTest, aKilledProcessLeavesNoPartOfAPicture)
         ASSERT_TRUE(QDir().mkdir(folder));
         const pid_t writer = fork();
         if (writer == 0) {
-            for (int i = 0; i < 1000; ++i)
+            for (int i = 0; i < 1000; ++i) {
                 writePictureFile(image, folder + '/' + QString::number(i) + ".bmp");
+            }
             _exit(0);
         }
         ASSERT_GT(writer, 0);
-        while (filesIn(folder).size() < 2 + round)
+        while (filesIn(folder).size() < 2 + round) {
             usleep(100);
+        }
         kill(writer, SIGKILL);
         waitpid(writer, nullptr, 0);
         const QStringList pictures = QDir(folder).entryList(QDir::Files);
         EXPECT_GE(pictures.size(), 1);
-        for (const QString& picture : pictures)
+        for (const QString& picture : pictures) {
             EXPECT_EQ(QImage(folder + '/' + picture), QImage(image).convertToFormat(QImage::Format_RGB32)) << round;
+        }
         EXPECT_LE(filesIn(folder).size(), pictures.size() + 1) << "at most the hidden file of the one writer";
     }
 }

@@ -56,8 +56,9 @@ protected:
 TEST_F(PictureFolderTest, ngPicturesOfAllClassesShareOneFolder)
 {
     saveAll(true);
-    for (const int classIndex : {0, 2, 99, -2})
+    for (const int classIndex : {0, 2, 99, -2}) {
         EXPECT_EQ(folderOf(ngRecord(classIndex)), modelFolder() + "NG/ng");
+    }
 }
 
 TEST_F(PictureFolderTest, ngPicturesWithoutAClassHaveAFolderOfTheirOwn)
@@ -141,8 +142,9 @@ TEST_F(PictureFolderTest, foldersAppearEvenWhenSavingIsOff)
     EXPECT_EQ(folderOf(okRecord()), QString());
     EXPECT_EQ(folderOf(ngRecord(0)), QString());
     EXPECT_EQ(folderOf(ngRecord(-1)), QString());
-    for (const char* folder : {"OK", "NG/ng", "NG/ng_notype"})
+    for (const char* folder : {"OK", "NG/ng", "NG/ng_notype"}) {
         EXPECT_TRUE(QDir(modelFolder() + folder).exists()) << folder;
+    }
 }
 
 TEST_F(PictureFolderTest, withSavingOffNothingIsWrittenOrCounted)
@@ -223,8 +225,9 @@ TEST_F(PictureFolderTest, theLimitIsReachedExactlyAndSavingGoesOnOnceTheFolderIs
 {
     saveAll(true);
     settings.okSaveLimit = 10;
-    for (int number = 1; number <= 15; ++number)
+    for (int number = 1; number <= 15; ++number) {
         save(okRecord(), number);
+    }
     EXPECT_EQ(filesIn(modelFolder() + "OK").size(), 10);
     EXPECT_EQ(settings.okSavedCount, 10);
 
@@ -282,9 +285,11 @@ TEST_F(PictureFolderTest, aTextThatAFileNameCannotHoldIsNotSaved)
 TEST_F(PictureFolderTest, inspectionsInOneMillisecondGetDifferentNames)
 {
     saveAll(true);
-    for (int inspection = 0; inspection < 3; ++inspection)
-        for (const int number : {1, 2})
+    for (int inspection = 0; inspection < 3; ++inspection) {
+        for (const int number : {1, 2}) {
             save(okRecord("A"), number);
+        }
+    }
     const QStringList expected{"C1_T1ROI1_1112_094323_421_A.bmp", "C1_T1ROI1_1112_094323_422_A.bmp",
         "C1_T1ROI1_1112_094323_423_A.bmp", "C1_T1ROI2_1112_094323_421_A.bmp", "C1_T1ROI2_1112_094323_422_A.bmp",
         "C1_T1ROI2_1112_094323_423_A.bmp"};
@@ -329,8 +334,9 @@ TEST_F(PictureFolderTest, atMidnightFolderAndNameAgreeOnTheDay)
     tool.removable = directory.filePath(QStringLiteral("USB"));
     QDateTime time(QDate(2021, 12, 31), QTime(23, 59, 59, 998));
     PictureArchive ticking(settings, greyConverter, MountTable(), [&time] { return time = time.addMSecs(1); });
-    for (int number = 1; number <= 3; ++number)
+    for (int number = 1; number <= 3; ++number) {
         ticking.savePicture(&tool, model, okRecord("A"), number, numberedPicture(number));
+    }
     QThreadPool::globalInstance()->waitForDone();
     EXPECT_EQ(filesIn(tool.removable + "/AISavePic_20211231/tavoro_p1_1_C1_T1/OK"),
         QStringList{"C1_T1ROI1_1231_235959_999_A.bmp"});
@@ -384,8 +390,9 @@ TEST_F(PictureFolderTest, preparationCreatesAllFoldersAndCounts)
 TEST_F(PictureFolderTest, preparationNeedsNoSwitch)
 {
     archive.prepareFolders(&tool, model, {"0O"});
-    for (const char* folder : {"OK", "NG/ng", "NG/ng_notype"})
+    for (const char* folder : {"OK", "NG/ng", "NG/ng_notype"}) {
         EXPECT_TRUE(QDir(modelFolder() + folder).exists()) << folder;
+    }
 }
 
 TEST_F(PictureFolderTest, aModelWithoutClassesHasNoFolderForThem)

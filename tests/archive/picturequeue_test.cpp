@@ -33,8 +33,9 @@ QImage recordingConverter(const cv::Mat& mat)
 
 QImage throwingConverter(const cv::Mat& mat)
 {
-    if (pictureNumber(mat) % 3 == 0)
+    if (pictureNumber(mat) % 3 == 0) {
         throw std::bad_alloc();
+    }
     return Scribo::cvMat2QImage(mat);
 }
 
@@ -57,8 +58,9 @@ protected:
     void expectPictures(int count) const
     {
         ASSERT_EQ(filesIn(directory.path()).size(), count);
-        for (int number = 0; number < count; ++number)
+        for (int number = 0; number < count; ++number) {
             EXPECT_TRUE(fileShows(pathOf(number), numberedPicture(number))) << number;
+        }
     }
 
     QTemporaryDir directory;
@@ -72,8 +74,9 @@ TEST_F(PictureQueueTest, ofThirtyQueuedAtOnceOneIsTakenAndTwentyWait)
 {
     BlockedPool pool;
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
-    for (int i = 0; i < 30; ++i)
+    for (int i = 0; i < 30; ++i) {
         queue(archive, (i * 7) % 30);
+    }
     pool.release();
     expectPictures(21);
 }
@@ -83,8 +86,9 @@ TEST_F(PictureQueueTest, queuesAgainAfterAnOverflow)
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
     {
         const BlockedPool pool;
-        for (int number = 30; number < 90; ++number)
+        for (int number = 30; number < 90; ++number) {
             queue(archive, number);
+        }
     }
     EXPECT_EQ(filesIn(directory.path()).size(), 21);
     queue(archive, 500);
@@ -96,8 +100,9 @@ TEST_F(PictureQueueTest, writesTheSmallestPathFirst)
 {
     BlockedPool pool;
     PictureArchive archive(settings, recordingConverter);
-    for (const int number : {5, 2, 9, 0, 7})
+    for (const int number : {5, 2, 9, 0, 7}) {
         queue(archive, number);
+    }
     archive.drainPendingPictures();
     EXPECT_EQ(taken, (std::vector<int>{0, 2, 5, 7, 9}));
     pool.release();
@@ -108,8 +113,9 @@ TEST_F(PictureQueueTest, aPictureWaitingUnderTheSamePathIsReplaced)
 {
     BlockedPool pool;
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
-    for (const int number : {1, 2, 3})
+    for (const int number : {1, 2, 3}) {
         archive.queuePicture(&tool, numberedPicture(number), pathOf(0));
+    }
     pool.release();
     EXPECT_EQ(filesIn(directory.path()).size(), 1);
     EXPECT_TRUE(fileShows(pathOf(0), numberedPicture(3)));
@@ -161,8 +167,9 @@ TEST_F(PictureQueueTest, aPictureThatCannotBeConvertedDoesNotStopTheOthers)
 {
     BlockedPool pool;
     PictureArchive archive(settings, throwingConverter);
-    for (int number = 0; number < 9; ++number)
+    for (int number = 0; number < 9; ++number) {
         queue(archive, number);
+    }
     archive.queuePicture(&tool, cv::Mat(4, 4, CV_32FC1, cv::Scalar(1)), pathOf(9));
     pool.release();
     EXPECT_EQ(filesIn(directory.path()).size(), 6);
@@ -190,8 +197,9 @@ TEST_F(PictureQueueTest, aFolderThatComesAndGoesNeverHoldsAPartOfAPicture)
     const QString folder = directory.filePath(QStringLiteral("folder/"));
     std::atomic<bool> done{false};
     std::thread remover([&] {
-        while (!done)
+        while (!done) {
             QDir(folder).removeRecursively();
+        }
     });
     const cv::Mat picture = numberedPicture(1, {400, 300});
     for (int number = 0; number < 100; ++number) {
@@ -206,8 +214,9 @@ TEST_F(PictureQueueTest, aFolderThatComesAndGoesNeverHoldsAPartOfAPicture)
     QThreadPool::globalInstance()->waitForDone();
     const QStringList files = filesIn(folder);
     EXPECT_TRUE(files.contains("last.bmp"));
-    for (const QString& file : files)
+    for (const QString& file : files) {
         EXPECT_TRUE(fileShows(folder + file, picture)) << file.toStdString();
+    }
 }
 
 // What outlives the archive
@@ -216,8 +225,9 @@ TEST_F(PictureQueueTest, anArchiveDestroyedWithTwentyWaitingStillWritesThem)
 {
     BlockedPool pool;
     auto archive = std::make_unique<PictureArchive>(settings, &Scribo::cvMat2QImage);
-    for (int number = 0; number < 20; ++number)
+    for (int number = 0; number < 20; ++number) {
         queue(*archive, number);
+    }
     archive.reset(); // returns although no writer can run
     expectPictures(0);
     pool.release();
@@ -229,8 +239,9 @@ TEST_F(PictureQueueTest, archivesDestroyedWhileWritersRunStillWriteTheirPictures
     constexpr int archives = 40;
     for (int i = 0; i < archives; ++i) {
         PictureArchive archive(settings, &Scribo::cvMat2QImage);
-        for (int number = 0; number < 5; ++number)
+        for (int number = 0; number < 5; ++number) {
             queue(archive, 5 * i + number);
+        }
     }
     QThreadPool::globalInstance()->waitForDone();
     expectPictures(5 * archives);

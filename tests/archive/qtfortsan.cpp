@@ -34,8 +34,9 @@ public:
         __tsan_acquire(this);
         const bool owned = task->autoDelete();
         task->run();
-        if (owned)
+        if (owned) {
             delete task;
+        }
         __tsan_release(pool);
     }
 

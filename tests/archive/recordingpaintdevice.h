@@ -32,22 +32,27 @@ public:
     Type type() const override { return User; }
     void updateState(const QPaintEngineState& state) override
     {
-        if (state.state() & DirtyPen)
+        if (state.state() & DirtyPen) {
             current.pen = state.pen();
-        if (state.state() & DirtyBrush)
+        }
+        if (state.state() & DirtyBrush) {
             current.brush = state.brush();
-        if (state.state() & DirtyFont)
+        }
+        if (state.state() & DirtyFont) {
             current.font = state.font();
+        }
     }
     void drawRects(const QRect* rects, int count) override
     {
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < count; ++i) {
             addRect(rects[i]);
+        }
     }
     void drawRects(const QRectF* rects, int count) override
     {
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < count; ++i) {
             addRect(rects[i]);
+        }
     }
     void drawTextItem(const QPointF& position, const QTextItem& item) override
     {

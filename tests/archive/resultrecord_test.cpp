@@ -21,8 +21,9 @@ const QStringList keys{"charCount", "defect_rects", "defect_scores", "defect_typ
 void expectTypes(const QVariantMap& record)
 {
     EXPECT_EQ(record.keys(), keys);
-    for (const char* list : {"defect_rects", "defect_scores", "defect_types"})
+    for (const char* list : {"defect_rects", "defect_scores", "defect_types"}) {
         EXPECT_EQ(record[list].type(), QVariant::List) << list;
+    }
     EXPECT_EQ(record["charCount"].type(), QVariant::Int);
     EXPECT_EQ(record["resString"].type(), QVariant::String);
 }

@@ -75,8 +75,9 @@ TEST_F(HostileHost, HandsOverOddPictures)
     for (const cv::Mat& picture : pictures) {
         tool.picture = picture;
         tool.taughtRegions = {QRectF(0, 0, 50, 30), QRectF(0, 0, picture.cols, picture.rows)};
-        for (int index : {0, 1, 31, 32, -1, INT_MAX, INT_MIN})
+        for (int index : {0, 1, 31, 32, -1, INT_MAX, INT_MIN}) {
             processor->process(&tool, index);
+        }
     }
     EXPECT_EQ(readGoodPicture(*processor), expected);
 }

@@ -38,13 +38,14 @@ std::vector<Job> readJobs(const QString& folder)
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
     const QJsonObject pictures = QJsonDocument::fromJson(file.readAll()).object();
     std::vector<Job> jobs;
-    for (auto picture = pictures.begin(); picture != pictures.end(); ++picture)
+    for (auto picture = pictures.begin(); picture != pictures.end(); ++picture) {
         for (const QJsonValue& region : picture.value().toArray()) {
             const QJsonArray rect = region["rect"].toArray();
             jobs.push_back({folder + "/" + picture.key(),
                 QRectF(rect[0].toDouble(), rect[1].toDouble(), rect[2].toDouble(), rect[3].toDouble()),
                 region["reference"].toString()});
         }
+    }
     return jobs;
 }
 
@@ -52,8 +53,9 @@ cv::Mat readPicture(const QString& path)
 {
     const cv::Mat stored = cv::imread(path.toStdString(), cv::IMREAD_UNCHANGED);
     EXPECT_FALSE(stored.empty()) << path.toStdString();
-    if (stored.channels() != 3)
+    if (stored.channels() != 3) {
         return stored;
+    }
     cv::Mat picture;
     cv::cvtColor(stored, picture, cv::COLOR_BGR2RGB);
     return picture;

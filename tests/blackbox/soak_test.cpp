@@ -55,8 +55,9 @@ TEST(Soak, FourStationsShareADetectorAndNoResultIsCrossed)
         station.tool.taughtRegions = {QRectF(0, 0, station.tool.picture.cols, station.tool.picture.rows)};
         station.processor = plugin.makeInstance(&station.tool);
         station.alone = station.read();
-        for (int other = 0; other < i; ++other)
+        for (int other = 0; other < i; ++other) {
             ASSERT_NE(station.alone, stations[static_cast<std::size_t>(other)].alone) << "or nothing could be crossed";
+        }
     }
 
     std::atomic<int> items{0};
@@ -66,15 +67,18 @@ TEST(Soak, FourStationsShareADetectorAndNoResultIsCrossed)
         threads.emplace_back([&] {
             for (int i = 0; i < itemsEach; ++i) {
                 station.crossed += station.read() == station.alone ? 0 : 1;
-                if (++items == settledAfter)
+                if (++items == settledAfter) {
                     settled = residentBytes();
+                }
             }
         });
     }
-    for (std::thread& thread : threads)
+    for (std::thread& thread : threads) {
         thread.join();
-    for (const Station& station : stations)
+    }
+    for (const Station& station : stations) {
         EXPECT_EQ(station.crossed, 0) << station.alone.toStdString();
+    }
     EXPECT_EQ(items, stationCount * itemsEach);
     if (!underSanitizer) {
         EXPECT_LT(residentBytes() - settled, 4 << 20);

@@ -168,8 +168,8 @@ TEST_F(CrnnTest, OutputsTakeTheirActualShapeFromEachRun)
     runtime.outputDims = [](int, int width) { return makeDims({width / 8, 2, 3, 1}); };
     ASSERT_TRUE(detector->detect(greyImage(320), characters));
     const OutputTensor& output = detector->outputs[0];
-    EXPECT_THAT((std::vector<int>{output.timeSteps, output.dim1, output.numClasses, output.dim3}),
-        ElementsAre(40, 2, 3, 1));
+    EXPECT_THAT(
+        (std::vector<int>{output.timeSteps, output.dim1, output.numClasses, output.dim3}), ElementsAre(40, 2, 3, 1));
     EXPECT_EQ(output.byteSize, 40 * 2 * 3 * 4);
 }
 
@@ -283,8 +283,7 @@ TEST_F(CrnnTest, AnOutputBeyondItsBufferIsNotRead)
     nvinfer1::Dims error = makeDims({});
     error.nbDims = -1;
     // Larger than at the full width, of unknown size, of more scores than bytes, and none at all.
-    for (const nvinfer1::Dims& dims :
-        {makeDims({81, 1, 4}), makeDims({-1, 1, 4}), makeDims({900, 0, 900}), error}) {
+    for (const nvinfer1::Dims& dims : {makeDims({81, 1, 4}), makeDims({-1, 1, 4}), makeDims({900, 0, 900}), error}) {
         runtime.network = [&](NetworkRun&) { runtime.outputDims = [dims](int, int) { return dims; }; };
         const LogCapture log;
         std::vector<std::string> characters;

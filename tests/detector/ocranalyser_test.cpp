@@ -351,7 +351,8 @@ TEST_F(Analyser, AnAlphabetThatLackedACharacterOnceIsNotTrustedAgain)
     log.take();
     EXPECT_EQ(analyser.execute(image, results), -3);
     EXPECT_THAT(results, IsEmpty());
-    EXPECT_THAT(log.take(), ElementsAre(QtLogCapture::Line{QtCriticalMsg, "Internal error, detection failed.", "", ""}));
+    EXPECT_THAT(
+        log.take(), ElementsAre(QtLogCapture::Line{QtCriticalMsg, "Internal error, detection failed.", "", ""}));
 
     runtime.outputDims = fourClasses;
     networkReads({1});

@@ -26,8 +26,9 @@ TEST(ArchiveAccount, CountsItsOwnPicturesByVerdict)
     station.write("AISavePic/m_C1_T1/OK/old.bmp", "x");
     station.write("AISavePic/m_C9_T9/OK/other.bmp", "x");
     ArchiveAccount account(station.path(""), {}, "C1_T1");
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         account.add(region(true, Archiving::queued));
+    }
     account.add(region(false, Archiving::queued));
     account.add(region(false, Archiving::capped));
     account.add(region(false, Archiving::off));
@@ -54,8 +55,9 @@ TEST(InspectArchive, SavesWhatIsAskedForAndSaysSo)
 {
     const Station station;
     station.write("readings", "AB\nCD\nAB\n");
-    for (const char* const name : {"a.png", "b.png", "c.png"})
+    for (const char* const name : {"a.png", "b.png", "c.png"}) {
         station.writePicture(name);
+    }
     const QStringList judged = {"--compare", "fixed", "--reference", "AB", "--identity", "C2_T3"};
     Station::Outcome outcome
         = station.run(judged + QStringList{"--archive", "ar", "--save", "ok,ng", "a.png", "b.png", "c.png"});
@@ -73,8 +75,9 @@ TEST(InspectArchive, TellsTheCapFromALoss)
 {
     const Station station;
     station.write("readings", "AB\nAB\nAB\n(lost)\nAB\n");
-    for (const char* const name : {"a.png", "b.png", "c.png"})
+    for (const char* const name : {"a.png", "b.png", "c.png"}) {
         station.writePicture(name);
+    }
     Station::Outcome outcome
         = station.run({"--archive", "ar", "--save", "ok", "--set", "5=0:2", "a.png", "b.png", "c.png"});
     EXPECT_EQ(outcome.code, 0);

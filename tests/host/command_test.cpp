@@ -42,8 +42,9 @@ TEST(Inspect, ShowsHelpOnOneScreen)
     EXPECT_EQ(outcome.code, 0);
     const QList<QByteArray> lines = outcome.output.split('\n');
     EXPECT_LE(lines.size(), 40);
-    for (const QByteArray& line : lines)
+    for (const QByteArray& line : lines) {
         EXPECT_LE(line.size(), 80) << line.constData();
+    }
     EXPECT_EQ(outcome.errors, "");
     EXPECT_EQ(station.run({"--version"}).output, "scribo-inspect 1.4.0\n");
 }
@@ -93,9 +94,10 @@ TEST(Inspect, RefusesARegionsReferenceOrCountThatNothingLooksAt)
     station.write("count.json", R"([[0, 0, 9, 9], {"rect": [0, 0, 9, 9], "count": [3, 4]}])");
     station.write("one.json", R"([{"rect": [0, 0, 9, 9], "count": [3, 4]}])");
     const QStringList reference = {"--regions", "reference.json", "a.png"};
-    for (const QStringList& compare : {QStringList{}, QStringList{"--compare", "auto"}})
+    for (const QStringList& compare : {QStringList{}, QStringList{"--compare", "auto"}}) {
         EXPECT_THAT(refusal(station, compare + reference),
             HasSubstr("/reference.json: \"reference\" is looked at only by fixed comparison: add --compare fixed"));
+    }
     EXPECT_THAT(refusal(station, {"--regions", "count.json", "a.png"}),
         HasSubstr("/count.json: \"count\" is looked at only when readings are compared: add --compare fixed or auto"));
     EXPECT_EQ(station.run({"--regions", "one.json", "--compare", "auto", "a.png"}).code, 1);
@@ -239,9 +241,10 @@ TEST(ProgressBar, IsDrawnOverItselfOnATerminalOnly)
         std::rewind(stream.get());
         char buffer[4096];
         const std::string shown(buffer, std::fread(buffer, 1, sizeof buffer, stream.get()));
-        if (isTerminal)
+        if (isTerminal) {
             expectWholeBar(shown);
-        else
+        } else {
             EXPECT_EQ(shown, "");
+        }
     }
 }

@@ -34,8 +34,9 @@ FakeProcessor::FakeProcessor()
 void FakeProcessor::loadParams(const QJsonObject& settings)
 {
     const QJsonArray values = settings["paramsWrap"].toArray();
-    for (int i = 0; i < std::min(values.size(), parameters.size()); ++i)
+    for (int i = 0; i < std::min(values.size(), parameters.size()); ++i) {
         parameters[i]->readJson(values[i].toObject());
+    }
 }
 
 void FakeProcessor::saveParams(QJsonObject& settings)
@@ -52,34 +53,40 @@ void FakeProcessor::saveParams(QJsonObject& settings)
 QString FakeProcessor::nextReading(const cv::Mat& picture)
 {
     QFile file("readings");
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
         return "AB12";
+    }
     const QStringList readings = QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
     const QString reading = readings[std::min(processed, readings.size() - 1)];
     ++processed;
-    if (reading != "@pixel")
+    if (reading != "@pixel") {
         return reading;
-    if (picture.channels() == 1)
+    }
+    if (picture.channels() == 1) {
         return QString::number(picture.at<uchar>(0, 0));
+    }
     const auto& pixel = picture.at<cv::Vec3b>(0, 0);
     return QString("%1,%2,%3").arg(pixel[0]).arg(pixel[1]).arg(pixel[2]);
 }
 
 bool FakeProcessor::judge()
 {
-    if (compare[0])
+    if (compare[0]) {
         return true;
+    }
     return text == reference && count >= countLow && count <= countHigh;
 }
 
 void FakeProcessor::process(Tool* tool, int index)
 {
-    if (index == 0)
+    if (index == 0) {
         items.clear();
+    }
     text.clear();
     count = -1;
-    if (enable[1])
+    if (enable[1]) {
         return; // nothing is inspected, and no item recorded
+    }
     const QString reading = nextReading(tool->image(index));
     Item item;
     item.box = tool->regions(index).first().toRect();
@@ -100,12 +107,14 @@ void FakeProcessor::archivePicture(Tool* tool, bool isOk)
     const QString base = tool->removableDiskPath().isEmpty() ? tool->toolDirectory() + "AISavePic"
                                                              : tool->removableDiskPath() + "/AISavePic_20261121";
     const QDir folder(base + "/fake_" + tool->toolIdentity() + (isOk ? "/OK" : "/NG/ng"));
-    if (!save[verdict] || !tool->savingAllowed() || !folder.mkpath("."))
+    if (!save[verdict] || !tool->savingAllowed() || !folder.mkpath(".")) {
         return;
+    }
     saved[verdict] = folder.entryList(QDir::Files).size();
     const bool isFull = tool->removableDiskPath().isEmpty() && saved[verdict] >= saveLimit[verdict];
-    if (isFull || text == "(lost)")
+    if (isFull || text == "(lost)") {
         return;
+    }
     QFile file(folder.filePath(QString("%1.bmp").arg(saved[verdict])));
     file.open(QIODevice::WriteOnly);
 }
@@ -117,8 +126,9 @@ ProcessorInterface* FakeProcessor::clone(Tool*, bool)
 
 bool FakeProcessor::isResultOk(int index)
 {
-    if (index == -1)
+    if (index == -1) {
         return std::all_of(items.begin(), items.end(), [](const Item& item) { return item.isOk; });
+    }
     return index >= 0 && index < items.size() && items[index].isOk;
 }
 

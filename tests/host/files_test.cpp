@@ -98,9 +98,10 @@ TEST(RegionPlan, NamesThePlaceOfEveryMistake)
         ": \"a.png\": region 1: unknown key \"text\": a region has \"rect\", \"reference\" and \"count\"");
     EXPECT_EQ(regionsError(station, R"([{"rect": [1, 2, 3, 4], "reference": 7}])"),
         ": region 1: \"reference\" must be a text");
-    for (const char* const count : {"3", "[1]", "[3, 2]", "[-1, 2]", "[0.5, 2]", "[0, 1e12]", R"(["1", 2])"})
+    for (const char* const count : {"3", "[1]", "[3, 2]", "[-1, 2]", "[0.5, 2]", "[0, 1e12]", R"(["1", 2])"}) {
         EXPECT_EQ(regionsError(station, R"([{"rect": [1, 2, 3, 4], "count": )" + QByteArray(count) + "}]"),
             ": region 1: \"count\" must be [min, max], whole numbers from 0 to 99999");
+    }
 }
 
 TEST(RegionPlan, KeepsThePlanWhenAFileIsDamaged)
@@ -147,21 +148,24 @@ TEST(RegionPlan, ParsesRegionsAndCountsOfTheCommandLine)
     EXPECT_TRUE(parseRegion("1, -2.5,3,4e1", &rect));
     EXPECT_EQ(rect, QRectF(1, -2.5, 3, 40));
     for (const char* const text :
-        {"", "1,2,3", "1,2,3,4,5", "1,2,3,x", "1,2,nan,4", "1,inf,3,4", "1,2,0,4", "1,2,3,-4"})
+        {"", "1,2,3", "1,2,3,4,5", "1,2,3,x", "1,2,nan,4", "1,inf,3,4", "1,2,0,4", "1,2,3,-4"}) {
         EXPECT_FALSE(parseRegion(text, &rect)) << text;
+    }
     CountRange range;
     EXPECT_TRUE(parseCount("3:12", &range));
     EXPECT_EQ(range.low, 3);
     EXPECT_EQ(range.high, 12);
-    for (const char* const text : {"", "3", "3:", ":3", "4:3", "-1:3", "1:2:3", "a:b", "0:100000"})
+    for (const char* const text : {"", "3", "3:", ":3", "4:3", "-1:3", "1:2:3", "a:b", "0:100000"}) {
         EXPECT_FALSE(parseCount(text, &range)) << text;
+    }
 }
 
 TEST(PictureList, TakesThePicturesOfAFolderByNameAndNothingElse)
 {
     const Station station;
-    for (const char* const name : {"b.PNG", "a.tiff", "c.jpg", "jobs.json", "draw.py", "below/d.png"})
+    for (const char* const name : {"b.PNG", "a.tiff", "c.jpg", "jobs.json", "draw.py", "below/d.png"}) {
         station.write(QString("pictures/") + name, "x");
+    }
     const QList<PictureFile> pictures = listPictures({"pictures", "pictures/b.PNG"}, station.path("."));
     ASSERT_EQ(pictures.size(), 4);
     EXPECT_EQ(pictures[0].name, "pictures/a.tiff");
@@ -249,8 +253,9 @@ TEST(WholeFile, TakesThePlaceOfAnEarlierOne)
 {
     const Station station;
     QString error;
-    for (const char* const bytes : {"old", "new"})
+    for (const char* const bytes : {"old", "new"}) {
         EXPECT_TRUE(writeWholeFile(station.path("file"), bytes, &error)) << qPrintable(error);
+    }
     EXPECT_EQ(station.read("file"), "new");
     EXPECT_FALSE(writeWholeFile("/proc/none/file", "new", &error));
     EXPECT_TRUE(error.startsWith("/proc/none/file: cannot be written: ")) << qPrintable(error);

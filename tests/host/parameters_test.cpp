@@ -91,8 +91,9 @@ TEST_F(HostParameters, SaysWhyAValueIsRefusedAndChangesNothing)
     EXPECT_EQ(set(9, "4"), "parameter 9: \"4\" is none of the choices: [1 off] | 2 固定字符 | 3 auto");
     EXPECT_EQ(set(9, "0"), "parameter 9: \"0\" is none of the choices: [1 off] | 2 固定字符 | 3 auto");
     const QString switches = " must be \"on\" or \"off\" for each of 2 choices, separated by commas";
-    for (const char* const text : {"on", "on,on,on", "on,", "1,0"})
+    for (const char* const text : {"on", "on,on,on", "on,", "1,0"}) {
         EXPECT_EQ(set(4, text), QString("parameter 4: \"%1\"").arg(text) + switches);
+    }
     EXPECT_EQ(set(5, "many"), "parameter 5: \"many\" is not a number");
     EXPECT_EQ(set(5, "10000"), "parameter 5: 10000 is not between 0 and 9999");
     EXPECT_EQ(set(5, "9:3"), "parameter 5: the lower limit 9 is above the upper limit 3");
@@ -156,15 +157,18 @@ TEST_F(HostParameters, SettingsOfOtherTypesAreDamaged)
     expectDemand(1, R"({"isRunningShow": "no"})", "\"isRunningShow\" must be true or false");
     expectDemand(2, R"({"selectedText": null})", "\"selectedText\" must be a text");
     expectDemand(10, R"({"values": 7})", "\"values\" must be a text");
-    for (const char* const values : {"\"fixed\"", "1", "{}", "[false, 1, false]"})
+    for (const char* const values : {"\"fixed\"", "1", "{}", "[false, 1, false]"}) {
         expectDemand(9, QByteArray(R"({"values": )") + values + '}', "\"values\" must be a list of true and false");
+    }
     for (const char* const values :
-        {"[]", "[false, false, false]", "[false, true, true]", "[false, false, false, true]"})
+        {"[]", "[false, false, false]", "[false, true, true]", "[false, false, false, true]"}) {
         expectDemand(9, QByteArray(R"({"values": )") + values + '}', "\"values\" must be a list with one true");
+    }
     expectDemand(4, R"({"values": [1, 0]})", "\"values\" must be a list of true and false");
-    for (const char* const low : {"\"3\"", "true", "2.5", "99999999999", "1e12"})
+    for (const char* const low : {"\"3\"", "true", "2.5", "99999999999", "1e12"}) {
         expectDemand(
             13, QByteArray(R"({"highThresh": 9, "lowThresh": )") + low + '}', "\"lowThresh\" must be a whole number");
+    }
     QJsonObject after;
     processor->saveParams(after);
     EXPECT_EQ(after, before);

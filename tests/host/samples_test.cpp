@@ -49,8 +49,9 @@ TEST(InspectSamples, AutomaticComparisonLearnsFromPictureToPicture)
     const Station station;
     const QString picture = samples + "/01_carton.png";
     QStringList pictures;
-    for (int i = 0; i < 7; ++i)
+    for (int i = 0; i < 7; ++i) {
         pictures.append(picture);
+    }
     const Station::Outcome outcome
         = runReal(station, QStringList{"--quiet", "--compare", "auto", "--region", "141,201,331,58"} + pictures);
     EXPECT_EQ(outcome.code, 1) << outcome.errors.constData();

@@ -43,10 +43,12 @@ Station::Outcome Station::run(const QStringList& arguments, const QString& error
     environment.insert("LC_ALL", "C");
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(folder.path());
-    if (!errorFile.isEmpty())
+    if (!errorFile.isEmpty()) {
         process.setStandardErrorFile(errorFile);
-    if (!outputFile.isEmpty())
+    }
+    if (!outputFile.isEmpty()) {
         process.setStandardOutputFile(outputFile);
+    }
     process.start(SCRIBO_INSPECT_FILE, arguments);
     EXPECT_TRUE(process.waitForFinished(120'000));
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1, process.readAllStandardOutput(),

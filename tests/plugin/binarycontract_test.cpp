@@ -29,8 +29,9 @@ template <typename... Operations>
 void expectOrder(Operations... operations)
 {
     std::size_t slot = 2;
-    for (std::size_t found : {slotOf(operations)...})
+    for (std::size_t found : {slotOf(operations)...}) {
         EXPECT_EQ(found, slot++);
+    }
 }
 
 /// Expects these fields of `object` to lie in it in this order.

@@ -58,8 +58,9 @@ TEST_F(Inspection, ReadsAnEmptyRegion)
 TEST_F(Inspection, WarmsItsModelUpBeforeTheFirstItem)
 {
     ASSERT_EQ(RuntimeDouble::instance().runs.size(), 2U) << "once by the analyser, once by the plug-in";
-    for (float value : RuntimeDouble::instance().runs[1].input)
+    for (float value : RuntimeDouble::instance().runs[1].input) {
         ASSERT_EQ(value, -1.0F) << "a blank picture";
+    }
 }
 
 TEST_F(Inspection, PassesAnItemWhenAllItsRegionsPass)

@@ -33,10 +33,12 @@ public:
 private:
     void failAt(const std::string& operation) const
     {
-        if (operation != failing)
+        if (operation != failing) {
             return;
-        if (throwsExceptions)
+        }
+        if (throwsExceptions) {
             throw std::runtime_error("no " + operation);
+        }
         throw 42;
     }
 };

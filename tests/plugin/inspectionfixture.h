@@ -96,10 +96,12 @@ protected:
         QThreadPool::globalInstance()->waitForDone();
         std::vector<std::string> files;
         const QDir folder(tool.directory + "AISavePic/" + modelName() + "_C1_T1");
-        for (const QString sub : {"OK", "NG/ng", "NG/ng_notype"})
-            for (QString file : QDir(folder.filePath(sub)).entryList(QDir::Files, QDir::Name))
+        for (const QString sub : {"OK", "NG/ng", "NG/ng_notype"}) {
+            for (QString file : QDir(folder.filePath(sub)).entryList(QDir::Files, QDir::Name)) {
                 files.push_back(
                     (sub + "/" + file.replace(QRegularExpression("\\d{4}_\\d{6}_\\d{3}"), "TIME")).toStdString());
+            }
+        }
         return files;
     }
 

@@ -15,9 +15,11 @@ namespace {
 void expectPicture(const QImage& picture, const cv::Mat& expected)
 {
     ASSERT_EQ(picture.size(), QSize(expected.cols, expected.rows));
-    for (int y = 0; y < expected.rows; ++y)
-        for (int x = 0; x < expected.cols; ++x)
+    for (int y = 0; y < expected.rows; ++y) {
+        for (int x = 0; x < expected.cols; ++x) {
             ASSERT_EQ(qRed(picture.pixel(x, y)), expected.at<uchar>(y, x)) << x << ", " << y;
+        }
+    }
 }
 
 } // namespace
@@ -78,8 +80,7 @@ TEST_F(Inspection, NumbersThePicturesOfEachItemByItsLines)
     tool.announced = cv::Size(300, 60); // of which the first region lies outside the picture that comes
     tool.taughtRegions = {QRectF(250, 5, 30, 20), QRectF(0, 0, 10, 10), QRectF(10, 20, 40, 20)};
     process(2, {aa, aa});
-    EXPECT_THAT(archivedFiles(),
-        testing::IsSupersetOf({"OK/C1_T1ROI2_TIME_AA.bmp", "OK/C1_T1ROI3_TIME_AA.bmp"}));
+    EXPECT_THAT(archivedFiles(), testing::IsSupersetOf({"OK/C1_T1ROI2_TIME_AA.bmp", "OK/C1_T1ROI3_TIME_AA.bmp"}));
 }
 
 TEST_F(Inspection, ArchivesWithoutReadingWhenTheModelIsDisabled)
@@ -99,8 +100,9 @@ TEST_F(Inspection, PreparesTheModelsFolders)
 {
     instance->archivePictures(&tool);
     const QDir folder(tool.directory + "AISavePic/" + modelName() + "_C1_T1");
-    for (const char* sub : {"OK", "NG/ng", "NG/ng_notype"})
+    for (const char* sub : {"OK", "NG/ng", "NG/ng_notype"}) {
         EXPECT_TRUE(folder.exists(sub)) << sub;
+    }
     EXPECT_THAT(archivedFiles(), testing::IsEmpty());
 }
 
@@ -122,9 +124,11 @@ TEST_F(Inspection, DrawsAnItemsLines)
     QPainter recorder(&device);
     instance->drawResult(&recorder, 0);
     std::vector<std::string> characters;
-    for (const PaintedItem& item : device.items())
-        if (item.rect.isNull())
+    for (const PaintedItem& item : device.items()) {
+        if (item.rect.isNull()) {
             characters.push_back((item.text + item.pen.color().name(QColor::HexRgb)).toStdString());
+        }
+    }
     EXPECT_THAT(characters, testing::ElementsAre("A#4caf50", "1#4caf50", "A#ff5252"))
         << "the one that the reference has not";
 }

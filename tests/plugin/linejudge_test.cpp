@@ -17,8 +17,9 @@ protected:
 
     void setMode(Mode mode)
     {
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             settings.compareMode[i] = i == mode;
+        }
     }
 
     bool judge(const std::vector<std::string>& texts, const QRectF& region = QRectF(0, 0, 100, 30))
@@ -166,8 +167,9 @@ TEST_F(Judge, LearnsFromFiveIdenticalReadings)
 TEST_F(Judge, StartsOverWhenALearnedReadingDiffers)
 {
     setMode(Automatic);
-    for (const char* text : {"A1", "A1", "A1", "A1", "A1"})
+    for (const char* text : {"A1", "A1", "A1", "A1", "A1"}) {
         EXPECT_FALSE(judge(text));
+    }
     EXPECT_EQ(settings.autoUpdateHits, 4);
     EXPECT_FALSE(judge("B1"));
     EXPECT_EQ(settings.referenceText, "B1");
@@ -195,8 +197,9 @@ TEST_F(Judge, DoesNotCheckTheCountWhileLearning)
 TEST_F(Judge, LearnsEmptyReadings)
 {
     setMode(Automatic);
-    for (int hits = 1; hits <= 5; ++hits)
+    for (int hits = 1; hits <= 5; ++hits) {
         EXPECT_FALSE(judge("")) << hits;
+    }
     EXPECT_TRUE(judge("")) << "the reference was empty from the start";
 }
 

@@ -131,8 +131,9 @@ TEST_F(Parameters, PointAtTheSettings)
     }
     EXPECT_EQ(parameter<LineEditParam>(7).value, &settings.savePathText);
     EXPECT_EQ(parameter<RadioBoxParam>(9).values, settings.compareMode);
-    for (int number : {10, 12})
+    for (int number : {10, 12}) {
         EXPECT_EQ(parameter<LineEditParam>(number).rangeMin, nullptr);
+    }
     EXPECT_EQ(parameter<LineEditParam>(10).value, &settings.referenceText);
     EXPECT_EQ(parameter<LineEditParam>(12).value, &settings.recognisedText);
     auto& count = parameter<LimitLineEditParam>(13);

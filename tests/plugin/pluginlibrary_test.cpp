@@ -36,8 +36,9 @@ TEST(PluginLibrary, ShowsItsEntryPointsOnly)
     nm.start("nm", {"--dynamic", "--defined-only", "--format=posix", libraryFile});
     ASSERT_TRUE(nm.waitForFinished()) << nm.errorString().toStdString();
     QStringList names;
-    for (const QString& line : QString::fromUtf8(nm.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts))
+    for (const QString& line : QString::fromUtf8(nm.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts)) {
         names.append(line.section(' ', 0, 0));
+    }
     names.sort();
     EXPECT_EQ(names, (QStringList{"NvOptimusEnablementCuda", "qt_plugin_instance", "qt_plugin_query_metadata"}));
 }

@@ -82,10 +82,13 @@ TEST(RegionCutter, ClipsWhatIsInfinite)
 TEST(RegionCutter, TellsWhatIsNotToBeInspectedFromWhatCannotBeCut)
 {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-    for (const QRectF& region : {QRectF(0, 0, 0.999, 20), QRectF(0, 0, 20, 0), QRectF(0, 0, -5, 20)})
+    for (const QRectF& region : {QRectF(0, 0, 0.999, 20), QRectF(0, 0, 20, 0), QRectF(0, 0, -5, 20)}) {
         EXPECT_FALSE(isInspected(region));
-    for (const QRectF& region : {QRectF(0, 0, 1, 1), QRectF(500, 500, 20, 20), QRectF(nan, 0, 20, 20), QRectF(0, 0, nan, 20)})
+    }
+    for (const QRectF& region :
+        {QRectF(0, 0, 1, 1), QRectF(500, 500, 20, 20), QRectF(nan, 0, 20, 20), QRectF(0, 0, nan, 20)}) {
         EXPECT_TRUE(isInspected(region));
+    }
 }
 
 TEST(RegionCutter, SkipsEverythingInAnEmptyPicture)

@@ -20,8 +20,9 @@ protected:
     {
         Scribo root;
         std::unique_ptr<ProcessorInterface> instance(root.clone(&tool, false));
-        if (!model.isEmpty())
+        if (!model.isEmpty()) {
             choose(*instance, model);
+        }
         return instance;
     }
 
@@ -86,11 +87,13 @@ TEST_F(WithoutModel, AnswersIdleOperationsWithNothing)
     Scribo scribo;
     EXPECT_EQ(scribo.reserved11(), nullptr);
     EXPECT_EQ(scribo.reserved30(), nullptr);
-    for (const QString& text : {scribo.reserved21(), scribo.reserved22(), scribo.reserved28(), scribo.reserved35()})
+    for (const QString& text : {scribo.reserved21(), scribo.reserved22(), scribo.reserved28(), scribo.reserved35()}) {
         EXPECT_TRUE(text.isEmpty());
+    }
     for (bool flag :
-        {scribo.reserved23(), scribo.reserved24(), scribo.reserved29(), scribo.reserved31(), scribo.reserved32()})
+        {scribo.reserved23(), scribo.reserved24(), scribo.reserved29(), scribo.reserved31(), scribo.reserved32()}) {
         EXPECT_FALSE(flag);
+    }
     scribo.reserved14();
     scribo.reserved25();
     scribo.reserved26();
@@ -286,11 +289,13 @@ TEST_F(WithoutModel, SetsABitForEachGoodItem)
     auto& scribo = *dynamic_cast<Scribo*>(instance.get());
     setValue(scribo, 3, QJsonArray{false, true});
     setValue(scribo, 4, QJsonArray{true, false});
-    for (int index : {0, 3, 31, 32, 40, -1, INT_MIN, INT_MAX})
+    for (int index : {0, 3, 31, 32, 40, -1, INT_MIN, INT_MAX}) {
         scribo.process(&tool, index);
+    }
     EXPECT_EQ(scribo.okMask(), 0x80000009U);
-    for (int position = 0; position < 8; ++position)
+    for (int position = 0; position < 8; ++position) {
         EXPECT_TRUE(scribo.isResultOk(position)) << position;
+    }
     EXPECT_FALSE(scribo.isResultOk(8));
 
     setValue(scribo, 3, QJsonArray{true, false});

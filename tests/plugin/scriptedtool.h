@@ -28,8 +28,9 @@ public:
     bool upstreamPose(const QString& toolName, int, PosePair* found) override
     {
         askedPoseOf = toolName;
-        if (hasPose)
+        if (hasPose) {
             *found = pose;
+        }
         return hasPose;
     }
 };

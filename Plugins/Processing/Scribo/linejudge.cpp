@@ -47,8 +47,9 @@ QStringList LineJudge::positionPatterns() const
         const int before = patterns.size();
         std::copy_if(characterGroups.begin(), characterGroups.end(), std::back_inserter(patterns),
             [character](const QString& group) { return group.contains(character); });
-        if (patterns.size() == before)
+        if (patterns.size() == before) {
             patterns.append(QString(character));
+        }
     }
     return patterns;
 }
@@ -94,21 +95,25 @@ bool LineJudge::judgeLine(const std::string& reading, const QStringList& pattern
     settings.charCount = text.length();
     if (isComparing()) {
         verdict = matches(text, patterns, mismatches) && verdict;
-        if (settings.charCount < settings.charCountLow || settings.charCount > settings.charCountHigh)
+        if (settings.charCount < settings.charCountLow || settings.charCount > settings.charCountHigh) {
             verdict = false;
+        }
     }
     return verdict;
 }
 
 bool LineJudge::matches(const QString& text, const QStringList& patterns, QList<int>* mismatches) const
 {
-    if (text.length() == patterns.size())
+    if (text.length() == patterns.size()) {
         return std::equal(text.begin(), text.end(), patterns.begin(),
             [](QChar character, const QString& pattern) { return pattern.contains(character); });
+    }
 
     const QString& reference = settings.referenceText;
-    for (int i = 0; i < text.length(); ++i)
-        if (i >= reference.length() || reference[i] != text[i])
+    for (int i = 0; i < text.length(); ++i) {
+        if (i >= reference.length() || reference[i] != text[i]) {
             mismatches->append(i);
+        }
+    }
     return false;
 }

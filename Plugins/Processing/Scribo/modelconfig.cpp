@@ -96,7 +96,8 @@ bool parseModelConfig(const QByteArray& bytes, const QString& path, ModelConfig*
     // By way of QString, which drops a byte-order mark and replaces what is not UTF-8; of all bytes, for
     // fromUtf8(QByteArray) takes a zero for the end.
     QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(QString::fromUtf8(bytes.constData(), bytes.size()).toUtf8(), &parseError);
+    const QJsonDocument document
+        = QJsonDocument::fromJson(QString::fromUtf8(bytes.constData(), bytes.size()).toUtf8(), &parseError);
     if (parseError.error != QJsonParseError::NoError) {
         *error = "Parse config file " + path + " failed: " + parseError.errorString();
         return false;

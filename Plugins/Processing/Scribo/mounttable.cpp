@@ -26,8 +26,9 @@ QList<Mount> diskPartitions(const QByteArray& table)
         = QString::fromUtf8(table.constData(), table.size()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     for (const QString& line : lines) {
         const QRegularExpressionMatch match = partition.match(line);
-        if (match.hasMatch())
+        if (match.hasMatch()) {
             mounts.append({match.captured(1), match.captured(2), match.captured(3)});
+        }
     }
     return mounts;
 }
@@ -35,8 +36,9 @@ QList<Mount> diskPartitions(const QByteArray& table)
 QString diskOf(QString partition)
 {
     const auto isDigit = [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); };
-    while (!partition.isEmpty() && isDigit(partition.back()))
+    while (!partition.isEmpty() && isDigit(partition.back())) {
         partition.chop(1);
+    }
     return partition;
 }
 
@@ -44,8 +46,9 @@ QString systemDiskAmong(const QList<Mount>& mounts)
 {
     QString systemDisk;
     for (const Mount& mount : mounts) {
-        if (mount.fileSystem.contains(QLatin1String("ext")))
+        if (mount.fileSystem.contains(QLatin1String("ext"))) {
             systemDisk = diskOf(mount.device);
+        }
     }
     return systemDisk;
 }
@@ -61,22 +64,26 @@ MountTable::MountTable(QString path_, FileTest fileExists_)
 QStringList MountTable::findRemovableMounts()
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
         return {};
+    }
     // Files below /proc say that they are empty; readAll() reads to the end all the same.
     const QByteArray table = file.readAll();
-    if (table == mountsSnapshot)
+    if (table == mountsSnapshot) {
         return removableMounts;
+    }
 
     mountsSnapshot = table;
     removableMounts.clear();
     const QList<Mount> mounts = diskPartitions(table);
     const QString systemDisk = systemDiskAmong(mounts);
-    if (systemDisk.isEmpty() || !fileExists(systemDisk))
+    if (systemDisk.isEmpty() || !fileExists(systemDisk)) {
         return removableMounts;
+    }
     for (const Mount& mount : mounts) {
-        if (!mount.device.contains(systemDisk) && mount.mountPoint.contains(QLatin1String("/media/root")))
+        if (!mount.device.contains(systemDisk) && mount.mountPoint.contains(QLatin1String("/media/root"))) {
             removableMounts.append(mount.mountPoint);
+        }
     }
     return removableMounts;
 }

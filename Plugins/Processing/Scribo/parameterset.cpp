@@ -124,6 +124,7 @@ QJsonArray ParameterSet::toJson() const
 void ParameterSet::fromJson(const QJsonArray& array)
 {
     const int count = std::min(parameters.size(), array.size());
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         parameters[i]->readJson(array.at(i).toObject());
+    }
 }

@@ -33,17 +33,19 @@ struct Base
 Base baseOf(ToolInterface* tool, const QDateTime& now)
 {
     const QString disk = tool->removableDiskPath();
-    if (!disk.isEmpty())
+    if (!disk.isEmpty()) {
         return {
             disk + QStringLiteral("/AISavePic_") + now.toString(QStringLiteral("yyyyMMdd")) + QLatin1Char('/'), true};
+    }
     Tool* const systemTool = asTool(tool);
     return {systemTool ? systemTool->toolDirectory() + QStringLiteral("AISavePic/") : QString(), false};
 }
 
 QString verdictFolder(const SOrgAI_ResInfo& record)
 {
-    if (record.isOk)
+    if (record.isOk) {
         return QStringLiteral("OK/");
+    }
     return record.classIndex == -1 ? QStringLiteral("NG/ng_notype") : QStringLiteral("NG/ng");
 }
 
@@ -66,8 +68,8 @@ PictureArchive::PictureArchive(
     , clock(std::move(clock_))
     , queue(std::make_shared<PictureQueue>(converter))
 {
-    // Qt sets its calendar up on first use. Threads that write their first dates at the same time may get empty texts, and
-    // pictures without a time in their names replace each other.
+    // Qt sets its calendar up on first use. Threads that write their first dates at the same time may get empty texts,
+    // and pictures without a time in their names replace each other.
     static const QCalendar prepared;
 }
 
@@ -91,17 +93,20 @@ QString PictureArchive::pictureFolder(
 QString PictureArchive::folderAt(const QDateTime& now, ToolInterface* tool, const QString& modelName,
     const SOrgAI_ResInfo& record, const QString& toolId)
 {
-    if (!tool || modelName.isEmpty())
+    if (!tool || modelName.isEmpty()) {
         return {};
+    }
     const Base base = baseOf(tool, now);
-    if (base.path.isEmpty())
+    if (base.path.isEmpty()) {
         return {};
+    }
 
     const QString folder = base.path + modelName + QLatin1Char('_') + toolId + QLatin1Char('/') + verdictFolder(record);
     QDir().mkpath(folder);
 
-    if (!settings.saveSwitch[record.isOk ? 0 : 1])
+    if (!settings.saveSwitch[record.isOk ? 0 : 1]) {
         return {};
+    }
     int& count = record.isOk ? settings.okSavedCount : settings.ngSavedCount;
     const int limit = record.isOk ? settings.okSaveLimit : settings.ngSaveLimit;
     if (base.removable) {
@@ -115,15 +120,17 @@ QString PictureArchive::folderAt(const QDateTime& now, ToolInterface* tool, cons
 void PictureArchive::queuePicture(ToolInterface* tool, const cv::Mat& image, const QString& path)
 {
     Tool* const savingTool = asTool(tool);
-    if (!savingTool || !savingTool->savingAllowed() || image.empty())
+    if (!savingTool || !savingTool->savingAllowed() || image.empty()) {
         return;
+    }
 
     cv::Mat copy;
     try {
-        if (image.channels() == 3)
+        if (image.channels() == 3) {
             cv::cvtColor(image, copy, cv::COLOR_BGR2RGB);
-        else
+        } else {
             image.copyTo(copy);
+        }
     } catch (const cv::Exception&) {
         return; // of a depth that could not be written either, or out of memory: no reason to fail the inspection
     }
@@ -143,8 +150,9 @@ QDateTime PictureArchive::stampFor(int number)
     QDateTime stamp = clock();
     const bool isSetBack = lastReading.isValid() && stamp.msecsTo(lastReading) >= clockSetBack;
     lastReading = stamp;
-    if (lastStamp.isValid() && !isSetBack) // else the clock's word counts
+    if (lastStamp.isValid() && !isSetBack) { // else the clock's word counts
         stamp = std::max(stamp, number > lastNumber ? lastStamp : lastStamp.addMSecs(1));
+    }
     lastStamp = stamp;
     lastNumber = number;
     return stamp;
@@ -153,14 +161,16 @@ QDateTime PictureArchive::stampFor(int number)
 void PictureArchive::savePicture(
     Tool* tool, const QString& modelName, const SOrgAI_ResInfo& record, int number, const cv::Mat& image)
 {
-    if (!tool)
+    if (!tool) {
         return;
+    }
     // One time for both, so that at midnight name and folder agree on the day.
     const QDateTime now = stampFor(number);
     const QString toolId = tool->toolIdentity();
     const QString folder = folderAt(now, tool, modelName, record, toolId);
-    if (folder.isEmpty())
+    if (folder.isEmpty()) {
         return;
+    }
     const QString name = toolId + QStringLiteral("ROI") + QString::number(number) + QLatin1Char('_')
         + now.toString(QStringLiteral("MMdd_HHmmss_zzz")) + QLatin1Char('_') + QString::fromStdString(record.text)
         + QStringLiteral(".bmp");
@@ -171,12 +181,14 @@ void PictureArchive::prepareFolders(
     ToolInterface* tool, const QString& modelName, const std::vector<std::string>& classNames)
 {
     Tool* const identified = asTool(tool);
-    if (!identified)
+    if (!identified) {
         return;
+    }
     const QString toolId = identified->toolIdentity();
     int classIndex = 0;
-    for (const std::string& className : classNames)
+    for (const std::string& className : classNames) {
         pictureFolder(tool, modelName, folderRecord(className, classIndex++, false), toolId);
+    }
     pictureFolder(tool, modelName, folderRecord("ng_notype", -1, false), toolId);
     pictureFolder(tool, modelName, folderRecord("ok", 0, true), toolId);
 }

@@ -75,9 +75,10 @@ public:
     /// Saves the picture of one result record; `number` counts the records of the inspection from 1. The name says
     /// tool, number, time and text: C1_T1ROI1_1121_142233_718_LOT4827.bmp.
     ///
-    /// Inspections of one archive never give two pictures the same name while the station's clock goes on: where several
-    /// fall into one millisecond, the later ones are named after the milliseconds that follow. A time that the clock
-    /// shows again, as when summer time ends, can name a later picture like an earlier one, which it then replaces.
+    /// Inspections of one archive never give two pictures the same name while the station's clock goes on: where
+    /// several fall into one millisecond, the later ones are named after the milliseconds that follow. A time that the
+    /// clock shows again, as when summer time ends, can name a later picture like an earlier one, which it then
+    /// replaces.
     void savePicture(
         Tool* tool, const QString& modelName, const SOrgAI_ResInfo& record, int number, const cv::Mat& image);
 

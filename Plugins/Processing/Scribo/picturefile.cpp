@@ -17,8 +17,9 @@ QByteArray encodeBmp(const QImage& image)
     QByteArray bytes;
     bytes.reserve(static_cast<int>(image.sizeInBytes()) + headerBytes);
     QBuffer buffer(&bytes);
-    if (!buffer.open(QIODevice::WriteOnly) || !image.save(&buffer, "bmp", 100))
+    if (!buffer.open(QIODevice::WriteOnly) || !image.save(&buffer, "bmp", 100)) {
         return {};
+    }
     return bytes;
 }
 
@@ -33,8 +34,9 @@ QString temporaryName(const QString& path)
 bool writeBytes(const QString& path, const QByteArray& bytes)
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
         return false;
+    }
     const bool written = file.write(bytes) == bytes.size();
     file.close(); // some file systems report a full disk only now
     return written && file.error() == QFileDevice::NoError;
@@ -44,17 +46,20 @@ bool writeBytes(const QString& path, const QByteArray& bytes)
 
 bool writePictureFile(const QImage& image, const QString& path)
 {
-    if (path.contains(QChar::Null)) // the system would take the name only as far as that
+    if (path.contains(QChar::Null)) { // the system would take the name only as far as that
         return false;
+    }
     const QByteArray bytes = encodeBmp(image);
-    if (bytes.isEmpty())
+    if (bytes.isEmpty()) {
         return false;
+    }
 
     const QString temporary = temporaryName(path);
     // QFile::rename() does not replace an existing file, the system's rename does.
     if (writeBytes(temporary, bytes)
-        && std::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(path).constData()) == 0)
+        && std::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(path).constData()) == 0) {
         return true;
+    }
     QFile::remove(temporary);
     return false;
 }

@@ -36,8 +36,9 @@ void PictureQueue::drain()
 bool PictureQueue::takeFirst(QString* path, cv::Mat* image)
 {
     const QMutexLocker lock(&pendingPicturesMutex);
-    if (pendingPictures.isEmpty())
+    if (pendingPictures.isEmpty()) {
         return false;
+    }
     *path = pendingPictures.firstKey();
     *image = pendingPictures.take(*path);
     dropSurplus(maxWaiting);
@@ -47,8 +48,9 @@ bool PictureQueue::takeFirst(QString* path, cv::Mat* image)
 /// Called with the mutex held.
 void PictureQueue::dropSurplus(int allowed)
 {
-    while (pendingPictures.size() > allowed)
+    while (pendingPictures.size() > allowed) {
         pendingPictures.erase(std::prev(pendingPictures.end()));
+    }
 }
 
 void PictureQueue::write(const QString& path, const cv::Mat& image) const

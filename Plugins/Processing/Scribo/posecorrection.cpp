@@ -35,8 +35,9 @@ std::vector<cv::Point> movedCorners(const PosePair& pose, const cv::Rect& region
 
 bool isOutOfPlace(const cv::Mat& picture, const cv::Point& corner)
 {
-    if (corner.x < 0 || corner.y < 0 || corner.x > picture.cols - 1 || corner.y > picture.rows - 1)
+    if (corner.x < 0 || corner.y < 0 || corner.x > picture.cols - 1 || corner.y > picture.rows - 1) {
         return true;
+    }
     return *picture.ptr(corner.y, corner.x) == 0;
 }
 
@@ -56,12 +57,14 @@ cv::Mat warped(const cv::Mat& picture, const PosePair& pose, const cv::Rect& reg
 
 std::optional<cv::Mat> correctedRegion(const cv::Mat& picture, const PosePair& pose, const cv::Rect& region)
 {
-    if (picture.empty() || !isFinite(pose))
+    if (picture.empty() || !isFinite(pose)) {
         return {};
+    }
     const std::vector<cv::Point> corners = movedCorners(pose, region);
     const bool anyOutOfPlace = std::any_of(
         corners.begin(), corners.end(), [&picture](const cv::Point& corner) { return isOutOfPlace(picture, corner); });
-    if (!anyOutOfPlace)
+    if (!anyOutOfPlace) {
         return {};
+    }
     return warped(picture, pose, region);
 }

@@ -16,20 +16,24 @@ struct Span
 std::optional<Span> clipped(double regionStart, double regionLength, int extent)
 {
     Span span{regionStart, regionLength, {}};
-    if (std::isnan(span.start) || std::isnan(span.length))
+    if (std::isnan(span.start) || std::isnan(span.length)) {
         return {};
+    }
     span.start = std::max(span.start, 0.0);
-    if (span.start >= extent)
+    if (span.start >= extent) {
         return {};
-    if (span.start + span.length > extent)
+    }
+    if (span.start + span.length > extent) {
         span.length = extent - span.start;
+    }
 
     // nearbyint: halves to even. Start and length are rounded on their own, so that the end can come
     // to lie a pixel outside.
     const int start = static_cast<int>(std::nearbyint(span.start));
     const int end = std::min(start + static_cast<int>(std::nearbyint(span.length)), extent);
-    if (end <= start)
+    if (end <= start) {
         return {};
+    }
     span.pixels = cv::Range(start, end);
     return span;
 }
@@ -43,12 +47,14 @@ bool isInspected(const QRectF& region)
 
 std::optional<RegionCut> cutRegion(const QRectF& region, const cv::Size& picture)
 {
-    if (!isInspected(region))
+    if (!isInspected(region)) {
         return {};
+    }
     const auto columns = clipped(region.x(), region.width(), picture.width);
     const auto rows = clipped(region.y(), region.height(), picture.height);
-    if (!columns || !rows)
+    if (!columns || !rows) {
         return {};
+    }
     return RegionCut{QRectF(columns->start, rows->start, columns->length, rows->length),
         cv::Rect(columns->pixels.start, rows->pixels.start, columns->pixels.size(), rows->pixels.size())};
 }

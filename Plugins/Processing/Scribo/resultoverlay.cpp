@@ -27,8 +27,9 @@ void drawLine(QPainter& painter, QPen& pen, const SOrgAI_ResInfo& line, const QL
 {
     const cv::Rect& box = line.rect;
     setPenColour(painter, pen, line.isOk);
-    if (box.width > 0 || box.height > 0)
+    if (box.width > 0 || box.height > 0) {
         painter.drawRect(box.x, box.y, box.width, box.height);
+    }
 
     const QString text = QString::fromStdString(line.text);
     for (int i = 0; i < text.size(); ++i) {
@@ -54,6 +55,7 @@ void drawLines(QPainter& painter, const QList<SOrgAI_ResInfo>& lines, const QLis
     QPen pen;
     pen.setWidth(penWidth);
     pen.setCosmetic(true);
-    for (const SOrgAI_ResInfo& line : lines)
+    for (const SOrgAI_ResInfo& line : lines) {
         drawLine(painter, pen, line, mismatches);
+    }
 }

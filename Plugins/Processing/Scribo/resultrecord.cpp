@@ -14,8 +14,9 @@ QVariantMap makeResultRecord(const QList<SOrgAI_ResInfo>& lines, int charCount, 
     QVariantList scores;
     QVariantList types;
     for (const SOrgAI_ResInfo& line : lines) {
-        if (line.isOk)
+        if (line.isOk) {
             continue;
+        }
         rects.append(QRect(line.rect.x, line.rect.y, line.rect.width, line.rect.height));
         scores.append(line.score);
         types.append(QString::fromStdString(line.text));

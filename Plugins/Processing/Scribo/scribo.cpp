@@ -33,8 +33,9 @@ std::vector<ScoreLimit> readScoreLimits(const QVariant& property)
         ScoreLimit limit;
         limit.name = map[QStringLiteral("name")].toString();
         limit.flag = map[QStringLiteral("flag")].toBool();
-        for (int i = 0; i < std::min(values.size(), 4); ++i)
+        for (int i = 0; i < std::min(values.size(), 4); ++i) {
             limit.values[i] = values[i].toDouble();
+        }
         limits.push_back(limit);
     }
     return limits;
@@ -66,14 +67,17 @@ const char* exceptionText()
 QImage greyImage(const cv::Mat& mat)
 {
     QImage image(mat.cols, mat.rows, QImage::Format_Indexed8);
-    if (image.isNull())
+    if (image.isNull()) {
         return image;
+    }
     QVector<QRgb> greys(256);
-    for (int level = 0; level < greys.size(); ++level)
+    for (int level = 0; level < greys.size(); ++level) {
         greys[level] = qRgb(level, level, level);
+    }
     image.setColorTable(greys);
-    for (int row = 0; row < mat.rows; ++row)
+    for (int row = 0; row < mat.rows; ++row) {
         std::copy_n(mat.ptr(row), mat.cols, image.scanLine(row));
+    }
     return image;
 }
 
@@ -93,12 +97,14 @@ Scribo::~Scribo() = default;
 
 void Scribo::loadParams(const QJsonObject& settingsObject)
 {
-    if (!settingsObject.contains(paramsKey))
+    if (!settingsObject.contains(paramsKey)) {
         return;
+    }
     const QJsonArray values = settingsObject[paramsKey].toArray();
     parameters.fromJson(values);
-    if (settings.modelFiles.contains(settings.selectedModel))
+    if (settings.modelFiles.contains(settings.selectedModel)) {
         createAnalyser();
+    }
     // Again, so that nothing that loading the model did stands over what was saved.
     parameters.fromJson(values);
 }
@@ -139,8 +145,9 @@ QString Scribo::modelName() const
 bool Scribo::event(QEvent* event)
 {
     if (event->type() == QEvent::DynamicPropertyChange
-        && static_cast<QDynamicPropertyChangeEvent*>(event)->propertyName() == scoreLimitsProperty)
+        && static_cast<QDynamicPropertyChangeEvent*>(event)->propertyName() == scoreLimitsProperty) {
         scoreLimits = readScoreLimits(property(scoreLimitsProperty));
+    }
     return QObject::event(event);
 }
 
@@ -169,8 +176,9 @@ QString Scribo::description()
 QPixmap Scribo::titleImage()
 {
     // Pixmaps belong to the window system: where there is none, making one would end the process.
-    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr)
+    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr) {
         return {};
+    }
     return QPixmap(QStringLiteral(":/TitleImage.png"));
 }
 
@@ -216,8 +224,9 @@ ProcessorInterface* Scribo::clone(Tool* tool, bool copyParams)
 
 void Scribo::process(Tool* tool, int index)
 {
-    if (index == 0)
+    if (index == 0) {
         cycle = Cycle();
+    }
     settings.charCount = -1;
     settings.recognisedText.clear();
     try {
@@ -237,11 +246,13 @@ bool Scribo::isModelDisabled() const
 
 void Scribo::inspect(Tool* tool, int index)
 {
-    if (tool == nullptr)
+    if (tool == nullptr) {
         return;
+    }
     const QList<QRectF> regions = tool->regions(index);
-    if (regions.isEmpty() || (isModelDisabled() && !settings.saveSwitch[0]))
+    if (regions.isEmpty() || (isModelDisabled() && !settings.saveSwitch[0])) {
         return; // nothing to inspect: the item is not recorded
+    }
 
     workingImage = tool->image(index);
     recordsOfItem = 0;
@@ -249,13 +260,15 @@ void Scribo::inspect(Tool* tool, int index)
     Item item;
     bool hasInspected = false;
     for (const QRectF& region : regions) {
-        if (!isInspected(region))
+        if (!isInspected(region)) {
             continue;
+        }
         hasInspected = true;
-        if (const auto cut = cutRegion(region, pictureSize()))
+        if (const auto cut = cutRegion(region, pictureSize())) {
             inspectRegion(tool, index, *cut, &item);
-        else
+        } else {
             missRegion(region, index, &item);
+        }
     }
     if (workingImage.empty() && !hasInspected && !isModelDisabled()) {
         // Without a picture an item of which nothing was inspected would pass.
@@ -281,25 +294,29 @@ Scribo::Item Scribo::failedItem()
 
 cv::Size Scribo::pictureSize() const
 {
-    if (hostTool == nullptr)
+    if (hostTool == nullptr) {
         return workingImage.size();
+    }
     return {hostTool->imageWidth(), hostTool->imageHeight()};
 }
 
 cv::Mat Scribo::regionImage(Tool* tool, int index, const cv::Rect& region) const
 {
     PosePair pose;
-    if (tool->upstreamPose(poseTool, index, &pose))
-        if (const auto corrected = correctedRegion(workingImage, pose, region))
+    if (tool->upstreamPose(poseTool, index, &pose)) {
+        if (const auto corrected = correctedRegion(workingImage, pose, region)) {
             return *corrected;
+        }
+    }
     return workingImage(region);
 }
 
 /// A region that is taught but does not lie in the picture: the item must not pass unread.
 void Scribo::missRegion(const QRectF& region, int index, Item* item)
 {
-    if (isModelDisabled())
+    if (isModelDisabled()) {
         return;
+    }
     qWarning() << region << "of item" << index << "is not in its picture";
     item->isOk = false;
     item->lines.append(messageLine(unknownError(), cv::Rect()));
@@ -317,11 +334,13 @@ void Scribo::inspectRegion(Tool* tool, int index, const RegionCut& region, Item*
         isOk = isOk || readRegion(image, region.inside, item, &message);
     } catch (...) {
         qWarning() << "Reading a region of item" << index << "failed:" << exceptionText();
-        if (!isOk)
+        if (!isOk) {
             message += unknownError();
+        }
     }
-    if (!message.isEmpty())
+    if (!message.isEmpty()) {
         item->lines.append(messageLine(message, region.pixels));
+    }
     item->isOk = item->isOk && isOk;
     archiveRegion(tool, image, *item, firstLine);
 }
@@ -349,8 +368,9 @@ bool Scribo::readRegion(const cv::Mat& image, const QRectF& region, Item* item, 
 bool Scribo::judgeLines(const std::vector<SOrgAI_ResInfo>& lines, const QRectF& region, Item* item)
 {
     QStringList groups;
-    for (const ClassInfo& info : analyser->classes())
+    for (const ClassInfo& info : analyser->classes()) {
         groups.append(QString::fromStdString(info.name));
+    }
     return LineJudge(settings, groups, analyser->ignoreChar()).judge(lines, region, &item->lines, &item->mismatches);
 }
 
@@ -360,8 +380,9 @@ void Scribo::addModelEntry()
         {QStringLiteral("type"), QStringLiteral("检测数")},
         {QStringLiteral("model"), static_cast<int>(analyser->classes().size())},
     };
-    if (!cycle.modelEntries.contains(entry))
+    if (!cycle.modelEntries.contains(entry)) {
         cycle.modelEntries.append(entry);
+    }
 }
 
 /// Hands the region's picture to the archive, once for each line that the region added to the item: lines without a
@@ -374,15 +395,16 @@ void Scribo::archiveRegion(Tool* tool, const cv::Mat& image, const Item& item, i
             records.append(SOrgAI_ResInfo());
             records.last().isOk = true;
         }
-        for (const SOrgAI_ResInfo& record : std::as_const(records))
+        for (const SOrgAI_ResInfo& record : std::as_const(records)) {
             archive.savePicture(tool, modelName(), record, ++recordsOfItem, image);
+        }
     } catch (...) {
         qWarning() << "Saving the picture of a region failed:" << exceptionText();
     }
 }
 
-/// The verdict last, where nothing can fail behind it: an item recorded by halves would be recorded again as failed, and
-/// the verdicts of the cycle's later items would answer for the ones before them.
+/// The verdict last, where nothing can fail behind it: an item recorded by halves would be recorded again as failed,
+/// and the verdicts of the cycle's later items would answer for the ones before them.
 void Scribo::recordItem(int index, const Item& item)
 {
     cycle.lines[index] = item.lines;
@@ -390,8 +412,9 @@ void Scribo::recordItem(int index, const Item& item)
     cycle.charCounts[index] = settings.charCount;
     cycle.texts[index] = settings.recognisedText;
     cycle.resultFlags.push_back(item.isOk ? 1 : 0);
-    if (item.isOk && index >= 0 && index < 32)
+    if (item.isOk && index >= 0 && index < 32) {
         cycle.okMask |= 1U << index;
+    }
 }
 
 // Results
@@ -399,8 +422,9 @@ void Scribo::recordItem(int index, const Item& item)
 bool Scribo::isResultOk(int index)
 {
     const auto& flags = cycle.resultFlags;
-    if (index == -1)
+    if (index == -1) {
         return std::all_of(flags.begin(), flags.end(), [](quint8 flag) { return (flag & 1U) != 0; });
+    }
     return index >= 0 && static_cast<std::size_t>(index) < flags.size() && flags[index] == 1;
 }
 
@@ -416,12 +440,14 @@ QVariantMap Scribo::resultTemplate()
 
 void Scribo::drawResult(QPainter* painter, int index)
 {
-    if (painter == nullptr)
+    if (painter == nullptr) {
         return;
+    }
     try {
         prepareOverlay(*painter, hostTool != nullptr ? hostTool->imageHeight() : 0);
-        if (cycle.lines.contains(index) && cycle.mismatches.contains(index))
+        if (cycle.lines.contains(index) && cycle.mismatches.contains(index)) {
             drawLines(*painter, cycle.lines[index], cycle.mismatches[index]);
+        }
     } catch (...) {
         qWarning() << "Drawing item" << index << "failed:" << exceptionText();
     }
@@ -432,12 +458,14 @@ void Scribo::drawResult(QPainter* painter, int index)
 void Scribo::archivePictures(ToolInterface* tool)
 {
     refreshSaveLocation();
-    if (!hasLoadedAnalyser())
+    if (!hasLoadedAnalyser()) {
         return;
+    }
     try {
         std::vector<std::string> classNames;
-        for (const ClassInfo& info : analyser->classes())
+        for (const ClassInfo& info : analyser->classes()) {
             classNames.push_back(info.name);
+        }
         archive.prepareFolders(tool, modelName(), classNames);
     } catch (...) {
         qWarning() << "Preparing the folders of the archive failed:" << exceptionText();
@@ -448,9 +476,11 @@ void Scribo::archivePictures(ToolInterface* tool)
 float Scribo::confidenceThreshold() const
 {
     float threshold = 1.0F;
-    for (const ScoreLimit& limit : scoreLimits)
-        if (limit.values[0] < static_cast<double>(threshold))
+    for (const ScoreLimit& limit : scoreLimits) {
+        if (limit.values[0] < static_cast<double>(threshold)) {
             threshold = static_cast<float>(limit.values[0]);
+        }
+    }
     return threshold;
 }
 
