@@ -32,7 +32,9 @@ def font(name, size):
 def textured(rng, colour, grain, size=(WIDTH, HEIGHT)):
     """A surface of one colour with fine grain and slow changes of light."""
     width, height = size
-    slow = cv2.resize(rng.normal(0, 1, (5, 7)).astype(np.float32), size, interpolation=cv2.INTER_CUBIC)
+    slow = cv2.resize(
+        rng.normal(0, 1, (5, 7)).astype(np.float32), size, interpolation=cv2.INTER_CUBIC
+    )
     fine = rng.normal(0, 1, (height, width)).astype(np.float32)
     light = (slow * grain * 1.5 + fine * grain)[:, :, None]
     return Image.fromarray(np.clip(np.array(colour, np.float32) + light, 0, 255).astype(np.uint8))
@@ -63,7 +65,12 @@ def write_dots(picture, position, text, colour, pitch, radius, rng):
         draw.ellipse([x - radius, y - radius, x + radius, y + radius], fill=colour)
     rows, columns = dots.shape
     margin = round(rows * pitch * 0.2)
-    return [position[0] - margin, position[1] - margin, round(columns * pitch) + 2 * margin, round(rows * pitch) + 2 * margin]
+    return [
+        position[0] - margin,
+        position[1] - margin,
+        round(columns * pitch) + 2 * margin,
+        round(rows * pitch) + 2 * margin,
+    ]
 
 
 def blurred(picture, sigma):
@@ -73,7 +80,9 @@ def blurred(picture, sigma):
 def tilted(picture, degrees):
     """Turns the picture about its middle; lines near the middle stay in their boxes."""
     matrix = cv2.getRotationMatrix2D((WIDTH / 2, HEIGHT / 2), degrees, 1.0)
-    return Image.fromarray(cv2.warpAffine(np.array(picture), matrix, (WIDTH, HEIGHT), borderMode=cv2.BORDER_REPLICATE))
+    return Image.fromarray(
+        cv2.warpAffine(np.array(picture), matrix, (WIDTH, HEIGHT), borderMode=cv2.BORDER_REPLICATE)
+    )
 
 
 def carton(rng):
@@ -87,7 +96,9 @@ def carton(rng):
 
 def can(rng):
     shade = 150 + 80 * np.cos(np.linspace(-1.3, 1.3, WIDTH))
-    metal = np.repeat(shade[None, :, None], HEIGHT, 0).repeat(3, 2) + rng.normal(0, 4, (HEIGHT, WIDTH, 1))
+    metal = np.repeat(shade[None, :, None], HEIGHT, 0).repeat(3, 2) + rng.normal(
+        0, 4, (HEIGHT, WIDTH, 1)
+    )
     picture = Image.fromarray(np.clip(metal, 0, 255).astype(np.uint8))
     box = write(picture, (170, 180), "LOT:A4827", font("sans", 56), (30, 30, 46))
     return blurred(picture, 1.0), [(box, "LOT:A4827")]
@@ -133,7 +144,9 @@ def label(rng):
     for x in range(130, 510, 7):
         draw.rectangle([x, 316, x + 1 + (x * 7 % 4), 356], fill=(20, 20, 20))
     lines = [(60, "PN:7741-B"), (144, "2026.11.20"), (228, "REV(3)")]
-    regions = [(write(picture, (140, y), text, font("sans", 52), (22, 22, 26)), text) for y, text in lines]
+    regions = [
+        (write(picture, (140, y), text, font("sans", 52), (22, 22, 26)), text) for y, text in lines
+    ]
     return blurred(picture, 0.8), regions
 
 
@@ -173,19 +186,38 @@ def wrong_date(rng):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(
+        description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter
+    )
     parser.add_argument("folder", nargs="?", type=Path, default=Path(__file__).resolve().parent)
     folder = parser.parse_args().folder
     folder.mkdir(parents=True, exist_ok=True)
-    scenes = [carton, can, film, dark_housing, low_contrast, tilt, out_of_focus, label, laser, thermal,
-              grey_blister, wrong_lot, wrong_date]
+    scenes = [
+        carton,
+        can,
+        film,
+        dark_housing,
+        low_contrast,
+        tilt,
+        out_of_focus,
+        label,
+        laser,
+        thermal,
+        grey_blister,
+        wrong_lot,
+        wrong_date,
+    ]
     jobs = {}
     for number, scene in enumerate(scenes, 1):
         picture, regions = scene(np.random.default_rng(1000 + number))
         name = f"{number:02d}_{scene.__name__}.png"
         picture.save(folder / name, optimize=True)
-        jobs[name] = [{"rect": [math.floor(v) for v in box], "reference": text} for box, text in regions]
-    rows = ",\n".join(f"    {json.dumps(name)}: {json.dumps(regions)}" for name, regions in jobs.items())
+        jobs[name] = [
+            {"rect": [math.floor(v) for v in box], "reference": text} for box, text in regions
+        ]
+    rows = ",\n".join(
+        f"    {json.dumps(name)}: {json.dumps(regions)}" for name, regions in jobs.items()
+    )
     (folder / "jobs.json").write_text("{\n" + rows + "\n}\n", encoding="utf-8")
 
 

@@ -1,7 +1,7 @@
 """Runs a model in OpenCV's dnn module, as worker.py describes it: opencv_worker.py THREADS
 
-OpenCV 4.6 plans a network for one shape and reads operator set 11: a model is rewritten for every width, and its
-planning counts to the width's first run.
+OpenCV 4.6 plans a network for one shape and reads operator set 11: a model is rewritten for every
+width, and its planning counts to the width's first run.
 """
 
 import copy
@@ -15,12 +15,15 @@ from onnx import helper, numpy_helper
 
 
 # What exporters work sizes out with: of whole numbers.
-SIZE_ARITHMETIC = {'Add': np.add, 'Mul': np.multiply, 'Div': np.floor_divide, 'Max': np.maximum}
+SIZE_ARITHMETIC = {"Add": np.add, "Mul": np.multiply, "Div": np.floor_divide, "Max": np.maximum}
 
 
 def constants_of(graph):
-    constants = {node.output[0]: numpy_helper.to_array(node.attribute[0].t)
-                 for node in graph.node if node.op_type == 'Constant'}
+    constants = {
+        node.output[0]: numpy_helper.to_array(node.attribute[0].t)
+        for node in graph.node
+        if node.op_type == "Constant"
+    }
     constants.update({tensor.name: numpy_helper.to_array(tensor) for tensor in graph.initializer})
     return constants
 
@@ -29,30 +32,35 @@ def with_attribute_axes(graph):
     """Squeeze and Unsqueeze with their axes as an attribute, as they were before operator set 13."""
     constants = constants_of(graph)
     for node in graph.node:
-        if node.op_type in ('Squeeze', 'Unsqueeze') and len(node.input) > 1:
-            node.attribute.append(helper.make_attribute('axes', constants[node.input[1]].tolist()))
+        if node.op_type in ("Squeeze", "Unsqueeze") and len(node.input) > 1:
+            node.attribute.append(helper.make_attribute("axes", constants[node.input[1]].tolist()))
             del node.input[1:]
 
 
 def without_zero_states(graph):
     """LSTMs without their initial states, which exporters compute from the width and OpenCV cannot."""
     for node in graph.node:
-        if node.op_type == 'LSTM':
+        if node.op_type == "LSTM":
             del node.input[5:]
     remove_unused(graph)
 
 
 def with_known_sizes(graph):
-    """Resizes of a picture whose width is set, with their sizes written out, which OpenCV cannot work out."""
+    """Resizes of a picture whose width is set, with their sizes written out, which OpenCV cannot
+    work out."""
     picture = graph.input[0]
     known = constants_of(graph)
     for node in graph.node:
-        if node.op_type == 'Shape' and node.input[0] == picture.name:
-            known[node.output[0]] = np.array([extent.dim_value for extent in picture.type.tensor_type.shape.dim])
+        if node.op_type == "Shape" and node.input[0] == picture.name:
+            known[node.output[0]] = np.array(
+                [extent.dim_value for extent in picture.type.tensor_type.shape.dim]
+            )
         elif node.op_type in SIZE_ARITHMETIC and all(name in known for name in node.input):
-            known[node.output[0]] = SIZE_ARITHMETIC[node.op_type](*(known[name] for name in node.input))
-        elif node.op_type == 'Resize' and len(node.input) == 4 and node.input[3] in known:
-            sizes = numpy_helper.from_array(known[node.input[3]], node.output[0] + '_sizes')
+            known[node.output[0]] = SIZE_ARITHMETIC[node.op_type](
+                *(known[name] for name in node.input)
+            )
+        elif node.op_type == "Resize" and len(node.input) == 4 and node.input[3] in known:
+            sizes = numpy_helper.from_array(known[node.input[3]], node.output[0] + "_sizes")
             graph.initializer.append(sizes)
             node.input[3] = sizes.name
     remove_unused(graph)
@@ -90,7 +98,9 @@ class Worker:
             model = copy.deepcopy(self.model)
             model.graph.input[0].type.tensor_type.shape.dim[3].dim_value = width
             with_known_sizes(model.graph)
-            self.nets[width] = cv2.dnn.readNetFromONNX(np.frombuffer(model.SerializeToString(), np.uint8))
+            self.nets[width] = cv2.dnn.readNetFromONNX(
+                np.frombuffer(model.SerializeToString(), np.uint8)
+            )
         return self.nets[width]
 
     def run(self, path, channels, height, width, repeats, output):
@@ -109,13 +119,13 @@ class Worker:
 def main():
     worker = Worker(int(sys.argv[1]))
     for line in sys.stdin:
-        command, *rest = line.rstrip('\n').split('\t')
-        if command == 'load':
+        command, *rest = line.rstrip("\n").split("\t")
+        if command == "load":
             times = worker.load(rest[0])
         else:
             times = worker.run(rest[0], *map(int, rest[1:5]), rest[5])
         print(*times, flush=True)
 
 
-if __name__ == '__main__':
+if __name__ == "__main__":
     main()

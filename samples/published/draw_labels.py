@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""Draws labels in Chinese and English, for recognisers that read both, and the job file that says where.
+"""Draws labels in Chinese and English, for recognisers that read both, and the job file that says
+where.
 
     samples/published/draw_labels.py [FOLDER]        default: the folder of this script
 
@@ -33,10 +34,23 @@ def label(rng, paper, ink, blur, lines):
         left, top, right, bottom = ImageDraw.Draw(picture).textbbox(position, text, font=face)
         ImageDraw.Draw(picture).text(position, text, font=face, fill=ink)
         margin = round((bottom - top) * 0.2)
-        jobs.append({"rect": [left - margin, top - margin, right - left + 2 * margin, bottom - top + 2 * margin],
-                     "reference": text})
-    light = cv2.resize(rng.normal(0, 7, (4, 6)).astype(np.float32), SIZE, interpolation=cv2.INTER_CUBIC)
-    pixels = cv2.GaussianBlur(np.array(picture), (0, 0), blur).astype(np.float32) + light[:, :, None]
+        jobs.append(
+            {
+                "rect": [
+                    left - margin,
+                    top - margin,
+                    right - left + 2 * margin,
+                    bottom - top + 2 * margin,
+                ],
+                "reference": text,
+            }
+        )
+    light = cv2.resize(
+        rng.normal(0, 7, (4, 6)).astype(np.float32), SIZE, interpolation=cv2.INTER_CUBIC
+    )
+    pixels = (
+        cv2.GaussianBlur(np.array(picture), (0, 0), blur).astype(np.float32) + light[:, :, None]
+    )
     return Image.fromarray(np.clip(pixels, 0, 255).astype(np.uint8)), jobs
 
 
@@ -47,7 +61,9 @@ def main():
     for name, parts in LABELS.items():
         picture, jobs[name] = label(rng, *parts)
         picture.save(folder / name)
-    rows = (f'    "{name}": {json.dumps(entries, ensure_ascii=False)}' for name, entries in jobs.items())
+    rows = (
+        f'    "{name}": {json.dumps(entries, ensure_ascii=False)}' for name, entries in jobs.items()
+    )
     (folder / "jobs.json").write_text("{\n" + ",\n".join(rows) + "\n}\n", encoding="utf-8")
 
 

@@ -1,10 +1,11 @@
 #!/usr/bin/python3
-"""Writes the vectors that the builder's tests run against: small models, inputs for two or three widths each, and what
-PyTorch computes for them, a folder of vectors/ each.
+"""Writes the vectors that the builder's tests run against: small models, inputs for two or three
+widths each, and what PyTorch computes for them, a folder of vectors/ each.
 
     tests/builder/make_vectors.py [CASE...]
 
-Needs Debian's python3-torch and python3-onnx. The seeds are fixed; run it again after changing a case.
+Needs Debian's python3-torch and python3-onnx. The seeds are fixed; run it again after changing a
+case.
 """
 
 import pathlib
@@ -27,7 +28,8 @@ FOLDER = pathlib.Path(__file__).resolve().parent / "vectors"
 
 
 def write_kit_case(folder):
-    """What the model kit writes for a network that stretches narrow pictures, which PyTorch does not export."""
+    """What the model kit writes for a network that stretches narrow pictures, which PyTorch does
+    not export."""
     torch.manual_seed(2024)
     model = settle(kit.Crnn(kit.Shape(((4,), (6,), (8,), (10,), (12,)), 8, 5, stretch_below=64)))
     with tempfile.NamedTemporaryFile(suffix=".onnx") as file:

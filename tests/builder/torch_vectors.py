@@ -1,4 +1,5 @@
-"""Test vectors by PyTorch: modules as the models that it exports, inputs, and what it computes for them, as files.
+"""Test vectors by PyTorch: modules as the models that it exports, inputs, and what it computes for
+them, as files.
 
 A case is a folder in the layout of ONNX's own tests:
 
@@ -56,21 +57,29 @@ def settle(module):
 
 
 def exported(module, channels, height, width, opset):
-    """The model that PyTorch exports at this width, which is not to be one of the test's, so that one that froze shows."""
+    """The model that PyTorch exports at this width, which is not to be one of the test's, so that
+    one that froze shows."""
     example = torch.rand(1, channels, height, width)
     outputs = module(example)
     count = len(outputs) if isinstance(outputs, tuple) else 1
     buffer = io.BytesIO()
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")
-        torch.onnx.export(module, example, buffer, opset_version=opset, input_names=["input"],
-                          output_names=["output"] + [f"output{i}" for i in range(1, count)],
-                          dynamic_axes={"input": {3: "width"}})
+        torch.onnx.export(
+            module,
+            example,
+            buffer,
+            opset_version=opset,
+            input_names=["input"],
+            output_names=["output"] + [f"output{i}" for i in range(1, count)],
+            dynamic_axes={"input": {3: "width"}},
+        )
     return onnx.load_from_string(buffer.getvalue())
 
 
 def data_sets(function, channels, height, widths):
-    """Inputs 1×channels×height×width of each width and what the function makes of them, as tuples of tensors."""
+    """Inputs 1×channels×height×width of each width and what the function makes of them, as tuples
+    of tensors."""
     for width in widths:
         x = torch.rand(1, channels, height, width) * 2 - 1
         with torch.no_grad():
@@ -89,4 +98,6 @@ def write_case(folder, model, data_sets):
         for kind, arrays in (("input", inputs), ("output", outputs)):
             for i, tensor in enumerate(arrays):
                 array = np.ascontiguousarray(tensor.detach().numpy())
-                (data / f"{kind}_{i}.pb").write_bytes(onh.from_array(array, kind).SerializeToString())
+                (data / f"{kind}_{i}.pb").write_bytes(
+                    onh.from_array(array, kind).SerializeToString()
+                )

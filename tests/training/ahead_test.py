@@ -15,8 +15,8 @@ PROGRAM = Path(__file__).resolve().parents[2] / "training" / "train"
 
 
 class Gated:
-    """A supply of 0, 1, 2 …, as many as were let through; then it waits, or raises `error`. `waits` is set when it is
-    asked for more than that: what came before has been handed on."""
+    """A supply of 0, 1, 2 …, as many as were let through; then it waits, or raises `error`. `waits`
+    is set when it is asked for more than that: what came before has been handed on."""
 
     def __init__(self, error=None):
         self._gate = threading.Semaphore(0)
@@ -63,6 +63,7 @@ class BatchesAhead(unittest.TestCase):
         def end():
             supply.let(1)
             ahead.close()
+
         self.addCleanup(end)
         return ahead
 
@@ -119,9 +120,33 @@ class BatchesAhead(unittest.TestCase):
 class Training(unittest.TestCase):
     def test_that_is_stopped_ends_without_more_than_a_sentence(self):
         with tempfile.TemporaryDirectory() as root:
-            command = [sys.executable, str(PROGRAM), "--run", root, "--alphabet", "0123456789", "--recipe", "clean", "--minutes", "60",
-                       "--least-loss", "0.01", "--columns", "512", "--report", "1", "--threads", "1"]
-            training = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, start_new_session=True)
+            command = [
+                sys.executable,
+                str(PROGRAM),
+                "--run",
+                root,
+                "--alphabet",
+                "0123456789",
+                "--recipe",
+                "clean",
+                "--minutes",
+                "60",
+                "--least-loss",
+                "0.01",
+                "--columns",
+                "512",
+                "--report",
+                "1",
+                "--threads",
+                "1",
+            ]
+            training = subprocess.Popen(
+                command,
+                stdout=subprocess.PIPE,
+                stderr=subprocess.PIPE,
+                text=True,
+                start_new_session=True,
+            )
             for line in training.stdout:
                 if line.startswith("steps"):
                     break
@@ -130,8 +155,18 @@ class Training(unittest.TestCase):
             training.stdout.close()
             errors = training.stderr.read()
             training.stderr.close()
-            self.assertEqual(load_model(Path(root) / "last.pt")[2].steps, int(last.split()[1]), "what was trained is saved")
-            self.assertEqual((training.wait(60), errors), (1, "stopped; the same command goes on from the latest checkpoint, if there is one\n"))
+            self.assertEqual(
+                load_model(Path(root) / "last.pt")[2].steps,
+                int(last.split()[1]),
+                "what was trained is saved",
+            )
+            self.assertEqual(
+                (training.wait(60), errors),
+                (
+                    1,
+                    "stopped; the same command goes on from the latest checkpoint, if there is one\n",
+                ),
+            )
 
 
 if __name__ == "__main__":

@@ -17,10 +17,13 @@ class Alphabet(unittest.TestCase):
         self.assertEqual(self.read('{"alphabet": "01Aß"}'), "01Aß")
 
     def test_of_the_shipped_model_has_the_order_of_its_classes(self):
-        self.assertEqual(read_alphabet(), "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz-/.:()+#")
+        self.assertEqual(
+            read_alphabet(),
+            "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz-/.:()+#",
+        )
 
     def test_that_is_missing_or_empty_is_an_error(self):
-        for text in ('{}', '{"alphabet": ""}'):
+        for text in ("{}", '{"alphabet": ""}'):
             with self.assertRaisesRegex(ValueError, "no alphabet"):
                 self.read(text)
 

@@ -32,12 +32,23 @@ class LabelCoding(unittest.TestCase):
         self.assertEqual(decode_scores(scores, "ABC"), ["AB", "C"])
 
     def test_needs_a_step_more_for_each_doubled_character(self):
-        self.assertEqual([steps_needed(text) for text in ("", "A", "AB", "AA", "AABB", "AAA")], [0, 1, 2, 3, 6, 5])
+        self.assertEqual(
+            [steps_needed(text) for text in ("", "A", "AB", "AA", "AABB", "AAA")],
+            [0, 1, 2, 3, 6, 5],
+        )
 
 
 class Distance(unittest.TestCase):
     def test_counts_insertions_deletions_and_replacements(self):
-        cases = (("", "", 0), ("A", "", 1), ("", "AB", 2), ("ABC", "ABC", 0), ("ABC", "AXC", 1), ("AC", "ABC", 1), ("kitten", "sitting", 3))
+        cases = (
+            ("", "", 0),
+            ("A", "", 1),
+            ("", "AB", 2),
+            ("ABC", "ABC", 0),
+            ("ABC", "AXC", 1),
+            ("AC", "ABC", 1),
+            ("kitten", "sitting", 3),
+        )
         for read, truth, edits in cases:
             self.assertEqual(distance(read, truth), edits, (read, truth))
 

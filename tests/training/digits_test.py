@@ -1,4 +1,5 @@
-"""A training from nothing must learn ten digits: the whole kit from drawing to the exported model, in about a minute."""
+"""A training from nothing must learn ten digits: the whole kit from drawing to the exported model,
+in about a minute."""
 import tempfile
 import unittest
 from pathlib import Path

@@ -20,18 +20,36 @@ TRAINING = Path(__file__).resolve().parents[2] / "training"
 
 
 def run(program, *arguments):
-    return subprocess.run([sys.executable, str(TRAINING / program), *map(str, arguments)], capture_output=True, text=True, check=False)
+    return subprocess.run(
+        [sys.executable, str(TRAINING / program), *map(str, arguments)],
+        capture_output=True,
+        text=True,
+        check=False,
+    )
 
 
 class MadePictures(unittest.TestCase):
     def test_are_labelled_in_a_table_and_the_same_again(self):
         with tempfile.TemporaryDirectory() as root:
             for name in ("a", "b"):
-                result = run("make-pictures", Path(root) / name, "--count", 12, "--recipe", "plates", "--seed", 5, "--held-out-fonts")
+                result = run(
+                    "make-pictures",
+                    Path(root) / name,
+                    "--count",
+                    12,
+                    "--recipe",
+                    "plates",
+                    "--seed",
+                    5,
+                    "--held-out-fonts",
+                )
                 self.assertEqual(result.returncode, 0, result.stderr)
             pairs = read_labels(Path(root) / "a")
             self.assertEqual(len(pairs), 12)
-            self.assertEqual((Path(root) / "a" / CSV_NAME).read_bytes(), (Path(root) / "b" / CSV_NAME).read_bytes())
+            self.assertEqual(
+                (Path(root) / "a" / CSV_NAME).read_bytes(),
+                (Path(root) / "b" / CSV_NAME).read_bytes(),
+            )
             for path, _ in pairs:
                 self.assertEqual(path.read_bytes(), (Path(root) / "b" / path.name).read_bytes())
             self.assertTrue((Path(root) / "a-sheet.png").exists())
@@ -40,14 +58,19 @@ class MadePictures(unittest.TestCase):
         with tempfile.TemporaryDirectory() as root:
             (Path(root) / CSV_NAME).write_text("file,text\na.png,CORRECTED\n")
             result = run("make-pictures", root, "--count", 1)
-            self.assertEqual((result.returncode, "is there already" in result.stderr), (1, True), result.stderr)
+            self.assertEqual(
+                (result.returncode, "is there already" in result.stderr), (1, True), result.stderr
+            )
             self.assertEqual((Path(root) / CSV_NAME).read_text(), "file,text\na.png,CORRECTED\n")
 
     def test_are_refused_where_they_cannot_be_written(self):
         with tempfile.TemporaryDirectory() as root:
             (Path(root) / "000000.png").mkdir()
             result = run("make-pictures", root, "--count", 1, "--recipe", "clean")
-            self.assertEqual((result.returncode, result.stderr.strip().splitlines()[-1]), (1, f"{root}/000000.png cannot be written"))
+            self.assertEqual(
+                (result.returncode, result.stderr.strip().splitlines()[-1]),
+                (1, f"{root}/000000.png cannot be written"),
+            )
 
 
 class Evaluate(unittest.TestCase):
@@ -65,10 +88,22 @@ class Evaluate(unittest.TestCase):
     def test_prints_a_table_and_writes_the_report(self):
         with tempfile.TemporaryDirectory() as root:
             folder, config = self.folder(root)
-            result = run("evaluate", folder, "--onnx", Path(root) / "m.onnx", "--config", config, "--report", Path(root) / "report")
+            result = run(
+                "evaluate",
+                folder,
+                "--onnx",
+                Path(root) / "m.onnx",
+                "--config",
+                config,
+                "--report",
+                Path(root) / "report",
+            )
             self.assertEqual(result.returncode, 0, result.stderr)
             self.assertIn("| set | m | 2 |", result.stdout)
-            self.assertEqual(sorted(path.name for path in (Path(root) / "report").iterdir()), ["set-m-confusions.png", "set-m-worst.png"])
+            self.assertEqual(
+                sorted(path.name for path in (Path(root) / "report").iterdir()),
+                ["set-m-confusions.png", "set-m-worst.png"],
+            )
 
     def test_tells_models_of_one_name_apart(self):
         with tempfile.TemporaryDirectory() as root:
@@ -76,7 +111,18 @@ class Evaluate(unittest.TestCase):
             (Path(root) / "b").mkdir()
             shutil.copy(Path(root) / "m.onnx", Path(root) / "b" / "m.onnx")
             models = [Path(root) / "m.onnx", Path(root) / "b" / "m.onnx"]
-            result = run("evaluate", folder, "--onnx", models[0], "--onnx", models[1], "--config", config, "--report", Path(root) / "report")
+            result = run(
+                "evaluate",
+                folder,
+                "--onnx",
+                models[0],
+                "--onnx",
+                models[1],
+                "--config",
+                config,
+                "--report",
+                Path(root) / "report",
+            )
             self.assertEqual(result.returncode, 0, result.stderr)
             for model in models:
                 self.assertIn(f"| set | {model} | 2 |", result.stdout)
@@ -88,16 +134,30 @@ class Evaluate(unittest.TestCase):
             damaged = Path(root) / "damaged.onnx"
             damaged.write_bytes((Path(root) / "m.onnx").read_bytes()[:1000])
             (Path(root) / "file").write_text("")
-            for options in (["--onnx", damaged], ["--onnx", Path(root) / "missing.onnx"], ["--onnx", Path(root) / "m.onnx", "--labels", "missing.csv"],
-                            ["--onnx", Path(root) / "m.onnx", "--report", Path(root) / "file"]):
+            for options in (
+                ["--onnx", damaged],
+                ["--onnx", Path(root) / "missing.onnx"],
+                ["--onnx", Path(root) / "m.onnx", "--labels", "missing.csv"],
+                ["--onnx", Path(root) / "m.onnx", "--report", Path(root) / "file"],
+            ):
                 result = run("evaluate", folder, "--config", config, *options)
-                self.assertEqual((result.returncode, len(result.stderr.splitlines())), (1, 1), result.stderr)
+                self.assertEqual(
+                    (result.returncode, len(result.stderr.splitlines())), (1, 1), result.stderr
+                )
 
     def test_counts_a_picture_without_a_text(self):
         with tempfile.TemporaryDirectory() as root:
             folder, config = self.folder(root)
             cv2.imwrite(str(folder / "_1.png"), np.full((32, 64, 3), 200, np.uint8))
-            result = run("evaluate", folder, "--onnx", Path(root) / "m.onnx", "--config", config, "--by-width")
+            result = run(
+                "evaluate",
+                folder,
+                "--onnx",
+                Path(root) / "m.onnx",
+                "--config",
+                config,
+                "--by-width",
+            )
             self.assertEqual(result.returncode, 0, result.stderr)
             self.assertIn("| set | m | 3 |", result.stdout)
 
@@ -105,7 +165,16 @@ class Evaluate(unittest.TestCase):
         with tempfile.TemporaryDirectory() as root:
             folder, config = self.folder(root)
             cv2.imwrite(str(folder / "A01A0.png"), np.full((16, 28, 3), 200, np.uint8))
-            result = run("evaluate", folder, "--onnx", Path(root) / "m.onnx", "--config", config, "--by-width", "--by-height")
+            result = run(
+                "evaluate",
+                folder,
+                "--onnx",
+                Path(root) / "m.onnx",
+                "--config",
+                config,
+                "--by-width",
+                "--by-height",
+            )
             self.assertEqual(result.returncode, 0, result.stderr)
             widths, heights = result.stdout.split("| columns a character |")[1].split("| rows |")
             self.assertIn("| set | m | 0 to 12 | 1 |", widths)
@@ -144,8 +213,10 @@ class Inspecting(unittest.TestCase):
         return path, picture
 
     def test_takes_the_text_of_each_picture(self):
-        lines = ('{"picture": "/a/000001.png", "regions": [{"text": "B"}], "verdict": "OK"}\n\n'
-                 '{"picture": "000000.png", "regions": [{"text": "A"}, {"text": "C"}], "verdict": "NG"}\n')
+        lines = (
+            '{"picture": "/a/000001.png", "regions": [{"text": "B"}], "verdict": "OK"}\n\n'
+            '{"picture": "000000.png", "regions": [{"text": "A"}, {"text": "C"}], "verdict": "NG"}\n'
+        )
         self.assertEqual(readings(lines), {"000001.png": "B", "000000.png": "AC"})
 
     def test_joins_the_items_of_a_run(self):

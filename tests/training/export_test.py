@@ -54,7 +54,9 @@ class Exporting(unittest.TestCase):
             path = Path(folder) / "m.onnx"
             write_onnx(stirred(), path)
             model = from_onnx(path)
-        self.assertEqual((model.shape.stages, model.shape.hidden, model.shape.classes), (SMALL.stages, 8, 4))
+        self.assertEqual(
+            (model.shape.stages, model.shape.hidden, model.shape.classes), (SMALL.stages, 8, 4)
+        )
 
     def test_writes_a_stretch_and_reads_it_back(self):
         model = stirred()
@@ -66,8 +68,13 @@ class Exporting(unittest.TestCase):
             nodes = onnx.load(str(path)).graph.node
         self.assertEqual(model.shape.stretch_below, 200)
         self.assertEqual(written.shape, replace(SMALL, normalised=False, stretch_below=200))
-        self.assertEqual([node.op_type for node in nodes[:6]], ["Shape", "Add", "Div", "Max", "Resize", "Conv"])
-        self.assertEqual([list(node.input) for node in nodes if "input" in node.input], [["input"], ["input", "", "", "wanted"]])
+        self.assertEqual(
+            [node.op_type for node in nodes[:6]], ["Shape", "Add", "Div", "Max", "Resize", "Conv"]
+        )
+        self.assertEqual(
+            [list(node.input) for node in nodes if "input" in node.input],
+            [["input"], ["input", "", "", "wanted"]],
+        )
 
     def test_of_another_resize_is_refused(self):
         model = stirred()
@@ -93,10 +100,18 @@ class Exporting(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             base = Path(folder) / "base.json"
             base.write_text('{"classes": [], "alphabet": "XYZ"}')
-            files = write_package(stirred(), "ABC", Path(folder) / "out", "model_p1_1", base, "# card\n")
-            self.assertEqual([path.name for path in files], ["model_p1_1.onnx", "model_p1_1.json", "model_p1_1.md"])
+            files = write_package(
+                stirred(), "ABC", Path(folder) / "out", "model_p1_1", base, "# card\n"
+            )
+            self.assertEqual(
+                [path.name for path in files],
+                ["model_p1_1.onnx", "model_p1_1.json", "model_p1_1.md"],
+            )
             self.assertEqual(json.loads(files[1].read_text())["alphabet"], "ABC")
-            self.assertEqual(sorted(path.name for path in (Path(folder) / "out").iterdir()), sorted(path.name for path in files))
+            self.assertEqual(
+                sorted(path.name for path in (Path(folder) / "out").iterdir()),
+                sorted(path.name for path in files),
+            )
 
 
 class Blending(unittest.TestCase):
@@ -105,12 +120,16 @@ class Blending(unittest.TestCase):
         new, old = stirred(), Crnn(SMALL).eval()
         picture = torch.randn(1, 3, 32, 64)
         for part, expected in ((1.0, new), (0.0, old)):
-            self.assertLess(float((blended(new, old, part)(picture) - expected(picture)).abs().max()), 1e-4)
+            self.assertLess(
+                float((blended(new, old, part)(picture) - expected(picture)).abs().max()), 1e-4
+            )
 
     def test_takes_parts_of_the_weights(self):
         new, old = (Crnn(Shape(SMALL.stages, 8, 4, False)).eval() for _ in range(2))
         middle = blended(new, old, 0.25).classifier.bias
-        self.assertTrue(torch.allclose(middle, 0.25 * new.classifier.bias + 0.75 * old.classifier.bias))
+        self.assertTrue(
+            torch.allclose(middle, 0.25 * new.classifier.bias + 0.75 * old.classifier.bias)
+        )
 
     def test_stretches_as_the_trained_network_does(self):
         new, old = (Crnn(Shape(SMALL.stages, 8, 4, False, below)).eval() for below in (96, 0))
@@ -142,7 +161,9 @@ class Training(unittest.TestCase):
             losses = [t.step(*batches[1], 1e-3) for t in (trainer, resumed)]
             self.assertAlmostEqual(losses[0], losses[1], places=5)
             for kept in ("model", "average"):
-                for ours, theirs in zip(getattr(trainer, kept).parameters(), getattr(resumed, kept).parameters()):
+                for ours, theirs in zip(
+                    getattr(trainer, kept).parameters(), getattr(resumed, kept).parameters()
+                ):
                     self.assertTrue(torch.allclose(ours, theirs, atol=1e-6))
             model, alphabet, progress = load_model(Path(folder) / "run" / "last.pt")
         self.assertEqual((alphabet, progress.steps), ("0123456789", 1))
@@ -153,7 +174,9 @@ class Training(unittest.TestCase):
             path = Path(folder) / "last.pt"
             save_checkpoint(path, self.trainer())
             state = torch.load(path)
-            state["shape"] = json.dumps({"channels": [4, 6, 8, 8, 10, 12], "hidden": 8, "classes": 11, "normalised": True})
+            state["shape"] = json.dumps(
+                {"channels": [4, 6, 8, 8, 10, 12], "hidden": 8, "classes": 11, "normalised": True}
+            )
             torch.save(state, path)
             self.assertEqual(load_trainer(path).model.shape.stages, SMALL.stages)
 

@@ -35,8 +35,12 @@ class Faces(unittest.TestCase):
 
     def test_without_small_letters_are_labelled_in_capitals(self):
         face = next(path for path in font_files(PRINT, False) if "BebasNeue" in path)
-        maker = PictureMaker("clean", ALPHABET, 1, faces=SingleFace(face), write=lambda dice: "Model")
-        self.assertEqual({label for _, label in (maker.draw() for _ in range(30)) if label.isalpha()}, {"MODEL"})
+        maker = PictureMaker(
+            "clean", ALPHABET, 1, faces=SingleFace(face), write=lambda dice: "Model"
+        )
+        self.assertEqual(
+            {label for _, label in (maker.draw() for _ in range(30)) if label.isalpha()}, {"MODEL"}
+        )
 
     def test_lack_what_the_font_lacks(self):
         face = FontFace(font_files(PRINT, False)[0])
@@ -57,7 +61,9 @@ class Faces(unittest.TestCase):
     def test_of_strokes_have_8_and_0_rounder_than_b_and_d(self):
         for seed in range(160):
             face = StrokeFace(seed)
-            corners = {character: int(face.glyph(character).mask[:8, :8].sum()) for character in "8B0D"}
+            corners = {
+                character: int(face.glyph(character).mask[:8, :8].sum()) for character in "8B0D"
+            }
             self.assertLess(corners["8"], 0.9 * corners["B"], seed)
             self.assertLess(corners["0"], 0.9 * corners["D"], seed)
 
@@ -65,7 +71,9 @@ class Faces(unittest.TestCase):
         self.assertEqual(set(FORMS), set(ALPHABET))
         for character, forms in FORMS.items():
             for rows in forms:
-                self.assertEqual((len(rows), {len(row) for row in rows}), (ROWS, {COLUMNS}), character)
+                self.assertEqual(
+                    (len(rows), {len(row) for row in rows}), (ROWS, {COLUMNS}), character
+                )
             self.assertGreater(DotFace(3).glyph(character).mask.max(), 200)
         self.assertIsNone(DotFace(3).glyph("?"))
 

@@ -21,7 +21,12 @@ PROGRAM = Path(__file__).resolve().parents[2] / "training" / "fine-tune"
 
 
 def run(*arguments):
-    return subprocess.run([sys.executable, str(PROGRAM), *map(str, arguments)], capture_output=True, text=True, check=False)
+    return subprocess.run(
+        [sys.executable, str(PROGRAM), *map(str, arguments)],
+        capture_output=True,
+        text=True,
+        check=False,
+    )
 
 
 def picture(width=100):
@@ -37,8 +42,15 @@ class Split(unittest.TestCase):
         self.assertEqual(len(held), 6)
 
     def test_leaves_most_pictures_for_training_however_they_are_spread(self):
-        for spread in ({"A": 2, "B": 180}, {"A": 20, "B": 1}, {"A": 150, **{f"B{i}": 1 for i in range(50)}}, {"A": 100, "B": 100}):
-            pairs = [(f"{label}{i}", label) for label, count in spread.items() for i in range(count)]
+        for spread in (
+            {"A": 2, "B": 180},
+            {"A": 20, "B": 1},
+            {"A": 150, **{f"B{i}": 1 for i in range(50)}},
+            {"A": 100, "B": 100},
+        ):
+            pairs = [
+                (f"{label}{i}", label) for label, count in spread.items() for i in range(count)
+            ]
             for seed in range(8):
                 train, held = split(pairs, 0.25, seed)
                 self.assertEqual(sorted(train + held), sorted(pairs))
@@ -49,7 +61,9 @@ class Split(unittest.TestCase):
         self.assertEqual(len(split(pairs, 0.25, 1)[1]), 25)
 
     def test_leaves_a_picture_for_training(self):
-        self.assertEqual([len(part) for part in split([(str(i), "A") for i in range(4)], 0.99, 1)], [1, 3])
+        self.assertEqual(
+            [len(part) for part in split([(str(i), "A") for i in range(4)], 0.99, 1)], [1, 3]
+        )
 
     def test_of_a_single_label_takes_some_pictures(self):
         train, held = split([(str(i), "A") for i in range(8)], 0.25, 1)
@@ -78,7 +92,9 @@ class Mixing(unittest.TestCase):
         pair = (picture(80), "0123456789ABCDEFGH")
         with self.assertRaisesRegex(ValueError, "wide enough"):
             MixedMaker([pair], self.Drawn(), 0.0, 1)
-        self.assertEqual(MixedMaker([pair], self.Drawn(), 0.0, 1, stretch_below=128).draw()[1], pair[1])
+        self.assertEqual(
+            MixedMaker([pair], self.Drawn(), 0.0, 1, stretch_below=128).draw()[1], pair[1]
+        )
 
     def test_varies_a_picture_but_keeps_its_size(self):
         source = np.random.default_rng(1).integers(0, 255, (20, 60, 3), np.uint8)
@@ -101,7 +117,9 @@ class Command(unittest.TestCase):
 
     def model(self, root, classes=12):
         """m.onnx for the alphabet of m.json, which has a class and an ignored character of its own."""
-        (Path(root) / "m.json").write_text('{"classes": [{"name": "1A"}], "ignore_char": "0", "alphabet": "A0123456789"}')
+        (Path(root) / "m.json").write_text(
+            '{"classes": [{"name": "1A"}], "ignore_char": "0", "alphabet": "A0123456789"}'
+        )
         torch.manual_seed(1)
         write_onnx(Crnn(Shape(SMALL.stages, 8, classes)), Path(root) / "m.onnx")
         return Path(root) / "m.onnx"
@@ -113,8 +131,19 @@ class Command(unittest.TestCase):
         return self.model(root, classes)
 
     def train(self, root, *options):
-        return run("train", Path(root) / "m.onnx", Path(root) / "labelled", Path(root) / "run", "--known", "10", "--columns", "512", "--threads", "1",
-                   *options)
+        return run(
+            "train",
+            Path(root) / "m.onnx",
+            Path(root) / "labelled",
+            Path(root) / "run",
+            "--known",
+            "10",
+            "--columns",
+            "512",
+            "--threads",
+            "1",
+            *options,
+        )
 
     def test_collects_an_archive_for_labelling(self):
         with tempfile.TemporaryDirectory() as root:
@@ -135,7 +164,9 @@ class Command(unittest.TestCase):
             corrected = labels.read_text(encoding="utf-8").replace("A7", "A1")
             labels.write_text(corrected, encoding="utf-8")
             result = run("label", root, Path(root) / "labelled")
-            self.assertEqual((result.returncode, labels.read_text(encoding="utf-8")), (1, corrected))
+            self.assertEqual(
+                (result.returncode, labels.read_text(encoding="utf-8")), (1, corrected)
+            )
             self.assertIn("labels.csv is there already", result.stderr)
 
     def test_takes_no_message_for_a_reading_and_says_what_it_leaves_out(self):
@@ -144,11 +175,19 @@ class Command(unittest.TestCase):
             unread = Path(root) / "AISavePic" / "m_p1_1_C1_T1" / "NG" / "ng_notype"
             unread.mkdir(parents=True)
             for number in range(5):
-                cv2.imwrite(str(unread / f"C1_T1ROI1_1121_075611_{number:03d}_unknown error!.bmp"), picture())
+                cv2.imwrite(
+                    str(unread / f"C1_T1ROI1_1121_075611_{number:03d}_unknown error!.bmp"),
+                    picture(),
+                )
             result = run("label", root, Path(root) / "labelled", "--most", "3")
             self.assertEqual(result.returncode, 0, result.stderr)
-            self.assertIn("2 more pictures are left out, whose reading 3 others have", result.stdout)
-            self.assertEqual(sorted(row["text"] for row in load_rows(Path(root) / "labelled" / "labels.csv")), ["", "", "", "A0", "A1"])
+            self.assertIn(
+                "2 more pictures are left out, whose reading 3 others have", result.stdout
+            )
+            self.assertEqual(
+                sorted(row["text"] for row in load_rows(Path(root) / "labelled" / "labels.csv")),
+                ["", "", "", "A0", "A1"],
+            )
 
     def test_says_that_a_folder_is_no_archive(self):
         with tempfile.TemporaryDirectory() as root:
@@ -165,13 +204,31 @@ class Command(unittest.TestCase):
             self.assertIn("| lines right | before | after |", result.stdout)
             self.assertIn("2 pictures held out", result.stdout)
             self.assertTrue((Path(root) / "run" / "ocr_printed_p1_2.onnx").exists())
-            self.assertEqual((Path(root) / "run" / "ocr_printed_p1_2.json").read_text(), config.read_text(), "that of the model")
+            self.assertEqual(
+                (Path(root) / "run" / "ocr_printed_p1_2.json").read_text(),
+                config.read_text(),
+                "that of the model",
+            )
 
     def test_that_is_stopped_keeps_what_it_has_learned(self):
         with tempfile.TemporaryDirectory() as root:
             self.prepare(root)
-            command = [sys.executable, str(PROGRAM), "train", f"{root}/m.onnx", f"{root}/labelled", f"{root}/run", "--known", "10", "--columns", "512",
-                       "--threads", "1", "--minutes", "60"]
+            command = [
+                sys.executable,
+                str(PROGRAM),
+                "train",
+                f"{root}/m.onnx",
+                f"{root}/labelled",
+                f"{root}/run",
+                "--known",
+                "10",
+                "--columns",
+                "512",
+                "--threads",
+                "1",
+                "--minutes",
+                "60",
+            ]
             training = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
             self.assertIn("6 pictures to train on", training.stdout.readline())
             time.sleep(2)
@@ -193,7 +250,9 @@ class Command(unittest.TestCase):
             self.prepare(root)
             (Path(root) / "run").write_text("a file")
             result = self.train(root, "--minutes", "60")
-            self.assertEqual((result.returncode, "Traceback" in result.stderr), (1, False), result.stderr)
+            self.assertEqual(
+                (result.returncode, "Traceback" in result.stderr), (1, False), result.stderr
+            )
 
     def test_names_a_text_outside_the_alphabet(self):
         with tempfile.TemporaryDirectory() as root:

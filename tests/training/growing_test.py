@@ -44,22 +44,31 @@ class Growing(unittest.TestCase):
 
     def test_lets_the_new_parts_learn(self):
         torch.manual_seed(5)
-        large = grown(stirred(), replace(SMALL, stages=read_stages("4/6/8,8/10,11/10,14"), hidden=9))
+        large = grown(
+            stirred(), replace(SMALL, stages=read_stages("4/6/8,8/10,11/10,14"), hidden=9)
+        )
         before = {name: value.clone() for name, value in large.state_dict().items()}
         optimizer = torch.optim.Adam(large.parameters(), lr=1e-2)
         for _ in range(3):
             optimizer.zero_grad()
             large(torch.randn(2, 3, 32, 64))[..., 0].sum().backward()
             optimizer.step()
-        unchanged = [name for name, value in large.state_dict().items() if torch.equal(value, before[name])]
+        unchanged = [
+            name for name, value in large.state_dict().items() if torch.equal(value, before[name])
+        ]
         self.assertEqual(unchanged, [])
-        self.assertTrue(bool((large.classifier.weight[:, 8] != 0).any()), "nobody listens to the new unit of the LSTM")
+        self.assertTrue(
+            bool((large.classifier.weight[:, 8] != 0).any()),
+            "nobody listens to the new unit of the LSTM",
+        )
 
     def test_refuses_to_shrink(self):
-        for stages, hidden, message in (("4/6/8,8/10/12", 7, "an LSTM of 8 cannot shrink to 7"),
-                                        ("4/6/8/10/12", 8, "a stage of 2 convolutions cannot shrink to 1"),
-                                        ("4/6/8,7/10/12", 8, "8 channels cannot shrink to 7"),
-                                        ("4/6/8,8/10,9/12", 8, "10 channels cannot shrink to 9")):
+        for stages, hidden, message in (
+            ("4/6/8,8/10/12", 7, "an LSTM of 8 cannot shrink to 7"),
+            ("4/6/8/10/12", 8, "a stage of 2 convolutions cannot shrink to 1"),
+            ("4/6/8,7/10/12", 8, "8 channels cannot shrink to 7"),
+            ("4/6/8,8/10,9/12", 8, "10 channels cannot shrink to 9"),
+        ):
             with self.assertRaisesRegex(ValueError, message):
                 grown(stirred(), replace(SMALL, stages=read_stages(stages), hidden=hidden))
 
@@ -75,24 +84,59 @@ class Growing(unittest.TestCase):
 
 class Stages(unittest.TestCase):
     def test_are_read_as_they_are_written(self):
-        self.assertEqual(read_stages("24/48/96,96/128/160"), ((24,), (48,), (96, 96), (128,), (160,)))
+        self.assertEqual(
+            read_stages("24/48/96,96/128/160"), ((24,), (48,), (96, 96), (128,), (160,))
+        )
         self.assertEqual(read_stages("1,2/3/4/5/6,7"), ((1, 2), (3,), (4,), (5,), (6, 7)))
 
     def test_of_another_number_or_without_widths_are_refused(self):
-        for text in ("24/48/96/128", "24/48/96/128/160/160", "24/48//128/160", "24/48/a/128/160", "24/0/96/128/160", ""):
+        for text in (
+            "24/48/96/128",
+            "24/48/96/128/160/160",
+            "24/48//128/160",
+            "24/48/a/128/160",
+            "24/0/96/128/160",
+            "",
+        ):
             with self.assertRaises(ValueError):
                 read_stages(text)
 
 
 class Command(unittest.TestCase):
     def train(self, folder, *more):
-        return subprocess.run([str(TRAIN), "--run", f"{folder}/run", "--alphabet", "012", "--minutes", "0", "--columns", "320", "--workers", "0",
-                               "--recipe", "clean", *more], capture_output=True, text=True)
+        return subprocess.run(
+            [
+                str(TRAIN),
+                "--run",
+                f"{folder}/run",
+                "--alphabet",
+                "012",
+                "--minutes",
+                "0",
+                "--columns",
+                "320",
+                "--workers",
+                "0",
+                "--recipe",
+                "clean",
+                *more,
+            ],
+            capture_output=True,
+            text=True,
+        )
 
     def test_grows_the_given_model(self):
         with tempfile.TemporaryDirectory() as folder:
             write_onnx(stirred(), f"{folder}/m.onnx")
-            done = self.train(folder, "--from-onnx", f"{folder}/m.onnx", "--stages", "4/6/8,9/10/12", "--hidden", "10")
+            done = self.train(
+                folder,
+                "--from-onnx",
+                f"{folder}/m.onnx",
+                "--stages",
+                "4/6/8,9/10/12",
+                "--hidden",
+                "10",
+            )
             self.assertEqual(done.returncode, 0, done.stderr)
             shape = load_model(Path(folder) / "run" / "last.pt")[0].shape
         self.assertEqual((shape.stages, shape.hidden), (((4,), (6,), (8, 9), (10,), (12,)), 10))
@@ -119,11 +163,23 @@ class Command(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             write_onnx(stirred(), f"{folder}/m.onnx")
             first = ("--from-onnx", f"{folder}/m.onnx", "--hidden", "10")
-            for more, status in ((first, 0), (first, 0), ((), 0), (("--hidden", "11"), 1), (("--stages", "4/6/8,9/10/12"), 1), (("--stretch-below", "64"), 1)):
+            for more, status in (
+                (first, 0),
+                (first, 0),
+                ((), 0),
+                (("--hidden", "11"), 1),
+                (("--stages", "4/6/8,9/10/12"), 1),
+                (("--stretch-below", "64"), 1),
+            ):
                 done = self.train(folder, *more)
                 self.assertEqual(done.returncode, status, (more, done.stderr))
-                self.assertEqual(done.stderr, f"{folder}/run/last.pt has another --stages, --hidden or --stretch-below: "
-                                 "give another --run to begin with these\n" if status else "")
+                self.assertEqual(
+                    done.stderr,
+                    f"{folder}/run/last.pt has another --stages, --hidden or --stretch-below: "
+                    "give another --run to begin with these\n"
+                    if status
+                    else "",
+                )
 
     def test_says_where_a_checkpoint_is_damaged(self):
         with tempfile.TemporaryDirectory() as folder:
@@ -132,18 +188,36 @@ class Command(unittest.TestCase):
             for content in (b"", b"not a checkpoint", checkpoint.read_bytes()[:5000]):
                 checkpoint.write_bytes(content)
                 done = self.train(folder)
-                self.assertEqual((done.returncode, done.stderr), (1, f"{checkpoint}: not a checkpoint, or damaged\n"))
+                self.assertEqual(
+                    (done.returncode, done.stderr),
+                    (1, f"{checkpoint}: not a checkpoint, or damaged\n"),
+                )
 
     def test_says_in_one_line_what_is_wrong(self):
         with tempfile.TemporaryDirectory() as folder:
             write_onnx(stirred(), f"{folder}/m.onnx")
-            for more, message in ((("--from-onnx", f"{folder}/m.onnx", "--hidden", "7"), "an LSTM of 8 cannot shrink to 7\n"),
-                                  (("--from-onnx", f"{folder}/m.onnx", "--stretch-below", "321"),
-                                   "pictures can be stretched towards 0 to 320 columns, not 321\n"),
-                                  (("--stretch-below", "-1"), "pictures can be stretched towards 0 to 320 columns, not -1\n"),
-                                  (("--from-onnx", f"{folder}/m.onnx", "--alphabet", "01"), f"{folder}/m.onnx: 4 classes, the alphabet needs 3\n")):
+            for more, message in (
+                (
+                    ("--from-onnx", f"{folder}/m.onnx", "--hidden", "7"),
+                    "an LSTM of 8 cannot shrink to 7\n",
+                ),
+                (
+                    ("--from-onnx", f"{folder}/m.onnx", "--stretch-below", "321"),
+                    "pictures can be stretched towards 0 to 320 columns, not 321\n",
+                ),
+                (
+                    ("--stretch-below", "-1"),
+                    "pictures can be stretched towards 0 to 320 columns, not -1\n",
+                ),
+                (
+                    ("--from-onnx", f"{folder}/m.onnx", "--alphabet", "01"),
+                    f"{folder}/m.onnx: 4 classes, the alphabet needs 3\n",
+                ),
+            ):
                 done = self.train(folder, *more)
                 self.assertEqual((done.returncode, done.stderr), (1, message))
             done = self.train(folder, "--stages", "24/48")
         self.assertEqual(done.returncode, 2)
-        self.assertIn("--stages: 24/48: a network has 5 stages of one convolution or more", done.stderr)
+        self.assertIn(
+            "--stages: 24/48: a network has 5 stages of one convolution or more", done.stderr
+        )

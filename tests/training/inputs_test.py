@@ -11,7 +11,7 @@ RED = (20, 40, 200)  # blue, green, red
 def coloured(width=64):
     picture = np.zeros((32, width, 3), np.uint8)
     picture[:, :] = RED
-    picture[:, :width // 2] = 0
+    picture[:, : width // 2] = 0
     return picture
 
 
@@ -38,11 +38,22 @@ class Colours(unittest.TestCase):
 
 class Sizes(unittest.TestCase):
     def test_has_height_32_and_a_width_of_the_same_proportions_within_the_limits(self):
-        for (rows, columns), width in {(32, 100): 100, (10, 32): 102, (32, 10): 32, (32, 2000): 320, (60, 100): 53}.items():
-            self.assertEqual(network_input(np.zeros((rows, columns, 3), np.uint8)).shape, (3, 32, width))
+        for (rows, columns), width in {
+            (32, 100): 100,
+            (10, 32): 102,
+            (32, 10): 32,
+            (32, 2000): 320,
+            (60, 100): 53,
+        }.items():
+            self.assertEqual(
+                network_input(np.zeros((rows, columns, 3), np.uint8)).shape, (3, 32, width)
+            )
 
     def test_narrower_than_the_network_wants_is_stretched_half_of_the_way(self):
-        self.assertEqual([stretched(width, 128) for width in (32, 64, 101, 127, 128, 129, 320)], [80, 96, 114, 127, 128, 129, 320])
+        self.assertEqual(
+            [stretched(width, 128) for width in (32, 64, 101, 127, 128, 129, 320)],
+            [80, 96, 114, 127, 128, 129, 320],
+        )
         self.assertEqual([stretched(width, 0) for width in (32, 320)], [32, 320])
 
 

@@ -10,7 +10,19 @@ from pathlib import Path
 import cv2
 import numpy as np
 
-from scribokit.labelling import BACKSPACE, CLEAR, ENTER, LEAVE_OUT, LEFT, RIGHT, UP, Line, correct, half_blocks, keys
+from scribokit.labelling import (
+    BACKSPACE,
+    CLEAR,
+    ENTER,
+    LEAVE_OUT,
+    LEFT,
+    RIGHT,
+    UP,
+    Line,
+    correct,
+    half_blocks,
+    keys,
+)
 from scribokit.labels import load_rows, read_labels, write_labels
 
 PROGRAM = Path(__file__).resolve().parents[2] / "training" / "fine-tune"
@@ -42,7 +54,10 @@ class Keys(unittest.TestCase):
             os.close(descriptor)
 
     def test_are_characters_and_names(self):
-        self.assertEqual(self.read(b"a9\r\n\x7f\x08\x04\x15"), ["a", "9", ENTER, ENTER, BACKSPACE, BACKSPACE, LEAVE_OUT, CLEAR])
+        self.assertEqual(
+            self.read(b"a9\r\n\x7f\x08\x04\x15"),
+            ["a", "9", ENTER, ENTER, BACKSPACE, BACKSPACE, LEAVE_OUT, CLEAR],
+        )
 
     def test_of_arrows_come_as_escape_sequences(self):
         self.assertEqual(self.read(b"\x1b[A\x1b[C\x1bOD7"), [UP, RIGHT, LEFT, "7"])
@@ -91,7 +106,10 @@ class Correcting(unittest.TestCase):
             folder = labelled(root)
             counts, screen = self.run_keys(folder, b"\r\x7f5\r\x04")
             self.assertEqual(counts, (3, 3))
-            self.assertEqual([(path.name, text) for path, text in read_labels(folder)], [("12.png", "12"), ("34.png", "35")])
+            self.assertEqual(
+                [(path.name, text) for path, text in read_labels(folder)],
+                [("12.png", "12"), ("34.png", "35")],
+            )
         for shown in ("12.png, 1 of 3", "34.png, 2 of 3", "left out", "▀"):
             self.assertIn(shown, screen)
 
@@ -99,7 +117,9 @@ class Correcting(unittest.TestCase):
         with tempfile.TemporaryDirectory() as root:
             folder = labelled(root)
             self.assertEqual(self.run_keys(folder, b"\r9")[0], (1, 3))
-            self.assertEqual([row["text"] for row in load_rows(folder / "labels.csv")], ["12", "34", "56"])
+            self.assertEqual(
+                [row["text"] for row in load_rows(folder / "labels.csv")], ["12", "34", "56"]
+            )
             counts, screen = self.run_keys(folder, b"\r\r")
             self.assertEqual(counts, (3, 3))
             self.assertNotIn("12.png", screen)
@@ -131,8 +151,12 @@ class Blocks(unittest.TestCase):
         self.assertEqual(len(lines), 6)
         picture = np.zeros((2, 1, 3), np.uint8)
         picture[1] = (1, 2, 3)
-        self.assertEqual(half_blocks(cv2.resize(picture, (16, 32), interpolation=cv2.INTER_NEAREST), 80)[-1].split("▀")[0],
-                         "\x1b[38;2;3;2;1m\x1b[48;2;3;2;1m")
+        self.assertEqual(
+            half_blocks(cv2.resize(picture, (16, 32), interpolation=cv2.INTER_NEAREST), 80)[
+                -1
+            ].split("▀")[0],
+            "\x1b[38;2;3;2;1m\x1b[48;2;3;2;1m",
+        )
 
     def test_of_odd_pictures_are_lines_too(self):
         for shape in ((1, 1), (1, 500), (500, 1)):
@@ -144,32 +168,55 @@ class Command(unittest.TestCase):
         folder = Path(root) / "AISavePic" / "m_p1_1_C1_T1" / "OK"
         folder.mkdir(parents=True)
         for number in range(2):
-            cv2.imwrite(str(folder / f"C1_T1ROI1_1121_075610_{number:03d}_A{number}.bmp"), np.full((32, 90, 3), 128, np.uint8))
+            cv2.imwrite(
+                str(folder / f"C1_T1ROI1_1121_075610_{number:03d}_A{number}.bmp"),
+                np.full((32, 90, 3), 128, np.uint8),
+            )
 
     def command(self, root, *more):
-        return [sys.executable, str(PROGRAM), "label", str(root), str(Path(root) / "labelled"), "--keys", *more]
+        return [
+            sys.executable,
+            str(PROGRAM),
+            "label",
+            str(root),
+            str(Path(root) / "labelled"),
+            "--keys",
+            *more,
+        ]
 
     def test_takes_keys_from_a_pipe_and_goes_on_later(self):
         with tempfile.TemporaryDirectory() as root:
             self.archive(root)
-            first = subprocess.run(self.command(root), input=b"X\n", capture_output=True, check=False)
+            first = subprocess.run(
+                self.command(root), input=b"X\n", capture_output=True, check=False
+            )
             self.assertEqual(first.returncode, 0, first.stderr)
             self.assertIn("1 of 2 pictures", first.stdout.decode())
-            second = subprocess.run(self.command(root), input=b"\n", capture_output=True, check=False)
+            second = subprocess.run(
+                self.command(root), input=b"\n", capture_output=True, check=False
+            )
             self.assertIn("2 of 2 pictures", second.stdout.decode())
-            self.assertEqual([text for _, text in read_labels(Path(root) / "labelled")], ["A0X", "A1"])
+            self.assertEqual(
+                [text for _, text in read_labels(Path(root) / "labelled")], ["A0X", "A1"]
+            )
 
     def test_takes_single_keys_from_a_terminal_and_leaves_it_as_it_was(self):
         import termios
+
         with tempfile.TemporaryDirectory() as root:
             self.archive(root)
             try:
                 ours, theirs = pty.openpty()
             except OSError as error:
-                print(f"there is no terminal to test with: {error}; is /dev/pts mounted?", file=sys.stderr)
+                print(
+                    f"there is no terminal to test with: {error}; is /dev/pts mounted?",
+                    file=sys.stderr,
+                )
                 return  # the keys by themselves are tested above, through a pipe
             before = termios.tcgetattr(theirs)
-            with subprocess.Popen(self.command(root), stdin=theirs, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as process:
+            with subprocess.Popen(
+                self.command(root), stdin=theirs, stdout=subprocess.PIPE, stderr=subprocess.STDOUT
+            ) as process:
                 shown = b""
                 while b"> A0" not in shown:
                     part = os.read(process.stdout.fileno(), 4096)

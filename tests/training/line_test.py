@@ -1,4 +1,5 @@
-"""Whether the kit reads as a line does: what is trained and measured here must be what the plug-in makes of a picture."""
+"""Whether the kit reads as a line does: what is trained and measured here must be what the plug-in
+makes of a picture."""
 import os
 import tempfile
 import unittest

@@ -19,7 +19,9 @@ class Pictures(unittest.TestCase):
                 self.assertTrue(label and set(label) <= set(ALPHABET), label)
 
     def test_are_the_same_for_the_same_seed_and_others_for_another(self):
-        first, again, other = ([PictureMaker("mix", ALPHABET, seed).draw() for _ in range(1)][0] for seed in (5, 5, 6))
+        first, again, other = (
+            [PictureMaker("mix", ALPHABET, seed).draw() for _ in range(1)][0] for seed in (5, 5, 6)
+        )
         self.assertEqual(first[1], again[1])
         self.assertTrue(np.array_equal(first[0], again[0]))
         self.assertFalse(first[1] == other[1] and np.array_equal(first[0], other[0]))
@@ -30,7 +32,9 @@ class Pictures(unittest.TestCase):
             self.assertGreater(maker.draw()[0].std(), 2)
 
     def test_show_the_given_texts_only(self):
-        maker = PictureMaker("clean", "01", 1, write=lambda dice: dice.choice(("01", "0 1", "X1", "10")))
+        maker = PictureMaker(
+            "clean", "01", 1, write=lambda dice: dice.choice(("01", "0 1", "X1", "10"))
+        )
         self.assertEqual({maker.draw()[1] for _ in range(40)}, {"01", "10"})
 
 

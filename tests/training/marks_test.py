@@ -15,7 +15,9 @@ class Marks(unittest.TestCase):
         dice, noise = random.Random(10), NoiseBank(1)
         mask = set_line("A.9-B:", FontFace(font_files(PRINT, False)[0]))[0]
         mask[2:5, 2:5] = mask[2:4, 10:20] = 255
-        self.assertFalse(all(marks.shows_all(mask, marks.dot_matrix(mask, dice)) for _ in range(20)))
+        self.assertFalse(
+            all(marks.shows_all(mask, marks.dot_matrix(mask, dice)) for _ in range(20))
+        )
         changed = 0
         for _ in range(200):
             result = marks.marked(mask, dice, noise)
@@ -29,7 +31,9 @@ class Marks(unittest.TestCase):
         mask = np.zeros((40, 40), np.uint8)
         mask[4:36, 4:36] = 255
         mask[18:21, 18:21] = 0
-        self.assertTrue(all((marks.marked(mask, dice, noise)[18:21, 18:21] < 192).any() for _ in range(300)))
+        self.assertTrue(
+            all((marks.marked(mask, dice, noise)[18:21, 18:21] < 192).any() for _ in range(300))
+        )
 
     def test_lean_without_losing_ink(self):
         dice, mask, leaning = random.Random(11), np.full((68, 40), 255, np.uint8), 0

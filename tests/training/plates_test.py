@@ -12,20 +12,32 @@ from scribokit.scene import CLUTTER, FAINT, OUTSIDE, TEXT, Scene
 class Plates(unittest.TestCase):
     def setUp(self):
         self.scene = Scene(300, 7)
-        self.edge = self.scene.left - 10, self.scene.top - 12, self.scene.right + 14, self.scene.bottom + 9
+        self.edge = (
+            self.scene.left - 10,
+            self.scene.top - 12,
+            self.scene.right + 14,
+            self.scene.bottom + 9,
+        )
         self.face = StrokeFace(1)
 
     def inside(self, room):
         x0, y0, x1, y1 = (int(v) for v in self.edge)
-        return self.scene.planes[CLUTTER][y0 + room:y1 - room, x0 + room:x1 - room]
+        return self.scene.planes[CLUTTER][y0 + room : y1 - room, x0 + room : x1 - room]
 
     def test_have_frames_around_them_and_not_across(self):
         for seed in range(60):
             self.setUp()
             outer = plates.frame(self.scene, self.face, self.edge, random.Random(seed))
-            self.assertTrue(outer[0] < self.edge[0] and outer[1] < self.edge[1] and outer[2] > self.edge[2] and outer[3] > self.edge[3])
+            self.assertTrue(
+                outer[0] < self.edge[0]
+                and outer[1] < self.edge[1]
+                and outer[2] > self.edge[2]
+                and outer[3] > self.edge[3]
+            )
             self.assertFalse(self.inside(4).any(), seed)
-            self.assertTrue(self.scene.planes[CLUTTER][int(outer[1]), int(outer[0]):int(outer[2])].all(), seed)
+            self.assertTrue(
+                self.scene.planes[CLUTTER][int(outer[1]), int(outer[0]) : int(outer[2])].all(), seed
+            )
 
     def test_have_bodywork_around_them_and_not_across(self):
         marked = 0
@@ -49,7 +61,11 @@ class Plates(unittest.TestCase):
             scenery(self.scene, random.Random(seed))
             shades = self.scene.planes.pop(FAINT)
             self.assertGreater(np.ptp(shades), 40, seed)
-            self.assertLess(max(np.abs(np.diff(shades.astype(int), axis=axis)).max() for axis in (0, 1)), 128, seed)
+            self.assertLess(
+                max(np.abs(np.diff(shades.astype(int), axis=axis)).max() for axis in (0, 1)),
+                128,
+                seed,
+            )
             self.assertFalse(np.any(self.scene.planes), seed)
 
     def test_are_seen_with_all_their_characters(self):
@@ -57,7 +73,13 @@ class Plates(unittest.TestCase):
         for _ in range(60):
             scene, box = plates.plate("AB*123", self.face, self.face, dice)
             rows, columns = (np.flatnonzero(scene.planes[TEXT].any(axis)) for axis in (1, 0))
-            self.assertTrue(box[0] <= columns[0] + 1 and box[1] <= rows[0] + 1 and box[2] >= columns[-1] - 1 and box[3] >= rows[-1] - 1, box)
+            self.assertTrue(
+                box[0] <= columns[0] + 1
+                and box[1] <= rows[0] + 1
+                and box[2] >= columns[-1] - 1
+                and box[3] >= rows[-1] - 1,
+                box,
+            )
             x0, y0, x1, y1 = columns[0], rows[0], columns[-1], rows[-1]
             self.assertFalse(scene.planes[OUTSIDE][y0:y1, x0:x1].any())
 

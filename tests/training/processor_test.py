@@ -16,9 +16,15 @@ TRAIN = Path(__file__).resolve().parents[2] / "training" / "train"
 
 
 def spins(**environment):
-    """How often a thread of a training looks for work before it falls asleep, as OpenMP tells when it is loaded."""
-    told = subprocess.run([str(TRAIN), "--help"], env={**os.environ, "OMP_DISPLAY_ENV": "verbose", **environment},
-                          capture_output=True, text=True, check=True).stderr
+    """How often a thread of a training looks for work before it falls asleep, as OpenMP tells when
+    it is loaded."""
+    told = subprocess.run(
+        [str(TRAIN), "--help"],
+        env={**os.environ, "OMP_DISPLAY_ENV": "verbose", **environment},
+        capture_output=True,
+        text=True,
+        check=True,
+    ).stderr
     return int(re.search(r"GOMP_SPINCOUNT = '(\d+)'", told)[1])
 
 

@@ -11,7 +11,8 @@ from scribokit.training import Trainer
 
 
 class Numbers:
-    """A supply of lines that are numbered in order, each with its number as its pixels; `widths` are taken in turn."""
+    """A supply of lines that are numbered in order, each with its number as its pixels; `widths`
+    are taken in turn."""
 
     def __init__(self, widths, count):
         self._widths = widths
@@ -24,7 +25,9 @@ class Numbers:
         width = self._widths[self.batches % len(self._widths)]
         self.batches += 1
         numbers = np.arange(first, first + self._count, dtype=np.uint8)
-        return np.broadcast_to(numbers[:, None, None, None], (self._count, 3, 32, width)).copy(), [str(number) for number in numbers]
+        return np.broadcast_to(numbers[:, None, None, None], (self._count, 3, 32, width)).copy(), [
+            str(number) for number in numbers
+        ]
 
     def close(self):
         self.closed = True
@@ -46,14 +49,23 @@ class Selection(unittest.TestCase):
         self.assertEqual(selected.next()[1][0], "9")
 
     def test_leaves_out_the_lines_with_too_much_loss(self):
-        selected = Selected(Numbers((32,), 8), lambda pictures, labels: np.array([int(label) for label in labels]), 2, 5, 96)
+        selected = Selected(
+            Numbers((32,), 8),
+            lambda pictures, labels: np.array([int(label) for label in labels]),
+            2,
+            5,
+            96,
+        )
         pictures, labels = selected.next()
         self.assertEqual(labels, ["3", "4", "5"])
         self.assertEqual(pictures[:, 0, 0, 0].tolist(), [3, 4, 5])
 
     def test_keeps_widths_apart(self):
         selected = Selected(Numbers((32, 64), 4), odd, 0.5, ALL, 192)
-        for width, expected in ((64, ["5", "7", "13", "15"]), (32, ["1", "3", "9", "11", "17", "19"])):
+        for width, expected in (
+            (64, ["5", "7", "13", "15"]),
+            (32, ["1", "3", "9", "11", "17", "19"]),
+        ):
             pictures, labels = selected.next()
             self.assertEqual((pictures.shape, labels), ((len(expected), 3, 32, width), expected))
 
@@ -78,11 +90,17 @@ class Losses(unittest.TestCase):
         trainer.model.eval()
         before = {name: value.clone() for name, value in trainer.model.state_dict().items()}
         losses = trainer.losses(pictures, labels)
-        self.assertEqual((losses.shape, trainer.progress.read, trainer.progress.steps), ((3,), 3, 0))
+        self.assertEqual(
+            (losses.shape, trainer.progress.read, trainer.progress.steps), ((3,), 3, 0)
+        )
         for name, value in trainer.model.state_dict().items():
             self.assertTrue(torch.equal(value, before[name]), name)
         for place, label in enumerate(labels):
-            self.assertAlmostEqual(float(trainer.losses(pictures[place:place + 1], [label])[0]), float(losses[place]), places=4)
+            self.assertAlmostEqual(
+                float(trainer.losses(pictures[place : place + 1], [label])[0]),
+                float(losses[place]),
+                places=4,
+            )
 
 
 if __name__ == "__main__":

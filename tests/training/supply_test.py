@@ -20,7 +20,10 @@ if __name__ == "__main__":
 def is_running(process):
     """Whether a process of this number is there and has not ended."""
     try:
-        return Path(f"/proc/{process}/stat").read_text(encoding="utf-8").rsplit(")", 1)[1].split()[0] != "Z"
+        return (
+            Path(f"/proc/{process}/stat").read_text(encoding="utf-8").rsplit(")", 1)[1].split()[0]
+            != "Z"
+        )
     except OSError:
         return False
 

@@ -2,7 +2,17 @@ import random
 import unittest
 
 from scribokit.alphabet import read_alphabet
-from scribokit.texts import LOOKALIKES, PLATE_PATTERNS, even_text, fill, gtin_text, is_readable, label_of, plate_text, tempting
+from scribokit.texts import (
+    LOOKALIKES,
+    PLATE_PATTERNS,
+    even_text,
+    fill,
+    gtin_text,
+    is_readable,
+    label_of,
+    plate_text,
+    tempting,
+)
 
 ALPHABET = read_alphabet()
 
@@ -60,8 +70,18 @@ class Texts(unittest.TestCase):
 
     def test_fill_letters_with_o_and_i_only_in_groups_of_letters(self):
         dice = random.Random(7)
-        for pattern, expected in (("AA-999", "OI"), ("AAA", "OI"), ("9 AA", "OI"), ("A", ""), ("A*9999", ""), ("AAA999", ""), ("999AAA", ""),
-                                  ("9AAA9", ""), ("AA?", ""), ("?AA", "")):
+        for pattern, expected in (
+            ("AA-999", "OI"),
+            ("AAA", "OI"),
+            ("9 AA", "OI"),
+            ("A", ""),
+            ("A*9999", ""),
+            ("AAA999", ""),
+            ("999AAA", ""),
+            ("9AAA9", ""),
+            ("AA?", ""),
+            ("?AA", ""),
+        ):
             drawn = "".join(fill(pattern, dice) for _ in range(300))
             self.assertEqual(set("OI") & set(drawn), set(expected), pattern)
             self.assertIn("Q", drawn)
@@ -77,12 +97,19 @@ class Texts(unittest.TestCase):
         drawn = [tempting("8B 999", dice) for _ in range(400)]
         self.assertEqual(set(drawn), {"8B 999", "BB 999", "88 999"})
         self.assertTrue(150 < drawn.count("8B 999") < 250)
-        self.assertEqual({LOOKALIKES[LOOKALIKES[character]] for character in LOOKALIKES}, set(LOOKALIKES))
-        self.assertTrue(all(character.isdigit() != other.isdigit() for character, other in LOOKALIKES.items()))
+        self.assertEqual(
+            {LOOKALIKES[LOOKALIKES[character]] for character in LOOKALIKES}, set(LOOKALIKES)
+        )
+        self.assertTrue(
+            all(character.isdigit() != other.isdigit() for character, other in LOOKALIKES.items())
+        )
 
     def test_of_plates_stay_as_they_are_with_o_or_i_or_no_lookalike(self):
         dice = random.Random(3)
-        self.assertEqual({tempting(text, dice) for text in ("BO 888", "BI 888", "199") for _ in range(200)}, {"BO 888", "BI 888", "199"})
+        self.assertEqual(
+            {tempting(text, dice) for text in ("BO 888", "BI 888", "199") for _ in range(200)},
+            {"BO 888", "BI 888", "199"},
+        )
 
     def test_are_labelled_without_gaps_and_emblems(self):
         self.assertEqual(label_of("A*BC 12-3", ALPHABET), "ABC12-3")

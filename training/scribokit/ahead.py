@@ -1,6 +1,7 @@
-"""Batches that a thread gets ready while the training computes, and some of the latest once more while none is ready
-(Choi et al., Faster neural network training with data echoing, 2019): where lines are drawn and read to find the few to
-train on, getting a batch ready takes several times as long as a step with it."""
+"""Batches that a thread gets ready while the training computes, and some of the latest once more
+while none is ready (Choi et al., Faster neural network training with data echoing, 2019): where
+lines are drawn and read to find the few to train on, getting a batch ready takes several times as
+long as a step with it."""
 import queue
 import random
 import threading
@@ -10,8 +11,10 @@ _LOOK_SECONDS = 0.5
 
 
 class Ahead:
-    """next() gives a batch of `supply` that none was given before, or one of the latest `kept` when none is ready. What
-    the supply raises is raised by next(). Only the thread calls the supply, until close() has ended it."""
+    """next() gives a batch of `supply` that none was given before, or one of the latest `kept` when
+    none is ready. What the supply raises is raised by next(). Only the thread calls the supply,
+    until close() has ended it.
+    """
 
     def __init__(self, supply, kept=200):
         self._supply = supply
@@ -33,7 +36,7 @@ class Ahead:
                 if not self._latest:
                     continue
                 return random.choice(self._latest)
-            self._latest = self._latest[1 - self._kept:] + [batch]
+            self._latest = self._latest[1 - self._kept :] + [batch]
             return batch
 
     def close(self):

@@ -6,7 +6,8 @@ DEFAULT_CONFIGURATION = Path(__file__).resolve().parents[2] / "models" / "ocr_pr
 
 
 def read_alphabet(path=DEFAULT_CONFIGURATION):
-    """The "alphabet" of a model's configuration file. ValueError when it is empty or repeats a character."""
+    """The "alphabet" of a model's configuration file. ValueError when it is empty or repeats a
+    character."""
     alphabet = json.loads(Path(path).read_text(encoding="utf-8")).get("alphabet", "")
     if not alphabet:
         raise ValueError(f"{path}: no alphabet")

@@ -1,4 +1,5 @@
-"""Batches for training: pictures of one width each, collected while others of that width are drawn."""
+"""Batches for training: pictures of one width each, collected while others of that width are drawn.
+"""
 import numpy as np
 
 from .ctc import steps_needed
@@ -8,9 +9,11 @@ WIDTH_STEP = 16
 
 
 class Batches:
-    """next() gives (pictures count×3×32×width bytes, labels). Widths are rounded to WIDTH_STEP, which stretches a
-    picture by a few per cent; pictures wider than `widest` are drawn again, so that training can begin narrow.
-    So are those whose label needs more steps than a network has that stretches pictures below `stretch_below`."""
+    """next() gives (pictures count×3×32×width bytes, labels). Widths are rounded to WIDTH_STEP,
+    which stretches a picture by a few per cent; pictures wider than `widest` are drawn again, so
+    that training can begin narrow. So are those whose label needs more steps than a network has
+    that stretches pictures below `stretch_below`.
+    """
 
     def __init__(self, maker, columns, widest=WIDEST, stretch_below=0):
         self._maker = maker

@@ -14,17 +14,18 @@ from .scene import CLUTTER, FAINT, OUTSIDE, TEXT
 # How deep the arc of a can is for its curvature, in heights of the picture.
 _DEPTH = 0.3
 
-# planes: the layers as the picture shows them, height×width×4 bytes; capitals: the height of one in pixels; places and
-# owners: the pixels (x, y) of the line's marks in the picture and the mark that each belongs to.
+# planes: the layers as the picture shows them, height×width×4 bytes; capitals: the height of one in
+# pixels; places and owners: the pixels (x, y) of the line's marks in the picture and the mark that
+# each belongs to.
 _Projection = namedtuple("_Projection", "planes capitals places owners")
 # What light makes of a colour, height×width×3 floats each: colour × gain + added.
 _Light = namedtuple("_Light", "gain added")
 
 
 def shoot(scene, box, view, paint, dice, noise):
-    """A picture (height×width×3 bytes, BGR) of the scene's box (x0, y0, x1, y1), as `view` and `paint` say; None when
-    nobody could read it: its characters would be too small, on the highest picture or in the network's input, or one of
-    its marks would hardly stand out."""
+    """A picture (height×width×3 bytes, BGR) of the scene's box (x0, y0, x1, y1), as `view` and
+    `paint` say; None when nobody could read it: its characters would be too small, on the highest
+    picture or in the network's input, or one of its marks would hardly stand out."""
     seen = _project(scene, box, view, dice)
     if seen is None:
         return None
@@ -38,9 +39,10 @@ def shoot(scene, box, view, paint, dice, noise):
 
 
 def _project(scene, box, view, dice):
-    """Warps the layers so that the box's outline, turned and seen at an angle, fills the picture, which is taken larger
-    when its characters would be too small, and shows more where it would cut them off. None when that makes the picture
-    higher than any or the characters take too little of it."""
+    """Warps the layers so that the box's outline, turned and seen at an angle, fills the picture,
+    which is taken larger when its characters would be too small, and shows more where it would cut
+    them off. None when that makes the picture higher than any or the characters take too little of
+    it."""
     x0, y0, x1, y1 = box
     source = np.float32([[x0, y0], [x1, y0], [x1, y1], [x0, y1]])
     seen = _seen(source - source.mean(0), view, dice)
@@ -53,19 +55,25 @@ def _project(scene, box, view, dice):
         return None
     width = int(max(8, min(round(size[0] / size[1] * height), 12 * height)))
     scale = np.array([width, height]) / size
-    if not is_large_enough(scene.pitch * view.stretch * scale[0], CAP_HEIGHT * scale[1], width, height):
+    if not is_large_enough(
+        scene.pitch * view.stretch * scale[0], CAP_HEIGHT * scale[1], width, height
+    ):
         return None
     # A pixel's coordinates are those of its middle.
     target = (seen - low) * scale - 0.5
     places, owners = marks_of(scene.planes[TEXT])
-    places = cv2.perspectiveTransform(places[None], cv2.getPerspectiveTransform(source, np.float32(target)))[0]
+    places = cv2.perspectiveTransform(
+        places[None], cv2.getPerspectiveTransform(source, np.float32(target))
+    )[0]
     planes = cv2.merge(scene.planes)
     if scale[1] < 0.62:
         half = 0.5
         planes = cv2.resize(planes, None, fx=half, fy=half, interpolation=cv2.INTER_AREA)
         source = (source + 0.5) * half - 0.5
     matrix = cv2.getPerspectiveTransform(source, np.float32(target))
-    planes = cv2.warpPerspective(planes, matrix, (width, height), flags=cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE)
+    planes = cv2.warpPerspective(
+        planes, matrix, (width, height), flags=cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE
+    )
     if view.curvature:
         planes, places = _curved(planes, places, view.curvature)
     return _Projection(planes, CAP_HEIGHT * scale[1], places, owners)
@@ -79,12 +87,13 @@ def _seen(corners, view, dice):
     seen = corners @ (turn @ np.array([[view.stretch, shear], [slope * view.stretch, 1.0]])).T
     for axis in (0, 1):
         keystone = dice.gauss(0, view.keystone)
-        seen *= 1 + keystone * seen[:, axis:axis + 1] / max(np.abs(seen[:, axis]).max(), 1)
+        seen *= 1 + keystone * seen[:, axis : axis + 1] / max(np.abs(seen[:, axis]).max(), 1)
     return seen
 
 
 def _frame(seen, view, dice):
-    """What the picture shows, from `low` to `high`: the box, its sides misplaced as those of a region set up by hand."""
+    """What the picture shows, from `low` to `high`: the box, its sides misplaced as those of a
+    region set up by hand."""
     low, high = seen.min(0), seen.max(0)
     size = high - low
     for edge in (low, high):
@@ -99,13 +108,17 @@ def _ink_as_seen(scene, source, seen):
     inked = inked[rows]
     first = inked.argmax(1) - 0.5
     last = scene.width - inked[:, ::-1].argmax(1) - 0.5
-    ends = np.concatenate([np.stack([columns, rows + side], 1) for columns in (first, last) for side in (-0.5, 0.5)])
-    return cv2.perspectiveTransform(np.float32(ends)[None], cv2.getPerspectiveTransform(source, np.float32(seen)))[0]
+    ends = np.concatenate(
+        [np.stack([columns, rows + side], 1) for columns in (first, last) for side in (-0.5, 0.5)]
+    )
+    return cv2.perspectiveTransform(
+        np.float32(ends)[None], cv2.getPerspectiveTransform(source, np.float32(seen))
+    )[0]
 
 
 def _with_all_of(ink, low, high, curvature):
-    """The frame from `low` to `high` made larger where it would cut the ink off: a Q without its tail is a 0. The ends of a
-    line round a can sink, and need room for that."""
+    """The frame from `low` to `high` made larger where it would cut the ink off: a Q without its
+    tail is a 0. The ends of a line round a can sink, and need room for that."""
     low, high = np.minimum(low, ink.min(0)), np.maximum(high, ink.max(0))
     left = 1 - _sinking(curvature)
     if curvature > 0:
@@ -116,7 +129,8 @@ def _with_all_of(ink, low, high, curvature):
 
 
 def _curved(planes, places, curvature):
-    """The layers, and these places (x, y) in them, as seen round a can: columns squeezed to the sides and sunk along an arc."""
+    """The layers, and these places (x, y) in them, as seen round a can: columns squeezed to the
+    sides and sunk along an arc."""
     height, width = planes.shape[:2]
     x = np.linspace(-1, 1, width, dtype=np.float32)
     span = _span(curvature)
@@ -140,8 +154,8 @@ def _sinking(curvature):
 
 
 def _coloured(planes, paint, dice, noise):
-    """The layers painted one over the other, as floats, with the characters and without. Colours are planes until the end,
-    because numpy is slow at pixels of three values."""
+    """The layers painted one over the other, as floats, with the characters and without. Colours
+    are planes until the end, because numpy is slow at pixels of three values."""
     cover = [plane.astype(np.float32) for plane in cv2.split(planes)]
     shape = planes.shape[:2]
     picture = np.empty((3,) + shape, np.float32)
@@ -150,7 +164,11 @@ def _coloured(planes, paint, dice, noise):
         picture += noise.field(shape, dice, dice.choice((1, 2, 4, 8))) * paint.grain
     _lay(picture, cover[FAINT], _as_planes(paint.faint))
     if cover[OUTSIDE].any():
-        _lay(picture, cover[OUTSIDE], _as_planes(paint.outside) + noise.field(shape, dice, 8) * paint.outside_grain)
+        _lay(
+            picture,
+            cover[OUTSIDE],
+            _as_planes(paint.outside) + noise.field(shape, dice, 8) * paint.outside_grain,
+        )
     _lay(picture, cover[CLUTTER], _as_planes(paint.clutter))
     bare = cv2.merge(list(picture))
     text = cover[TEXT]
@@ -173,11 +191,14 @@ def _lay(picture, cover, colour):
 
 
 def _light(shape, view, dice, noise):
-    """What lamps, shadows, reflections and dirt make of a picture (height, width) before the camera."""
+    """What lamps, shadows, reflections and dirt make of a picture (height, width) before the
+    camera."""
     height, width = shape
     gain, added = np.ones(shape + (3,), np.float32), np.zeros(shape + (3,), np.float32)
     if view.uneven:
-        lamp = np.array([[1 + dice.gauss(0, view.uneven) for _ in range(3)] for _ in range(2)], np.float32)
+        lamp = np.array(
+            [[1 + dice.gauss(0, view.uneven) for _ in range(3)] for _ in range(2)], np.float32
+        )
         gain *= cv2.resize(lamp, (width, height), interpolation=cv2.INTER_LINEAR)[:, :, None]
     if dice.random() < view.shadow:
         mask = np.zeros(shape, np.float32)
@@ -191,11 +212,21 @@ def _light(shape, view, dice, noise):
     if dice.random() < view.glare:
         mask = np.zeros(shape, np.float32)
         centre = int(dice.uniform(0, width)), int(dice.uniform(0, height))
-        cv2.ellipse(mask, centre, (int(height * dice.uniform(0.3, 1.5)), int(height * dice.uniform(0.1, 0.5))), dice.uniform(0, 180),
-                    0, 360, dice.uniform(40, 160), -1)
+        cv2.ellipse(
+            mask,
+            centre,
+            (int(height * dice.uniform(0.3, 1.5)), int(height * dice.uniform(0.1, 0.5))),
+            dice.uniform(0, 180),
+            0,
+            360,
+            dice.uniform(40, 160),
+            -1,
+        )
         added += cv2.GaussianBlur(mask, (0, 0), max(0.8, height * 0.12))[:, :, None]
     if dice.random() < view.dirt:
-        spots = np.clip(noise.field(shape, dice, dice.choice((4, 8))) - dice.uniform(1.0, 2.0), 0, 1)
+        spots = np.clip(
+            noise.field(shape, dice, dice.choice((4, 8))) - dice.uniform(1.0, 2.0), 0, 1
+        )
         spots = (spots * dice.uniform(0.3, 1))[:, :, None]
         gain *= 1 - spots
         added += spots * (dice.uniform(20, 140) - added)
@@ -203,15 +234,24 @@ def _light(shape, view, dice, noise):
 
 
 def _lens(view, capitals, height, dice):
-    """The function that blurs a picture of this height as focus and motion do. Blur ends where it would close the gaps of a
-    capital, `capitals` pixels high: at a deviation of a tenth and a motion of a fifth of that."""
+    """The function that blurs a picture of this height as focus and motion do. Blur ends where it
+    would close the gaps of a capital, `capitals` pixels high: at a deviation of a tenth and a
+    motion of a fifth of that."""
     deviation = min(view.blur * height / 32, capitals / 10)
-    streak = _streak(max(2, int(round(min(view.motion * height / 32, capitals / 5)))), dice) if view.motion > 1 else None
+    streak = (
+        _streak(max(2, int(round(min(view.motion * height / 32, capitals / 5)))), dice)
+        if view.motion > 1
+        else None
+    )
 
     def blurred(picture):
         if deviation > 0:
             picture = cv2.GaussianBlur(picture, (0, 0), deviation)
-        return picture if streak is None else cv2.filter2D(picture, -1, streak, borderType=cv2.BORDER_REPLICATE)
+        return (
+            picture
+            if streak is None
+            else cv2.filter2D(picture, -1, streak, borderType=cv2.BORDER_REPLICATE)
+        )
 
     return blurred
 
@@ -236,8 +276,12 @@ def _recorded(picture, view, dice, noise):
     if view.grey:
         picture = cv2.cvtColor(cv2.cvtColor(picture, cv2.COLOR_BGR2GRAY), cv2.COLOR_GRAY2BGR)
     if view.detail < 1:
-        small = cv2.resize(picture, None, fx=view.detail, fy=view.detail, interpolation=cv2.INTER_AREA)
-        picture = cv2.resize(small, (width, height), interpolation=dice.choice((cv2.INTER_LINEAR, cv2.INTER_CUBIC)))
+        small = cv2.resize(
+            picture, None, fx=view.detail, fy=view.detail, interpolation=cv2.INTER_AREA
+        )
+        picture = cv2.resize(
+            small, (width, height), interpolation=dice.choice((cv2.INTER_LINEAR, cv2.INTER_CUBIC))
+        )
     if view.jpeg:
         _, data = cv2.imencode(".jpg", picture, (cv2.IMWRITE_JPEG_QUALITY, view.jpeg))
         picture = cv2.imdecode(data, cv2.IMREAD_COLOR)

@@ -1,5 +1,5 @@
-"""Labels as CTC class numbers and back, and the distance between two readings. Class 0 is the blank; class k is the
-k-th character of the alphabet."""
+"""Labels as CTC class numbers and back, and the distance between two readings. Class 0 is the
+blank; class k is the k-th character of the alphabet."""
 import numpy as np
 
 BLANK = 0

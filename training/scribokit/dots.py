@@ -1,4 +1,5 @@
-"""The letters of ink-jet and needle printers that print seven rows of dots: five columns to a character."""
+"""The letters of ink-jet and needle printers that print seven rows of dots: five columns to a
+character."""
 import cv2
 import numpy as np
 
@@ -6,7 +7,8 @@ from .faces import CAP_HEIGHT, Glyph
 
 ROWS, COLUMNS = 7, 5
 _PITCH = CAP_HEIGHT / ROWS
-# A form of a character a line, its rows from top to bottom; ' and " mark further forms of a character.
+# A form of a character a line, its rows from top to bottom; ' and " mark further forms of a
+# character.
 _FORMS = """
 0 .###. #...# #...# #...# #...# #...# .###.
 0' .###. #...# #..## #.#.# ##..# #...# .###.
@@ -111,8 +113,10 @@ FORMS = _forms()
 
 
 class DotFace:
-    """One printer's letters, drawn at random once from a seed: the form of each character, how large its drops are and
-    how close its columns. Every column of dots is as far from the next, within a character and between two."""
+    """One printer's letters, drawn at random once from a seed: the form of each character, how
+    large its drops are and how close its columns. Every column of dots is as far from the next,
+    within a character and between two.
+    """
 
     capitals_only = False
 
@@ -120,12 +124,16 @@ class DotFace:
         dice = np.random.default_rng(seed)
         self._column = _PITCH * dice.uniform(0.75, 1.25)
         self._radius = min(_PITCH, self._column) * dice.uniform(0.34, 0.62)
-        self._forms = {character: forms[dice.integers(len(forms))] for character, forms in FORMS.items()}
+        self._forms = {
+            character: forms[dice.integers(len(forms))] for character, forms in FORMS.items()
+        }
         self._glyphs = {}
 
     def glyph(self, character):
         if character not in self._glyphs:
-            self._glyphs[character] = self._render(self._forms[character]) if character in self._forms else None
+            self._glyphs[character] = (
+                self._render(self._forms[character]) if character in self._forms else None
+            )
         return self._glyphs[character]
 
     def _render(self, rows):
@@ -136,5 +144,13 @@ class DotFace:
         for y, row in enumerate(rows):
             for x in (place for place, dot in enumerate(row) if dot == "#"):
                 centre = margin + x * self._column, margin + (y + 0.5) * _PITCH
-                cv2.circle(mask, tuple(round(v * 2 ** shift) for v in centre), round(self._radius * 2 ** shift), 255, -1, cv2.LINE_AA, shift)
+                cv2.circle(
+                    mask,
+                    tuple(round(v * 2**shift) for v in centre),
+                    round(self._radius * 2**shift),
+                    255,
+                    -1,
+                    cv2.LINE_AA,
+                    shift,
+                )
         return Glyph(mask, -margin, -CAP_HEIGHT - margin, (COLUMNS + 1) * self._column)

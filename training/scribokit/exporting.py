@@ -17,18 +17,28 @@ TOLERANCE = 1e-4
 
 
 def write_onnx(model, path):
-    """Writes the network with normalisation folded and soft-max inside: input `input` 1×3×32×width, output `output`
-    steps×1×classes. Fails with RuntimeError when what was written does not compute what PyTorch does."""
+    """Writes the network with normalisation folded and soft-max inside: input `input` 1×3×32×width,
+    output `output` steps×1×classes. Fails with RuntimeError when what was written does not compute
+    what PyTorch does.
+    """
     plain = folded(model).eval()
     plain.scores = True
     plain.shape.stretch_below = 0
     example = torch.zeros(1, 3, 32, 160)
     with warnings.catch_warnings():
-        # PyTorch warns of its own checks of sizes, which a trace leaves out, and of batches of several, which the model
-        # does not take.
+        # PyTorch warns of its own checks of sizes, which a trace leaves out, and of batches of
+        # several, which the model does not take.
         warnings.simplefilter("ignore")
-        torch.onnx.export(plain, example, str(path), opset_version=OPSET, input_names=["input"], output_names=["output"],
-                          dynamic_axes={"input": {3: "width"}, "output": {0: "steps"}}, do_constant_folding=True)
+        torch.onnx.export(
+            plain,
+            example,
+            str(path),
+            opset_version=OPSET,
+            input_names=["input"],
+            output_names=["output"],
+            dynamic_axes={"input": {3: "width"}, "output": {0: "steps"}},
+            do_constant_folding=True,
+        )
     written = onnx.load(str(path))
     if model.shape.stretch_below:
         _stretch_first(written.graph, model.shape.stretch_below)
@@ -41,31 +51,45 @@ def write_onnx(model, path):
 
 
 def _stretch_first(graph, below):
-    """Lets a graph stretch its pictures as Shape.stretched() says. A trace would have fixed the width."""
+    """Lets a graph stretch its pictures as Shape.stretched() says. A trace would have fixed the
+    width."""
     picture, stretched = graph.input[0], f"{graph.input[0].name}_stretched"
     for node in graph.node:
         node.input[:] = [stretched if name == picture.name else name for name in node.input]
-    extents = [dimension.dim_value for dimension in picture.type.tensor_type.shape.dim[:3]] + [below]
-    graph.initializer.extend([helper.make_tensor(STRETCH, TensorProto.INT64, [4], extents),
-                              helper.make_tensor("two", TensorProto.INT64, [1], [2])])
-    nodes = [helper.make_node("Shape", [picture.name], ["extents"]),
-             helper.make_node("Add", ["extents", STRETCH], ["twice_half_way"]),
-             helper.make_node("Div", ["twice_half_way", "two"], ["half_way"]),
-             helper.make_node("Max", ["half_way", "extents"], ["wanted"]),
-             helper.make_node("Resize", [picture.name, "", "", "wanted"], [stretched], mode="linear",
-                              coordinate_transformation_mode="half_pixel")]
+    extents = [dimension.dim_value for dimension in picture.type.tensor_type.shape.dim[:3]] + [
+        below
+    ]
+    graph.initializer.extend(
+        [
+            helper.make_tensor(STRETCH, TensorProto.INT64, [4], extents),
+            helper.make_tensor("two", TensorProto.INT64, [1], [2]),
+        ]
+    )
+    nodes = [
+        helper.make_node("Shape", [picture.name], ["extents"]),
+        helper.make_node("Add", ["extents", STRETCH], ["twice_half_way"]),
+        helper.make_node("Div", ["twice_half_way", "two"], ["half_way"]),
+        helper.make_node("Max", ["half_way", "extents"], ["wanted"]),
+        helper.make_node(
+            "Resize",
+            [picture.name, "", "", "wanted"],
+            [stretched],
+            mode="linear",
+            coordinate_transformation_mode="half_pixel",
+        ),
+    ]
     for node in reversed(nodes):
         graph.node.insert(0, node)
 
 
 def export_difference(model, path):
-    """The largest difference between the scores of a network and of the weights read back from its ONNX file, over
-    pictures of several widths."""
+    """The largest difference between the scores of a network and of the weights read back from its
+    ONNX file, over pictures of several widths."""
     dice = np.random.default_rng(3)
     written = from_onnx(path).eval()
     written.scores = True
-    # Both with their channels in the same order in memory: the order decides how PyTorch convolves, and the rounding of the
-    # two ways has differed by 1e-4.
+    # Both with their channels in the same order in memory: the order decides how PyTorch convolves,
+    # and the rounding of the two ways has differed by 1e-4.
     model = copy.deepcopy(model).to(memory_format=torch.contiguous_format).eval()
     worst = 0.0
     with torch.no_grad():
@@ -76,7 +100,8 @@ def export_difference(model, path):
 
 
 def write_package(model, alphabet, folder, name, configuration, card):
-    """NAME.onnx, NAME.json (the given configuration with this alphabet) and NAME.md in a folder; gives their paths."""
+    """NAME.onnx, NAME.json (the given configuration with this alphabet) and NAME.md in a folder;
+    gives their paths."""
     folder = Path(folder)
     folder.mkdir(parents=True, exist_ok=True)
     files = [folder / f"{name}.{suffix}" for suffix in ("onnx", "json", "md")]
@@ -85,24 +110,45 @@ def write_package(model, alphabet, folder, name, configuration, card):
     shutil.move(beside, files[0])
     text = Path(configuration).read_text(encoding="utf-8")
     if json.loads(text).get("alphabet") != alphabet:
-        text = json.dumps({**json.loads(text), "alphabet": alphabet}, indent=4, ensure_ascii=False) + "\n"
+        text = (
+            json.dumps({**json.loads(text), "alphabet": alphabet}, indent=4, ensure_ascii=False)
+            + "\n"
+        )
     files[1].write_text(text, encoding="utf-8")
     files[2].write_text(card, encoding="utf-8")
     return files
 
 
 def card_text(name, model, alphabet, training, results, weaknesses, fonts):
-    """The model card: what the model is, how it was trained (rows of name and value), what it reached."""
+    """The model card: what the model is, how it was trained (rows of name and value), what it
+    reached."""
     widths = [width for stage in model.shape.stages for width in stage]
     below = model.shape.stretch_below
-    stretch = f"pictures narrower than {below} columns stretched half of the way to that, " if below else ""
+    stretch = (
+        f"pictures narrower than {below} columns stretched half of the way to that, "
+        if below
+        else ""
+    )
     steps = "steps = stretched width / 4" if below else "steps = width / 4"
-    rows = [("network", f"{stretch}{len(widths)} convolutions ({widths[0]} to {widths[-1]} channels) with ReLU, four max pools, one "
-                        f"bidirectional LSTM of {model.shape.hidden}, one linear layer; {sum(p.numel() for p in folded(model).parameters()):,} weights"),
-            ("input", "`input`, 1×3×32×width (red, green, blue), float32, value / 127.5 − 1, width 32 to 320"),
-            ("output", f"`output`, steps×1×{len(alphabet) + 1} soft-max scores, {steps}; class 0 is the blank, class k the "
-                       "k-th character of the alphabet"),
-            ("alphabet", f"`{alphabet}`")] + list(training)
+    rows = [
+        (
+            "network",
+            f"{stretch}{len(widths)} convolutions ({widths[0]} to {widths[-1]} channels) with ReLU, four max pools, one "
+            f"bidirectional LSTM of {model.shape.hidden}, one linear layer; {sum(p.numel() for p in folded(model).parameters()):,} weights",
+        ),
+        (
+            "input",
+            "`input`, 1×3×32×width (red, green, blue), float32, value / 127.5 − 1, width 32 to 320",
+        ),
+        (
+            "output",
+            f"`output`, steps×1×{len(alphabet) + 1} soft-max scores, {steps}; class 0 is the blank, class k the "
+            "k-th character of the alphabet",
+        ),
+        ("alphabet", f"`{alphabet}`"),
+    ] + list(training)
     table = "\n".join(f"| {key} | {value} |" for key, value in rows)
-    return (f"# Model card: {name}\n\n| | |\n| --- | --- |\n{table}\n\n## Accuracy\n\n{results}\n\n"
-            f"## Known weaknesses\n\n{weaknesses}\n\n## Fonts\n\n{fonts}\n")
+    return (
+        f"# Model card: {name}\n\n| | |\n| --- | --- |\n{table}\n\n## Accuracy\n\n{results}\n\n"
+        f"## Known weaknesses\n\n{weaknesses}\n\n## Fonts\n\n{fonts}\n"
+    )

@@ -1,5 +1,5 @@
-"""Growing: a larger network that computes what a trained smaller one does, to train on from there (after Chen et al.,
-Net2Net: Accelerating learning via knowledge transfer, 2016)."""
+"""Growing: a larger network that computes what a trained smaller one does, to train on from there
+(after Chen et al., Net2Net: Accelerating learning via knowledge transfer, 2016)."""
 from dataclasses import replace
 
 import torch
@@ -8,9 +8,10 @@ from .model import Crnn, convolutions, folded
 
 
 def grown(model, shape):
-    """A network of this shape that gives the same scores, of pictures that both stretch alike. New channels and units begin at random
-    and nobody listens to them yet; new convolutions come before the last of the last stage and after the others of the
-    other stages, and pass on what they are given. ValueError when a part would have to shrink."""
+    """A network of this shape that gives the same scores, of pictures that both stretch alike. New
+    channels and units begin at random and nobody listens to them yet; new convolutions come before
+    the last of the last stage and after the others of the other stages, and pass on what they are
+    given. ValueError when a part would have to shrink."""
     small = folded(model)
     if shape.hidden < small.shape.hidden:
         raise ValueError(f"an LSTM of {small.shape.hidden} cannot shrink to {shape.hidden}")
@@ -23,9 +24,12 @@ def grown(model, shape):
 
 
 def _grow_convolutions(small, large):
-    """Old outputs hear old inputs alone; the channels that a convolution adds stand behind the old ones."""
+    """Old outputs hear old inputs alone; the channels that a convolution adds stand behind the old
+    ones."""
     sources, planes = iter(convolutions(small)), 3
-    for layer, is_new in zip(convolutions(large), _which_are_new(small.shape.stages, large.shape.stages)):
+    for layer, is_new in zip(
+        convolutions(large), _which_are_new(small.shape.stages, large.shape.stages)
+    ):
         source = None if is_new else next(sources)
         kept = planes if is_new else source.out_channels
         if layer.out_channels < kept:
@@ -54,10 +58,18 @@ def _which_are_new(old_stages, new_stages):
 def _grow_sequence(small, large):
     source, target = small.sequence, large.sequence
     for suffix in ("", "_reverse"):
-        for name, columns in (("weight_ih", source.input_size), ("weight_hh", source.hidden_size), ("bias_ih", None), ("bias_hh", None)):
-            old, new = (getattr(lstm, f"{name}_l0{suffix}").view(4, lstm.hidden_size, -1) for lstm in (source, target))
-            new[:, :source.hidden_size] = 0
-            new[:, :source.hidden_size, :columns] = old
+        for name, columns in (
+            ("weight_ih", source.input_size),
+            ("weight_hh", source.hidden_size),
+            ("bias_ih", None),
+            ("bias_hh", None),
+        ):
+            old, new = (
+                getattr(lstm, f"{name}_l0{suffix}").view(4, lstm.hidden_size, -1)
+                for lstm in (source, target)
+            )
+            new[:, : source.hidden_size] = 0
+            new[:, : source.hidden_size, :columns] = old
 
 
 def _grow_classifier(small, large):
@@ -65,5 +77,7 @@ def _grow_classifier(small, large):
     target.weight.zero_()
     for direction in range(2):
         old, new = direction * small.shape.hidden, direction * large.shape.hidden
-        target.weight[:, new:new + small.shape.hidden] = source.weight[:, old:old + small.shape.hidden]
+        target.weight[:, new : new + small.shape.hidden] = source.weight[
+            :, old : old + small.shape.hidden
+        ]
     target.bias.copy_(source.bias)

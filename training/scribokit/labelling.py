@@ -1,4 +1,5 @@
-"""Correcting labels with keys in a terminal: every picture in coloured half blocks, its text below to confirm or change."""
+"""Correcting labels with keys in a terminal: every picture in coloured half blocks, its text below
+to confirm or change."""
 import contextlib
 import csv
 import os
@@ -19,14 +20,21 @@ Ctrl-C          stop; what is confirmed is saved, and the next time begins behin
 CHECKED = "checked"
 ENTER, BACKSPACE, LEAVE_OUT, CLEAR = "enter", "backspace", "leave out", "clear"
 UP, DOWN, RIGHT, LEFT = "up", "down", "right", "left"
-_CONTROLS = {b"\r": ENTER, b"\n": ENTER, b"\x7f": BACKSPACE, b"\x08": BACKSPACE, b"\x04": LEAVE_OUT, b"\x15": CLEAR}
+_CONTROLS = {
+    b"\r": ENTER,
+    b"\n": ENTER,
+    b"\x7f": BACKSPACE,
+    b"\x08": BACKSPACE,
+    b"\x04": LEAVE_OUT,
+    b"\x15": CLEAR,
+}
 _ARROWS = {b"A": UP, b"B": DOWN, b"C": RIGHT, b"D": LEFT}
 _TALLEST = 32
 
 
 def keys(descriptor):
-    """The keys typed into a file descriptor, as they come: characters, or the names above. Ends with the input; keys
-    without a meaning here are left out."""
+    """The keys typed into a file descriptor, as they come: characters, or the names above. Ends
+    with the input; keys without a meaning here are left out."""
     while first := os.read(descriptor, 1):
         if first in _CONTROLS:
             yield _CONTROLS[first]
@@ -35,12 +43,17 @@ def keys(descriptor):
             if key:
                 yield key
         elif first >= b" ":
-            following = 3 if first >= b"\xf0" else 2 if first >= b"\xe0" else 1 if first >= b"\xc0" else 0
-            yield (first + b"".join(os.read(descriptor, 1) for _ in range(following))).decode("utf-8", "ignore")
+            following = (
+                3 if first >= b"\xf0" else 2 if first >= b"\xe0" else 1 if first >= b"\xc0" else 0
+            )
+            yield (first + b"".join(os.read(descriptor, 1) for _ in range(following))).decode(
+                "utf-8", "ignore"
+            )
 
 
 def _escape(descriptor):
-    """The last byte of an escape sequence whose first byte is read; nothing for one that has more than that byte."""
+    """The last byte of an escape sequence whose first byte is read; nothing for one that has more
+    than that byte."""
     if os.read(descriptor, 1) not in (b"[", b"O"):
         return b""
     last, length = os.read(descriptor, 1), 1
@@ -51,7 +64,8 @@ def _escape(descriptor):
 
 @contextlib.contextmanager
 def each_key_at_once(descriptor):
-    """Keys come unbuffered and are not echoed, where the input is a terminal; as it was before at the end."""
+    """Keys come unbuffered and are not echoed, where the input is a terminal; as it was before at
+    the end."""
     if not os.isatty(descriptor):
         yield
         return
@@ -79,10 +93,10 @@ class Line:
         elif key == CLEAR:
             self.text, self.cursor = "", 0
         elif key == BACKSPACE and self.cursor > 0:
-            self.text = self.text[:self.cursor - 1] + self.text[self.cursor:]
+            self.text = self.text[: self.cursor - 1] + self.text[self.cursor :]
             self.cursor -= 1
         elif len(key) == 1 and key in self._alphabet:
-            self.text = self.text[:self.cursor] + key + self.text[self.cursor:]
+            self.text = self.text[: self.cursor] + key + self.text[self.cursor :]
             self.cursor += 1
         return before != (self.text, self.cursor)
 
@@ -91,21 +105,31 @@ class Line:
 
 
 def half_blocks(picture, columns):
-    """A picture as lines of text: every character is two pixels, one above the other, in 24-bit colours."""
+    """A picture as lines of text: every character is two pixels, one above the other, in 24-bit
+    colours."""
     height, width = picture.shape[:2]
     scale = min(columns / width, _TALLEST / height)
     rows = max(2, int(height * scale) // 2 * 2)
-    small = cv2.resize(picture, (max(1, int(width * scale)), rows), interpolation=cv2.INTER_AREA if scale < 1 else cv2.INTER_LINEAR)
+    small = cv2.resize(
+        picture,
+        (max(1, int(width * scale)), rows),
+        interpolation=cv2.INTER_AREA if scale < 1 else cv2.INTER_LINEAR,
+    )
     lines = []
     for upper, lower in zip(small[::2], small[1::2]):
-        cells = (f"\x1b[38;2;{a[2]};{a[1]};{a[0]}m\x1b[48;2;{b[2]};{b[1]};{b[0]}m▀" for a, b in zip(upper.tolist(), lower.tolist()))
+        cells = (
+            f"\x1b[38;2;{a[2]};{a[1]};{a[0]}m\x1b[48;2;{b[2]};{b[1]};{b[0]}m▀"
+            for a, b in zip(upper.tolist(), lower.tolist())
+        )
         lines.append("".join(cells) + "\x1b[0m")
     return lines
 
 
 def correct(folder, alphabet, descriptor, screen):
-    """Goes through the pictures of a labelled folder that are not confirmed yet, with the keys of a file descriptor, and
-    shows them on a text stream. labels.csv is written after every picture. Gives (confirmed, all)."""
+    """Goes through the pictures of a labelled folder that are not confirmed yet, with the keys of a
+    file descriptor, and shows them on a text stream. labels.csv is written after every picture.
+    Gives (confirmed, all).
+    """
     table = folder / CSV_NAME
     rows = load_rows(table)
     number = next((n for n, row in enumerate(rows) if not row.get(CHECKED)), len(rows))

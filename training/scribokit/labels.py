@@ -9,31 +9,45 @@ PICTURE_SUFFIXES = (".png", ".jpg", ".jpeg", ".bmp", ".tif", ".tiff")
 
 
 def read_labels(folder, table=None):
-    """(path, label) pairs of a folder. With a CSV file (the given one, or labels.csv in the folder; columns `file` and
-    `text`) its rows, else every picture whose name is LABEL or LABEL_NUMBER. ValueError when there is none."""
+    """(path, label) pairs of a folder. With a CSV file (the given one, or labels.csv in the folder;
+    columns `file` and `text`) its rows, else every picture whose name is LABEL or LABEL_NUMBER.
+    ValueError when there is none.
+    """
     folder = Path(folder)
     if table or (folder / CSV_NAME).exists():
         table = Path(table or folder / CSV_NAME)
         pairs = _from_table(folder, table)
     else:
-        pairs = [(path, label_of_name(path.name)) for path in sorted(folder.iterdir()) if path.suffix.lower() in PICTURE_SUFFIXES]
+        pairs = [
+            (path, label_of_name(path.name))
+            for path in sorted(folder.iterdir())
+            if path.suffix.lower() in PICTURE_SUFFIXES
+        ]
     if not pairs:
         raise ValueError(f"{folder}: no labelled pictures")
     return pairs
 
 
 def _from_table(folder, table):
-    return [(folder / row["file"], row["text"]) for row in load_rows(table) if row["file"] and row["text"]]
+    return [
+        (folder / row["file"], row["text"])
+        for row in load_rows(table)
+        if row["file"] and row["text"]
+    ]
 
 
 def load_rows(table):
-    """The rows of a CSV file of labels as dictionaries of texts. The fields are separated by commas, or by the semicolons
-    or tabs of some spreadsheets. OSError when it cannot be read, ValueError when it is not UTF-8 or lacks a column."""
+    """The rows of a CSV file of labels as dictionaries of texts. The fields are separated by
+    commas, or by the semicolons or tabs of some spreadsheets. OSError when it cannot be read,
+    ValueError when it is not UTF-8 or lacks a column.
+    """
     try:
         with open(table, newline="", encoding="utf-8-sig") as file:
             head = file.readline()
             file.seek(0)
-            rows = csv.DictReader(file, delimiter=next((mark for mark in ";\t" if mark in head), ","))
+            rows = csv.DictReader(
+                file, delimiter=next((mark for mark in ";\t" if mark in head), ",")
+            )
             if not set(PICTURE_TEXT) <= set(rows.fieldnames or ()):
                 raise ValueError(f"{table}: the first row must name the columns file and text")
             return [{name: row[name] or "" for name in rows.fieldnames} for row in rows]

@@ -1,4 +1,5 @@
-"""Layouts of printed lines: the text with what surrounds it, as a scene and the box that a crop shows of it."""
+"""Layouts of printed lines: the text with what surrounds it, as a scene and the box that a crop
+shows of it."""
 import cv2
 import numpy as np
 
@@ -10,11 +11,18 @@ from .scene import BASELINE, CLUTTER, FAINT, TEXT, Scene, set_line
 
 
 def printed(text, face, small_face, dice, noise, level):
-    """A line as an industrial printer leaves it: (scene, box), or None when the face lacks a character."""
+    """A line as an industrial printer leaves it: (scene, box), or None when the face lacks a
+    character."""
     dotted = isinstance(face, DotFace)
     stencilled = not dotted and dice.random() < 0.05
-    line = set_line(text, face, spacing=dice.choice((0, 0, dice.uniform(-0.03, 0.3))), gap=dice.uniform(0.25, 0.6), emblem=0.4,
-                    each=(lambda glyph: marks.stencil(glyph, dice)) if stencilled else None)
+    line = set_line(
+        text,
+        face,
+        spacing=dice.choice((0, 0, dice.uniform(-0.03, 0.3))),
+        gap=dice.uniform(0.25, 0.6),
+        emblem=0.4,
+        each=(lambda glyph: marks.stencil(glyph, dice)) if stencilled else None,
+    )
     if line is None:
         return None
     mask = line[0]
@@ -51,7 +59,12 @@ def _neighbours(scene, face, dice):
 def _print_behind(scene, face, dice):
     mask = small_print(face, dice, SMALL_LETTERS, dice.randint(2, 6))
     if mask is not None and dice.random() < 0.6:
-        scene.stamp(FAINT, cv2.resize(mask, None, fx=2, fy=2), dice.uniform(0, scene.width / 2), dice.uniform(0, 60))
+        scene.stamp(
+            FAINT,
+            cv2.resize(mask, None, fx=2, fy=2),
+            dice.uniform(0, scene.width / 2),
+            dice.uniform(0, 60),
+        )
         return
     step = dice.uniform(10, 50)
     lean = dice.choice((0, 0, dice.uniform(-60, 60)))
@@ -64,12 +77,28 @@ def _furniture(scene, dice):
     kind = dice.randrange(4)
     gap = CAP_HEIGHT * dice.uniform(0.15, 0.4)
     if kind == 0:
-        scene.box(CLUTTER, scene.left - gap, scene.top - gap, scene.right + gap, scene.bottom + gap, dice.randint(1, 3))
+        scene.box(
+            CLUTTER,
+            scene.left - gap,
+            scene.top - gap,
+            scene.right + gap,
+            scene.bottom + gap,
+            dice.randint(1, 3),
+        )
     elif kind == 1:
         for y in (scene.top - gap, scene.bottom + gap):
             scene.line(CLUTTER, 0, y, scene.width, y, dice.randint(1, 4))
     elif kind == 2:
         for x in (scene.left - gap - 6, scene.right + gap + 6):
-            scene.disc(CLUTTER, x, (scene.top + scene.bottom) / 2, dice.uniform(3, 9), dice.choice((-1, 2)))
+            scene.disc(
+                CLUTTER, x, (scene.top + scene.bottom) / 2, dice.uniform(3, 9), dice.choice((-1, 2))
+            )
     else:
-        emblem(scene, CLUTTER, scene.left - gap - 10, (scene.top + scene.bottom) / 2, dice.uniform(6, 14), dice)
+        emblem(
+            scene,
+            CLUTTER,
+            scene.left - gap - 10,
+            (scene.top + scene.bottom) / 2,
+            dice.uniform(6, 14),
+            dice,
+        )

@@ -27,7 +27,10 @@ class FaceSet:
     """Faces by use, opened when first drawn; fonts that cannot be opened are left out."""
 
     def __init__(self, held_out):
-        self._files = {name: font_files(patterns, held_out) for name, patterns in (("plate", PLATE), ("print", PRINT), ("segment", SEGMENT))}
+        self._files = {
+            name: font_files(patterns, held_out)
+            for name, patterns in (("plate", PLATE), ("print", PRINT), ("segment", SEGMENT))
+        }
         if not self._files["print"]:
             raise RuntimeError("no fonts found: install the packages of training/packages.txt")
         self._first_seed = _HELD_OUT_SEED if held_out else 0
@@ -55,7 +58,8 @@ class FaceSet:
 
 
 class SingleFace:
-    """One font file for everything, to draw what a certain printer prints. ValueError when it lacks capitals."""
+    """One font file for everything, to draw what a certain printer prints. ValueError when it lacks
+    capitals."""
 
     def __init__(self, path):
         self._face = FontFace(path)
@@ -65,11 +69,14 @@ class SingleFace:
 
 
 class PictureMaker:
-    """draw() gives (picture, label): height×width×3 bytes BGR, 12 to 60 pixels high, and the characters to read.
+    """draw() gives (picture, label): height×width×3 bytes BGR, 12 to 60 pixels high, and the
+    characters to read.
 
-    Texts are the kit's, or what `write` gives when called with a random.Random; a text with characters outside the
-    alphabet is drawn again, other than gaps and emblems, which are not read. `faces` replaces the kit's fonts. Lines of
-    print, unless `write` gives them, hold no 0 or 1 that neither its place nor the face tells from a letter."""
+    Texts are the kit's, or what `write` gives when called with a random.Random; a text with
+    characters outside the alphabet is drawn again, other than gaps and emblems, which are not read.
+    `faces` replaces the kit's fonts. Lines of print, unless `write` gives them, hold no 0 or 1 that
+    neither its place nor the face tells from a letter.
+    """
 
     def __init__(self, recipe, alphabet, seed, held_out=False, faces=None, write=None):
         self._plates, self._low, self._high = RECIPES[recipe]
@@ -110,7 +117,11 @@ class PictureMaker:
                 return None
             laid = layouts.printed(text, face, small_face, dice, self._noise, level)
             view = conditions.draw_view(dice, level)
-            view.curvature = dice.uniform(0.3, 0.9) * dice.choice((-1, 1)) if dice.random() < 0.06 * level else 0.0
+            view.curvature = (
+                dice.uniform(0.3, 0.9) * dice.choice((-1, 1))
+                if dice.random() < 0.06 * level
+                else 0.0
+            )
             paint = conditions.draw_paint(dice, level)
             if dice.random() < 0.06:
                 conditions.emboss(paint, view, dice)

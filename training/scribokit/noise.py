@@ -1,4 +1,5 @@
-"""Randomness that is drawn once and cut out many times, because drawing it anew would take most of the time."""
+"""Randomness that is drawn once and cut out many times, because drawing it anew would take most of
+the time."""
 import cv2
 import numpy as np
 
@@ -18,9 +19,9 @@ class NoiseBank:
     def grain(self, shape, dice):
         """Independent normal values for every pixel and plane, height×width×3."""
         y, x = dice.randrange(_SIZE - shape[0]), dice.randrange(_SIZE - shape[1])
-        return self._colour[y:y + shape[0], x:x + shape[1]]
+        return self._colour[y : y + shape[0], x : x + shape[1]]
 
     def field(self, shape, dice, scale):
         """A smooth normal field, height×width, whose spots are about `scale` pixels wide."""
         y, x = dice.randrange(_SIZE - shape[0]), dice.randrange(_SIZE - shape[1])
-        return self._fields[scale][y:y + shape[0], x:x + shape[1]]
+        return self._fields[scale][y : y + shape[0], x : x + shape[1]]

@@ -21,8 +21,8 @@ def small_print(face, dice, letters, count):
 
 
 def emblem(scene, layer, x, y, radius, dice):
-    """A seal, dot, crest or star between or beside characters; nothing that looks like a mark of the alphabet, such as
-    two dots one above the other."""
+    """A seal, dot, crest or star between or beside characters; nothing that looks like a mark of
+    the alphabet, such as two dots one above the other."""
     kind = dice.randrange(4)
     if kind == 0:
         scene.disc(layer, x, y, radius)
@@ -36,11 +36,14 @@ def emblem(scene, layer, x, y, radius, dice):
         points = np.stack([x + reach * np.cos(turns), y + reach * np.sin(turns)], 1)
         cv2.fillPoly(scene.planes[layer], [np.int32(points)], 255, cv2.LINE_AA)
     else:
-        scene.box(layer, x - radius * 0.7, y - radius, x + radius * 0.7, y + radius, dice.choice((-1, 2)))
+        scene.box(
+            layer, x - radius * 0.7, y - radius, x + radius * 0.7, y + radius, dice.choice((-1, 2))
+        )
 
 
 def scenery(scene, dice):
-    """A picture behind the characters in soft shades: a sky that fades, a range of hills, a sun or a stripe."""
+    """A picture behind the characters in soft shades: a sky that fades, a range of hills, a sun or
+    a stripe."""
     shade = np.zeros_like(scene.planes[FAINT])
     strength = dice.uniform(80, 230)
     kind = dice.randrange(4)
@@ -51,9 +54,13 @@ def scenery(scene, dice):
         peaks = dice.randint(3, 9)
         heights = [dice.uniform(scene.top - 20, scene.bottom) for _ in range(peaks)]
         outline = list(zip(np.linspace(0, scene.width, peaks), heights))
-        cv2.fillPoly(shade, [np.int32([*outline, (scene.width, scene.height), (0, scene.height)])], strength)
+        cv2.fillPoly(
+            shade, [np.int32([*outline, (scene.width, scene.height), (0, scene.height)])], strength
+        )
     elif kind == 2:
-        centre = int(dice.uniform(scene.left, scene.right)), int(dice.uniform(scene.top, scene.bottom))
+        centre = int(dice.uniform(scene.left, scene.right)), int(
+            dice.uniform(scene.top, scene.bottom)
+        )
         cv2.circle(shade, centre, int(CAP_HEIGHT * dice.uniform(0.3, 1.2)), strength, -1)
     else:
         ends = [(x, int(dice.uniform(scene.top, scene.bottom))) for x in (0, scene.width)]
@@ -63,5 +70,7 @@ def scenery(scene, dice):
 
 def text_box(scene, dice, low, high):
     """The box (x0, y0, x1, y1) around the text, each side `low` to `high` cap heights away."""
-    return tuple(v + s * CAP_HEIGHT * dice.uniform(low, high) for v, s in
-                 ((scene.left, -1), (scene.top, -1), (scene.right, 1), (scene.bottom, 1)))
+    return tuple(
+        v + s * CAP_HEIGHT * dice.uniform(low, high)
+        for v, s in ((scene.left, -1), (scene.top, -1), (scene.right, 1), (scene.bottom, 1))
+    )

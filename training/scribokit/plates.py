@@ -1,5 +1,5 @@
-"""Plates: a code with the seals, small print, frames and bodywork around it, as a scene and the box that a crop shows
-of it."""
+"""Plates: a code with the seals, small print, frames and bodywork around it, as a scene and the box
+that a crop shows of it."""
 import cv2
 import numpy as np
 
@@ -27,14 +27,22 @@ def plate(text, face, small_face, dice):
     if dice.random() < 0.25:
         return scene, text_box(scene, dice, 0.05, 0.25)
     loose = 0.5 if dice.random() < 0.4 else 0.1
-    return scene, tuple(v + side * CAP_HEIGHT * dice.uniform(-0.02, loose) for v, side in zip(edge, (-1, -1, 1, 1)))
+    return scene, tuple(
+        v + side * CAP_HEIGHT * dice.uniform(-0.02, loose) for v, side in zip(edge, (-1, -1, 1, 1))
+    )
 
 
 def _lettered(text, face, dice):
     """The characters and what stands in their gaps."""
     width = dice.uniform(0.25, 0.75)
-    line = set_line(text, face, spacing=dice.uniform(-0.02, 0.16), gap=dice.uniform(0.2, 0.7), emblem=width,
-                    pitch=dice.uniform(0.6, 0.85) if dice.random() < 0.15 else None)
+    line = set_line(
+        text,
+        face,
+        spacing=dice.uniform(-0.02, 0.16),
+        gap=dice.uniform(0.2, 0.7),
+        emblem=width,
+        pitch=dice.uniform(0.6, 0.85) if dice.random() < 0.15 else None,
+    )
     if line is None:
         return None
     mask, emblems = line
@@ -47,7 +55,14 @@ def _lettered(text, face, dice):
             seals(scene, scene.left + x, width, dice)
         elif kind < 0.88:
             radius = width * CAP_HEIGHT * dice.uniform(0.12, 0.42)
-            emblem(scene, dice.choice((CLUTTER, FAINT)), scene.left + x, dice.uniform(scene.top + 8, scene.bottom - 14), radius, dice)
+            emblem(
+                scene,
+                dice.choice((CLUTTER, FAINT)),
+                scene.left + x,
+                dice.uniform(scene.top + 8, scene.bottom - 14),
+                radius,
+                dice,
+            )
     return scene
 
 
@@ -78,7 +93,14 @@ def _furnished(scene, face, dice):
     edge = scene.left - before, scene.top - above, scene.right + after, scene.bottom + below
     if dice.random() < 0.5:
         inset = dice.uniform(1, 4)
-        scene.box(CLUTTER, edge[0] + inset, edge[1] + inset, edge[2] - inset, edge[3] - inset, dice.choice((1, 1, 2, 3)))
+        scene.box(
+            CLUTTER,
+            edge[0] + inset,
+            edge[1] + inset,
+            edge[2] - inset,
+            edge[3] - inset,
+            dice.choice((1, 1, 2, 3)),
+        )
     if dice.random() < 0.4:
         y = dice.choice((edge[1] + 5, edge[3] - 5, (edge[1] + edge[3]) / 2))
         for x in (edge[0] + dice.uniform(4, 16), edge[2] - dice.uniform(4, 16)):
@@ -91,15 +113,34 @@ def _foreign_letter(scene, x0, x1, dice):
     for _ in range(dice.randint(5, 9)):
         if dice.random() < 0.5:
             y = dice.uniform(scene.top, scene.bottom)
-            scene.line(CLUTTER, x0 + dice.uniform(0, 8), y, x1 - dice.uniform(0, 8), y + dice.uniform(-3, 3), dice.randint(2, 5))
+            scene.line(
+                CLUTTER,
+                x0 + dice.uniform(0, 8),
+                y,
+                x1 - dice.uniform(0, 8),
+                y + dice.uniform(-3, 3),
+                dice.randint(2, 5),
+            )
         else:
             x = dice.uniform(x0, x1)
-            scene.line(CLUTTER, x, scene.top + dice.uniform(0, 20), x + dice.uniform(-8, 8), scene.bottom - dice.uniform(0, 20), dice.randint(2, 5))
+            scene.line(
+                CLUTTER,
+                x,
+                scene.top + dice.uniform(0, 20),
+                x + dice.uniform(-8, 8),
+                scene.bottom - dice.uniform(0, 20),
+                dice.randint(2, 5),
+            )
 
 
 def _slogan(scene, face, y, height, dice):
     """Small print of this height across the plate: a state, a web address, a dealer."""
-    mask = small_print(face, dice, dice.choice((SMALL_LETTERS, _SLOGAN_LETTERS, _SLOGAN_LETTERS.upper())), dice.randint(4, 20))
+    mask = small_print(
+        face,
+        dice,
+        dice.choice((SMALL_LETTERS, _SLOGAN_LETTERS, _SLOGAN_LETTERS.upper())),
+        dice.randint(4, 20),
+    )
     if mask is None:
         return
     mask = shrunk(mask, max(0.12, min(0.9, height / mask.shape[0] * 1.3)))
@@ -112,7 +153,13 @@ def _band(scene, face, dice):
     """A country's band at the left with its small letters and a ring of stars; gives its width."""
     width = CAP_HEIGHT * dice.uniform(0.35, 0.6)
     x0 = scene.left - width
-    scene.box(FAINT, x0, scene.top - CAP_HEIGHT * 0.3, scene.left - dice.uniform(4, 9), scene.bottom + CAP_HEIGHT * 0.3)
+    scene.box(
+        FAINT,
+        x0,
+        scene.top - CAP_HEIGHT * 0.3,
+        scene.left - dice.uniform(4, 9),
+        scene.bottom + CAP_HEIGHT * 0.3,
+    )
     mask = small_print(face, dice, "ABCDEFGHIKLMNOPRSTUZ", dice.randint(1, 3))
     if mask is not None:
         mask = shrunk(mask, min(dice.uniform(0.2, 0.4), 0.75 * width / mask.shape[1]))
@@ -132,7 +179,8 @@ def _stickers(scene, face, dice):
 
 
 def seals(scene, x, width, dice):
-    """Two seals one above the other in a gap of this width (cap heights), larger than the dots of a colon."""
+    """Two seals one above the other in a gap of this width (cap heights), larger than the dots of a
+    colon."""
     radius = min(CAP_HEIGHT * dice.uniform(0.13, 0.22), width * CAP_HEIGHT * 0.45)
     middle = (scene.top + scene.bottom) / 2 + dice.uniform(-4, 4)
     apart = radius * dice.uniform(1.2, 2.0)
@@ -142,18 +190,25 @@ def seals(scene, x, width, dice):
 
 def frame(scene, face, edge, dice):
     """The holder of a plate, with a dealer's name cut out of its lower bar; gives its outer edge."""
-    side, above, below = (CAP_HEIGHT * dice.uniform(low, high) for low, high in ((0.05, 0.2), (0.05, 0.2), (0.08, 0.45)))
+    side, above, below = (
+        CAP_HEIGHT * dice.uniform(low, high)
+        for low, high in ((0.05, 0.2), (0.05, 0.2), (0.08, 0.45))
+    )
     outer = [edge[0] - side, edge[1] - above, edge[2] + side, edge[3] + below]
     inner = [value + dice.uniform(-1, 3) * sign for value, sign in zip(edge, (1, 1, -1, -1))]
     holder = np.zeros_like(scene.planes[CLUTTER])
     cv2.rectangle(holder, *_corners(outer), 255, -1)
     cv2.rectangle(holder, *_corners(inner), 0, -1)
-    name = small_print(face, dice, _SLOGAN_LETTERS, dice.randint(4, 20)) if below > 0.2 * CAP_HEIGHT else None
+    name = (
+        small_print(face, dice, _SLOGAN_LETTERS, dice.randint(4, 20))
+        if below > 0.2 * CAP_HEIGHT
+        else None
+    )
     if name is not None:
         name = shrunk(name, 0.8 * below / name.shape[0])
         x, y = max(0, int((inner[0] + inner[2] - name.shape[1]) / 2)), int(edge[3] + 0.1 * below)
-        bar = holder[y:y + name.shape[0], x:x + name.shape[1]]
-        np.minimum(bar, 255 - name[:bar.shape[0], :bar.shape[1]], out=bar)
+        bar = holder[y : y + name.shape[0], x : x + name.shape[1]]
+        np.minimum(bar, 255 - name[: bar.shape[0], : bar.shape[1]], out=bar)
     scene.stamp(CLUTTER, holder, 0, 0)
     return outer
 

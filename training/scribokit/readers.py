@@ -1,5 +1,5 @@
-"""Readers to compare: an ONNX model of this kit, an engine through scribo-inspect, and Tesseract. Each is called with
-a list of picture paths and gives the list of readings."""
+"""Readers to compare: an ONNX model of this kit, an engine through scribo-inspect, and Tesseract.
+Each is called with a list of picture paths and gives the list of readings."""
 import json
 import subprocess
 import tempfile
@@ -16,7 +16,8 @@ from .sheets import write_picture
 
 
 def load_picture(path):
-    """A picture as BGR bytes. OSError when the file cannot be read, ValueError when it is no picture."""
+    """A picture as BGR bytes. OSError when the file cannot be read, ValueError when it is no
+    picture."""
     # Not by OpenCV, which ends the program at a name that is not UTF-8.
     data = np.frombuffer(Path(path).read_bytes(), np.uint8)
     picture = cv2.imdecode(data, cv2.IMREAD_COLOR) if data.size else None
@@ -26,7 +27,8 @@ def load_picture(path):
 
 
 class ModelReader:
-    """Reads as the detector does: height 32, width 32 to 320 by the picture's proportions, best class per step."""
+    """Reads as the detector does: height 32, width 32 to 320 by the picture's proportions, best
+    class per step."""
 
     def __init__(self, model, alphabet):
         self._model = model.eval()
@@ -38,16 +40,20 @@ class ModelReader:
 
     def read(self, picture):
         with torch.no_grad():
-            return decode_scores(self._model(to_input(network_input(picture)[None])).numpy(), self._alphabet)[0]
+            return decode_scores(
+                self._model(to_input(network_input(picture)[None])).numpy(), self._alphabet
+            )[0]
 
 
 def onnx_reader(path, alphabet):
-    """A reader of an exported model. ValueError when it is not of this kit's family or for another alphabet."""
+    """A reader of an exported model. ValueError when it is not of this kit's family or for another
+    alphabet."""
     return ModelReader(model_for(path, alphabet), alphabet)
 
 
 class TesseractReader:
-    """Tesseract on one line of text; small pictures are enlarged to the height that it was trained for."""
+    """Tesseract on one line of text; small pictures are enlarged to the height that it was trained
+    for."""
 
     _HEIGHT = 48
 
@@ -62,12 +68,15 @@ class TesseractReader:
         picture = cv2.copyMakeBorder(picture, 10, 10, 10, 10, cv2.BORDER_REPLICATE)
         _, data = cv2.imencode(".png", picture)
         command = ["tesseract", "stdin", "stdout", "--psm", "7", "-l", "eng"]
-        result = subprocess.run(command, input=data.tobytes(), capture_output=True, check=True, timeout=60)
+        result = subprocess.run(
+            command, input=data.tobytes(), capture_output=True, check=True, timeout=60
+        )
         return "".join(result.stdout.decode("utf-8", "replace").split())
 
 
 class InspectReader:
-    """An engine as the line runs it: every picture is one region for scribo-inspect, which answers in JSON lines."""
+    """An engine as the line runs it: every picture is one region for scribo-inspect, which answers
+    in JSON lines."""
 
     def __init__(self, program, work=None, model=None):
         self._command = [str(program), "--json"]
@@ -80,7 +89,9 @@ class InspectReader:
                 write_picture(Path(folder) / f"{number:06d}.png", load_picture(path))
             result = subprocess.run(self._command + [folder], capture_output=True, check=False)
         if result.returncode not in (0, 1):
-            raise ValueError(f"{self._command[0]}: {result.stderr.decode('utf-8', 'replace').strip()}")
+            raise ValueError(
+                f"{self._command[0]}: {result.stderr.decode('utf-8', 'replace').strip()}"
+            )
         texts = readings(result.stdout.decode("utf-8"))
         missing = [path for number, path in enumerate(paths) if f"{number:06d}.png" not in texts]
         if missing:
@@ -89,7 +100,8 @@ class InspectReader:
 
 
 def readings(lines):
-    """{picture's file name: text} from scribo-inspect's JSON lines; the texts of several regions are joined."""
+    """{picture's file name: text} from scribo-inspect's JSON lines; the texts of several regions
+    are joined."""
     texts = {}
     for line in filter(str.strip, lines.splitlines()):
         item = json.loads(line)

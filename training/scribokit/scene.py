@@ -1,8 +1,9 @@
-"""A scene: what lies in front of the camera, as four layers of coverage at the cap height of the faces.
+"""A scene: what lies in front of the camera, as four layers of coverage at the cap height of the
+faces.
 
-Layer TEXT holds the characters to read, CLUTTER all other sharp marks, OUTSIDE what lies beyond the edge of the body
-that carries them (a plate, a label), FAINT the print behind. All four are planes of one picture, so that the camera
-warps them in one step.
+Layer TEXT holds the characters to read, CLUTTER all other sharp marks, OUTSIDE what lies beyond the
+edge of the body that carries them (a plate, a label), FAINT the print behind. All four are planes
+of one picture, so that the camera warps them in one step.
 """
 import cv2
 import numpy as np
@@ -16,8 +17,8 @@ MAX_WIDTH = 740
 
 class Scene:
     def __init__(self, text_width, characters):
-        """Room for a line of this width (pixels at CAP_HEIGHT) and so many characters, gaps counted in, and for its
-        surroundings."""
+        """Room for a line of this width (pixels at CAP_HEIGHT) and so many characters, gaps counted
+        in, and for its surroundings."""
         self.pitch = text_width / characters
         self.width = int(text_width) + 2 * _MARGIN
         self.height = CAP_HEIGHT + 2 * _MARGIN
@@ -30,25 +31,47 @@ class Scene:
         """Lays a mask over a layer at (x, y), cut at the edges."""
         x, y = int(x), int(y)
         plane = self.planes[layer]
-        x0, y0, x1, y1 = max(x, 0), max(y, 0), min(x + mask.shape[1], self.width), min(y + mask.shape[0], self.height)
+        x0, y0, x1, y1 = (
+            max(x, 0),
+            max(y, 0),
+            min(x + mask.shape[1], self.width),
+            min(y + mask.shape[0], self.height),
+        )
         if x1 > x0 and y1 > y0:
             target = plane[y0:y1, x0:x1]
-            np.maximum(target, mask[y0 - y:y1 - y, x0 - x:x1 - x], out=target)
+            np.maximum(target, mask[y0 - y : y1 - y, x0 - x : x1 - x], out=target)
 
     def line(self, layer, x0, y0, x1, y1, thickness):
-        cv2.line(self.planes[layer], (int(x0), int(y0)), (int(x1), int(y1)), 255, max(1, int(thickness)), cv2.LINE_AA)
+        cv2.line(
+            self.planes[layer],
+            (int(x0), int(y0)),
+            (int(x1), int(y1)),
+            255,
+            max(1, int(thickness)),
+            cv2.LINE_AA,
+        )
 
     def box(self, layer, x0, y0, x1, y1, thickness=-1):
-        cv2.rectangle(self.planes[layer], (int(x0), int(y0)), (int(x1), int(y1)), 255, int(thickness))
+        cv2.rectangle(
+            self.planes[layer], (int(x0), int(y0)), (int(x1), int(y1)), 255, int(thickness)
+        )
 
     def disc(self, layer, x, y, radius, thickness=-1):
-        cv2.circle(self.planes[layer], (int(x), int(y)), max(1, int(radius)), 255, int(thickness), cv2.LINE_AA)
+        cv2.circle(
+            self.planes[layer],
+            (int(x), int(y)),
+            max(1, int(radius)),
+            255,
+            int(thickness),
+            cv2.LINE_AA,
+        )
 
 
 def set_line(text, face, spacing=0.0, gap=0.45, emblem=0.35, pitch=None, each=None):
-    """Sets a text: (mask of CAP_HEIGHT above and 14 pixels below the baseline, list of the x of its emblems), or None
-    when the face lacks a character. Spacing, gap (for ' ') and emblem (for '*') in cap heights; with a pitch every
-    character takes that many cap heights. `each` changes the mask of single characters."""
+    """Sets a text: (mask of CAP_HEIGHT above and 14 pixels below the baseline, list of the x of its
+    emblems), or None when the face lacks a character. Spacing, gap (for ' ') and emblem (for '*')
+    in cap heights; with a pitch every character takes that many cap heights. `each` changes the
+    mask of single characters."""
     pen, placed, emblems = 2.0, [], []
     for character in text:
         if character in " *":
@@ -73,10 +96,10 @@ def set_line(text, face, spacing=0.0, gap=0.45, emblem=0.35, pitch=None, each=No
     for glyph, x in placed:
         ink = each(glyph.mask) if each else glyph.mask
         y = max(0, CAP_HEIGHT + 12 + glyph.top)
-        ink = ink[:mask.shape[0] - y]
+        ink = ink[: mask.shape[0] - y]
         x = max(0, int(x))
-        target = mask[y:y + ink.shape[0], x:x + ink.shape[1]]
-        np.maximum(target, ink[:, :target.shape[1]], out=target)
+        target = mask[y : y + ink.shape[0], x : x + ink.shape[1]]
+        np.maximum(target, ink[:, : target.shape[1]], out=target)
     return mask, emblems
 
 

@@ -1,5 +1,5 @@
-"""The training loop: CTC, Adam, a learning rate that rises and falls, averaged weights, checkpoints that a later run goes
-on from."""
+"""The training loop: CTC, Adam, a learning rate that rises and falls, averaged weights, checkpoints
+that a later run goes on from."""
 import copy
 import io
 import json
@@ -24,8 +24,9 @@ _AVERAGED_STEPS = 500
 
 @dataclass
 class Progress:
-    """What is kept besides the weights: steps done, pictures trained on, pictures read to find those, seconds trained,
-    the best line accuracy so far."""
+    """What is kept besides the weights: steps done, pictures trained on, pictures read to find
+    those, seconds trained, the best line accuracy so far."""
+
     steps: int = 0
     pictures: int = 0
     read: int = 0
@@ -34,16 +35,16 @@ class Progress:
 
 
 def learning_rate(step, done, peak, warm_up=100):
-    """Up in a straight line over the first steps, then down along half a cosine to a fiftieth of the peak; `done` is
-    the part of the training that is over, 0 to 1."""
+    """Up in a straight line over the first steps, then down along half a cosine to a fiftieth of
+    the peak; `done` is the part of the training that is over, 0 to 1."""
     fall = 0.02 + 0.98 * 0.5 * (1 + math.cos(math.pi * min(1.0, done)))
     return peak * fall * min(1.0, (step + 1) / warm_up)
 
 
 class Trainer:
-    """Trains `model`. `average` is the mean of its weights over about the last tenth of the steps, 500 at most
-    (Polyak and Juditsky, Acceleration of stochastic approximation by averaging, 1992): it reads better than the weights
-    of any one step, so it is what is measured, and exported."""
+    """Trains `model`. `average` is the mean of its weights over about the last tenth of the steps,
+    500 at most (Polyak and Juditsky, Acceleration of stochastic approximation by averaging, 1992):
+    it reads better than the weights of any one step, so it is what is measured, and exported."""
 
     def __init__(self, model, alphabet, rate=1e-3, device="cpu"):
         # A processor convolves and pools faster with the channels of a pixel side by side.
@@ -73,8 +74,8 @@ class Trainer:
         return float(loss)
 
     def losses(self, pictures, labels):
-        """How badly the averaged network reads each line: its CTC loss divided by its characters, an array. Another thread
-        may call this during step(), and meet weights of two steps."""
+        """How badly the averaged network reads each line: its CTC loss divided by its characters,
+        an array. Another thread may call this during step(), and meet weights of two steps."""
         self.progress.read += len(labels)
         with torch.no_grad():
             return self._losses(self.average, pictures, labels).numpy()
@@ -98,15 +99,22 @@ class Trainer:
 
     def read(self, pictures):
         with torch.no_grad():
-            return decode_scores(self.average(to_input(pictures, self.device)).cpu().numpy(), self.alphabet)
+            return decode_scores(
+                self.average(to_input(pictures, self.device)).cpu().numpy(), self.alphabet
+            )
 
     def measure(self, batches):
-        """(line accuracy, character error rate, list of wrong (picture, read, truth)) over (pictures, labels) pairs."""
+        """(line accuracy, character error rate, list of wrong (picture, read, truth)) over
+        (pictures, labels) pairs."""
         lines = right = edits = characters = 0
         wrong = []
         for pictures, labels in batches:
             for index, (read, truth) in enumerate(zip(self.read(pictures), labels)):
-                lines, right, characters = lines + 1, right + (read == truth), characters + len(truth)
+                lines, right, characters = (
+                    lines + 1,
+                    right + (read == truth),
+                    characters + len(truth),
+                )
                 if read != truth:
                     edits += distance(read, truth)
                     wrong.append((as_picture(pictures[index]), read, truth))
@@ -117,8 +125,15 @@ def save_checkpoint(path, trainer):
     """Writes beside the old file and renames, so that a stop in the middle leaves the old one."""
     path = Path(path)
     path.parent.mkdir(parents=True, exist_ok=True)
-    state = {"shape": json.dumps(trainer.model.shape.as_dict()), "alphabet": trainer.alphabet, "model": trainer.model.state_dict(),
-             "average": trainer.average.state_dict(), "optimizer": trainer.optimizer.state_dict(), "progress": vars(trainer.progress), "rate": trainer.rate}
+    state = {
+        "shape": json.dumps(trainer.model.shape.as_dict()),
+        "alphabet": trainer.alphabet,
+        "model": trainer.model.state_dict(),
+        "average": trainer.average.state_dict(),
+        "optimizer": trainer.optimizer.state_dict(),
+        "progress": vars(trainer.progress),
+        "rate": trainer.rate,
+    }
     beside = path.with_suffix(".part")
     torch.save(state, beside)
     os.replace(beside, path)
@@ -133,7 +148,8 @@ def _load_state(path):
 
 
 def load_model(path):
-    """(averaged model in evaluation, alphabet, progress) of a checkpoint. OSError or ValueError when there is none."""
+    """(averaged model in evaluation, alphabet, progress) of a checkpoint. OSError or ValueError
+    when there is none."""
     state = _load_state(path)
     model = Crnn(_shape(state))
     model.load_state_dict(state["average"])
@@ -141,7 +157,8 @@ def load_model(path):
 
 
 def load_trainer(path, device="cpu"):
-    """A trainer that goes on where the checkpoint was saved. OSError or ValueError when there is none."""
+    """A trainer that goes on where the checkpoint was saved. OSError or ValueError when there is
+    none."""
     state = _load_state(path)
     trainer = Trainer(Crnn(_shape(state)), state["alphabet"], state["rate"], device)
     trainer.model.load_state_dict(state["model"])
@@ -161,8 +178,8 @@ def _shape(state):
 
 
 class StopKey:
-    """Ctrl-C, from now on, ends a training behind its current step, so that nothing of it is lost; pressed twice, it
-    ends the program at once."""
+    """Ctrl-C, from now on, ends a training behind its current step, so that nothing of it is lost;
+    pressed twice, it ends the program at once."""
 
     def __init__(self):
         self.pressed = False
