@@ -26,7 +26,7 @@ QJsonObject stateOf(ProcessorInterface& processor, int number)
 
 } // namespace
 
-TEST(ArchiveSoak, aStationThatSavesEveryPictureKeepsItsLimitAndItsMemory)
+TEST(ArchiveSoak, AStationThatSavesEveryPictureKeepsItsLimitAndItsMemory)
 {
     const LoadedPlugin plugin;
     ASSERT_NE(plugin.root(), nullptr) << plugin.errorString().toStdString();

@@ -35,10 +35,10 @@ QImage countingConverter(const cv::Mat& mat)
     return Scribo::cvMat2QImage(mat);
 }
 
-class ArchiveStressTest : public testing::Test
+class ArchivesUnderStress : public testing::Test
 {
 protected:
-    ArchiveStressTest()
+    ArchivesUnderStress()
     {
         for (auto& conversion : conversions) {
             conversion = 0;
@@ -94,13 +94,13 @@ protected:
 
 } // namespace
 
-TEST_F(ArchiveStressTest, withNeverMoreThanTwentyWaitingEveryPictureIsWritten)
+TEST_F(ArchivesUnderStress, WithNeverMoreThanTwentyWaitingEveryPictureIsWritten)
 {
     queueAll([] { freePlaces.acquire(); });
     EXPECT_EQ(expectOneFileForEachConversion(), pictureCount);
 }
 
-TEST_F(ArchiveStressTest, withMoreOnlyTheSurplusIsMissing)
+TEST_F(ArchivesUnderStress, WithMoreOnlyTheSurplusIsMissing)
 {
     queueAll([] {});
     EXPECT_GE(expectOneFileForEachConversion(), PictureQueue::maxWaiting + 1);
@@ -113,7 +113,7 @@ TEST_F(ArchiveStressTest, withMoreOnlyTheSurplusIsMissing)
     EXPECT_EQ(conversions[smallest], 1);
 }
 
-TEST_F(ArchiveStressTest, severalArchivesFillOneFolder)
+TEST_F(ArchivesUnderStress, SeveralArchivesFillOneFolder)
 {
     tool.directory = directory.path() + '/';
     std::vector<std::thread> threads;

@@ -12,7 +12,7 @@
 
 using namespace std::chrono_literals;
 
-TEST(FileCount, countsRegularFilesOfAnyName)
+TEST(FileCount, CountsRegularFilesOfAnyName)
 {
     const QTemporaryDir directory;
     fillFolder(directory.path(), 12);
@@ -20,7 +20,7 @@ TEST(FileCount, countsRegularFilesOfAnyName)
     EXPECT_EQ(countFiles(directory.path() + '/'), 12);
 }
 
-TEST(FileCount, leavesOutFoldersHiddenFilesAndWhatIsNoFile)
+TEST(FileCount, LeavesOutFoldersHiddenFilesAndWhatIsNoFile)
 {
     const QTemporaryDir directory;
     fillFolder(directory.path(), 1);
@@ -31,7 +31,7 @@ TEST(FileCount, leavesOutFoldersHiddenFilesAndWhatIsNoFile)
     EXPECT_EQ(countFiles(directory.path()), 1);
 }
 
-TEST(FileCount, countsLinksToFilesButNotToFoldersOrToNothing)
+TEST(FileCount, CountsLinksToFilesButNotToFoldersOrToNothing)
 {
     const QTemporaryDir directory;
     fillFolder(directory.path(), 1);
@@ -41,7 +41,7 @@ TEST(FileCount, countsLinksToFilesButNotToFoldersOrToNothing)
     EXPECT_EQ(countFiles(directory.path()), 2);
 }
 
-TEST(FileCount, aFolderThatCannotBeReadIsEmpty)
+TEST(FileCount, AFolderThatCannotBeReadIsEmpty)
 {
     EXPECT_EQ(countFiles(QStringLiteral("/proc/version/none")), 0);
     EXPECT_EQ(countFiles(QStringLiteral("/proc/version")), 0);
@@ -72,7 +72,7 @@ struct SlowFolder
 
 } // namespace
 
-TEST(PacedFileCount, repeatsAQuickCountEveryTime)
+TEST(PacedFileCount, RepeatsAQuickCountEveryTime)
 {
     SlowFolder folder;
     folder.duration = 20ms;
@@ -83,7 +83,7 @@ TEST(PacedFileCount, repeatsAQuickCountEveryTime)
     EXPECT_EQ(folder.counts, 10);
 }
 
-TEST(PacedFileCount, givesASlowCountAgainForFiftyTimesItsDuration)
+TEST(PacedFileCount, GivesASlowCountAgainForFiftyTimesItsDuration)
 {
     SlowFolder folder;
     folder.duration = 40ms;
@@ -98,7 +98,7 @@ TEST(PacedFileCount, givesASlowCountAgainForFiftyTimesItsDuration)
     EXPECT_EQ(folder.counts, 2);
 }
 
-TEST(PacedFileCount, countsAnotherFolderAtOnce)
+TEST(PacedFileCount, CountsAnotherFolderAtOnce)
 {
     SlowFolder folder;
     folder.duration = 1s;
@@ -109,7 +109,7 @@ TEST(PacedFileCount, countsAnotherFolderAtOnce)
     EXPECT_EQ(count(QStringLiteral("Tuesday")), 0);
 }
 
-TEST(PacedFileCount, takesTurnsBetweenSlowFoldersWithoutCountingEachTime)
+TEST(PacedFileCount, TakesTurnsBetweenSlowFoldersWithoutCountingEachTime)
 {
     SlowFolder folder;
     folder.duration = 40ms;

@@ -66,7 +66,7 @@ std::vector<cv::Mat> shapes(int type)
 
 } // namespace
 
-TEST(ImageConversion, greyBecomesIndexedWithAGreyTable)
+TEST(ImageConversion, GreyBecomesIndexedWithAGreyTable)
 {
     const LogCapture log;
     for (const cv::Mat& mat : shapes(CV_8UC1)) {
@@ -86,7 +86,7 @@ TEST(ImageConversion, greyBecomesIndexedWithAGreyTable)
     EXPECT_TRUE(log.lines.isEmpty());
 }
 
-TEST(ImageConversion, threeChannelsExchangeRedAndBlue)
+TEST(ImageConversion, ThreeChannelsExchangeRedAndBlue)
 {
     const LogCapture log;
     for (const cv::Mat& mat : shapes(CV_8UC3)) {
@@ -103,12 +103,12 @@ TEST(ImageConversion, threeChannelsExchangeRedAndBlue)
     EXPECT_TRUE(log.lines.isEmpty());
 }
 
-TEST(ImageConversion, aBluePixelStaysBlue)
+TEST(ImageConversion, ABluePixelStaysBlue)
 {
     EXPECT_EQ(Scribo::cvMat2QImage(cv::Mat(1, 1, CV_8UC3, cv::Scalar(255, 0, 0))).pixelColor(0, 0), QColor(Qt::blue));
 }
 
-TEST(ImageConversion, fourChannelsAreTakenAsTheyAre)
+TEST(ImageConversion, FourChannelsAreTakenAsTheyAre)
 {
     for (const cv::Mat& mat : shapes(CV_8UC4)) {
         const LogCapture log;
@@ -125,7 +125,7 @@ TEST(ImageConversion, fourChannelsAreTakenAsTheyAre)
     }
 }
 
-TEST(ImageConversion, anyOtherTypeGivesNoImage)
+TEST(ImageConversion, AnyOtherTypeGivesNoImage)
 {
     for (const int type : {CV_32FC1, CV_16UC1, CV_8SC1, CV_8UC2, CV_64FC3, CV_16UC3, CV_8UC(5)}) {
         const LogCapture log;
@@ -134,7 +134,7 @@ TEST(ImageConversion, anyOtherTypeGivesNoImage)
     }
 }
 
-TEST(ImageConversion, anEmptyMatrixGivesNoImage)
+TEST(ImageConversion, AnEmptyMatrixGivesNoImage)
 {
     for (const int type : {CV_8UC1, CV_8UC3, CV_8UC4}) {
         EXPECT_TRUE(Scribo::cvMat2QImage(cv::Mat(0, 0, type)).isNull());
@@ -144,7 +144,7 @@ TEST(ImageConversion, anEmptyMatrixGivesNoImage)
     EXPECT_TRUE(Scribo::cvMat2QImage(cv::Mat()).isNull());
 }
 
-TEST(ImageConversion, aMatrixOfThreeDimensionsGivesNoImage)
+TEST(ImageConversion, AMatrixOfThreeDimensionsGivesNoImage)
 {
     const int sizes[] = {2, 3, 4};
     for (const int type : {CV_8UC1, CV_8UC3, CV_8UC4}) {
@@ -152,7 +152,7 @@ TEST(ImageConversion, aMatrixOfThreeDimensionsGivesNoImage)
     }
 }
 
-TEST(ImageConversion, theImageOwnsItsPixelsAndLeavesTheMatrixAlone)
+TEST(ImageConversion, TheImageOwnsItsPixelsAndLeavesTheMatrixAlone)
 {
     for (const int type : {CV_8UC1, CV_8UC3, CV_8UC4}) {
         cv::Mat mat = noise(16, 8, type); // rows that need no padding in Qt

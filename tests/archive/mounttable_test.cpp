@@ -7,7 +7,7 @@
 
 namespace {
 
-class MountTableTest : public testing::Test
+class MountTables : public testing::Test
 {
 protected:
     void writeTable(const QByteArray& text) const
@@ -54,34 +54,34 @@ const QStringList usb{mountPoint("USB")};
 
 } // namespace
 
-TEST_F(MountTableTest, findsTheDiskBelowMediaRoot)
+TEST_F(MountTables, FindsTheDiskBelowMediaRoot)
 {
     EXPECT_EQ(mountsOf(systemLine + diskLine), usb);
 }
 
-TEST_F(MountTableTest, ignoresADiskMountedElsewhere)
+TEST_F(MountTables, IgnoresADiskMountedElsewhere)
 {
     EXPECT_EQ(mountsOf(systemLine + "/dev/sdb1 /mnt/usb vfat rw 0 0\n"), none);
 }
 
-TEST_F(MountTableTest, ignoresTheOtherPartitionsOfTheSystemDisk)
+TEST_F(MountTables, IgnoresTheOtherPartitionsOfTheSystemDisk)
 {
     EXPECT_EQ(mountsOf(systemLine + removable("/dev/sda12", "DATA")), none);
 }
 
-TEST_F(MountTableTest, findsNothingWithoutASystemDisk)
+TEST_F(MountTables, FindsNothingWithoutASystemDisk)
 {
     EXPECT_EQ(mountsOf(diskLine), none);
     EXPECT_EQ(mountsOf(QByteArray("/dev/sda1 / xfs rw 0 0\n") + diskLine), none);
 }
 
-TEST_F(MountTableTest, findsNothingWhenTheSystemDiskHasNoDeviceFile)
+TEST_F(MountTables, FindsNothingWhenTheSystemDiskHasNoDeviceFile)
 {
     devices.clear();
     EXPECT_EQ(mountsOf(systemLine + diskLine), none);
 }
 
-TEST_F(MountTableTest, takesEveryKindOfExtFileSystemForTheSystemDisk)
+TEST_F(MountTables, TakesEveryKindOfExtFileSystemForTheSystemDisk)
 {
     for (const char* fileSystem : {"ext2", "ext3", "ext4", "fuseblk.ext4"}) {
         EXPECT_EQ(mountsOf(QByteArray("/dev/sda1 / ") + fileSystem + " rw 0 0\n" + diskLine), usb) << fileSystem;
@@ -89,7 +89,7 @@ TEST_F(MountTableTest, takesEveryKindOfExtFileSystemForTheSystemDisk)
     EXPECT_EQ(mountsOf(QByteArray("/dev/sda1 / EXT4 rw 0 0\n") + diskLine), none) << "case matters";
 }
 
-TEST_F(MountTableTest, theLastExtPartitionNamesTheSystemDisk)
+TEST_F(MountTables, TheLastExtPartitionNamesTheSystemDisk)
 {
     devices.append(QStringLiteral("/dev/sdb"));
     // A removable disk that is itself ext4 takes the system disk's place, wherever it is mounted.
@@ -97,18 +97,18 @@ TEST_F(MountTableTest, theLastExtPartitionNamesTheSystemDisk)
     EXPECT_EQ(mountsOf(removable("/dev/sdb1", "USB", "ext4") + systemLine), usb);
 }
 
-TEST_F(MountTableTest, removesAllTrailingDigitsFromThePartition)
+TEST_F(MountTables, RemovesAllTrailingDigitsFromThePartition)
 {
     EXPECT_EQ(mountsOf(QByteArray("/dev/sda123 / ext4 rw 0 0\n") + diskLine), usb);
 }
 
-TEST_F(MountTableTest, keepsTheOrderOfTheTable)
+TEST_F(MountTables, KeepsTheOrderOfTheTable)
 {
     const QStringList expected{mountPoint("Z"), mountPoint("A")};
     EXPECT_EQ(mountsOf(removable("/dev/sdc1", "Z", "exfat") + systemLine + removable("/dev/sdb2", "A")), expected);
 }
 
-TEST_F(MountTableTest, skipsLinesThatAreNoDiskPartition)
+TEST_F(MountTables, SkipsLinesThatAreNoDiskPartition)
 {
     const QByteArray others = "proc /proc proc rw 0 0\n" + removable("/dev/nvme0n1p1", "NVME")
         + removable("/dev/mmcblk0p1", "CARD") + removable("/dev/sdb", "WHOLE")
@@ -118,7 +118,7 @@ TEST_F(MountTableTest, skipsLinesThatAreNoDiskPartition)
     EXPECT_EQ(mountsOf(systemLine + others + diskLine), usb);
 }
 
-TEST_F(MountTableTest, fieldsAreSeparatedByExactlyOneBlankOrTab)
+TEST_F(MountTables, FieldsAreSeparatedByExactlyOneBlankOrTab)
 {
     const QByteArray place = mountPoint("USB");
     EXPECT_EQ(mountsOf(systemLine + "/dev/sdb1\t" + place + "\tvfat\trw 0 0\n"), usb);
@@ -127,30 +127,30 @@ TEST_F(MountTableTest, fieldsAreSeparatedByExactlyOneBlankOrTab)
     EXPECT_EQ(mountsOf(systemLine + "/dev/sdb1 " + place + " vfat \n"), usb) << "empty options";
 }
 
-TEST_F(MountTableTest, aMissingLastNewlineAndEmptyLinesDoNoHarm)
+TEST_F(MountTables, AMissingLastNewlineAndEmptyLinesDoNoHarm)
 {
     EXPECT_EQ(mountsOf("\n\n" + systemLine + "\n" + diskLine.trimmed()), usb);
 }
 
-TEST_F(MountTableTest, keepsTheKernelsEscapes)
+TEST_F(MountTables, KeepsTheKernelsEscapes)
 {
     const char* const name = R"(MY\040DISK\011A\134B)";
     EXPECT_EQ(mountsOf(systemLine + removable("/dev/sdb1", name)), QStringList{mountPoint(name)});
 }
 
-TEST_F(MountTableTest, readsUtf8AndSurvivesWhatIsNot)
+TEST_F(MountTables, ReadsUtf8AndSurvivesWhatIsNot)
 {
     EXPECT_EQ(mountsOf(systemLine + removable("/dev/sdb1", u8"硬盘")), QStringList{mountPoint(u8"硬盘")});
     EXPECT_EQ(mountsOf(systemLine + QByteArray("\xff\xfe\0\n", 4) + diskLine), usb);
 }
 
-TEST_F(MountTableTest, anEmptyTableHasNoDisk)
+TEST_F(MountTables, AnEmptyTableHasNoDisk)
 {
     EXPECT_EQ(mountsOf(""), none);
     EXPECT_EQ(parses, 0);
 }
 
-TEST_F(MountTableTest, parsesAgainOnlyWhenTheTextHasChanged)
+TEST_F(MountTables, ParsesAgainOnlyWhenTheTextHasChanged)
 {
     writeTable(systemLine + diskLine);
     for (int i = 0; i < 5; ++i) {
@@ -164,7 +164,7 @@ TEST_F(MountTableTest, parsesAgainOnlyWhenTheTextHasChanged)
     EXPECT_EQ(parses, 3);
 }
 
-TEST_F(MountTableTest, aTableThatCannotBeReadForAWhileHasNoDisk)
+TEST_F(MountTables, ATableThatCannotBeReadForAWhileHasNoDisk)
 {
     EXPECT_EQ(mountsOf(systemLine + diskLine), usb);
     QFile::remove(tablePath());
@@ -172,7 +172,7 @@ TEST_F(MountTableTest, aTableThatCannotBeReadForAWhileHasNoDisk)
     EXPECT_EQ(mountsOf(systemLine + diskLine), usb) << "back, with the text of before";
 }
 
-TEST_F(MountTableTest, readsATableThatIsLargerThanOneRead)
+TEST_F(MountTables, ReadsATableThatIsLargerThanOneRead)
 {
     QByteArray text = systemLine;
     for (int i = 0; i < 20000; ++i) {
@@ -181,7 +181,7 @@ TEST_F(MountTableTest, readsATableThatIsLargerThanOneRead)
     EXPECT_EQ(mountsOf(text + diskLine), usb);
 }
 
-TEST(MountTable, readsTheKernelsOwnTableWhole)
+TEST(MountTable, ReadsTheKernelsOwnTableWhole)
 {
     QFile file(QStringLiteral("/proc/self/mounts"));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -191,7 +191,7 @@ TEST(MountTable, readsTheKernelsOwnTableWhole)
     EXPECT_EQ(table.findRemovableMounts(), table.findRemovableMounts());
 }
 
-TEST(MountTable, aFolderInPlaceOfTheTableHasNoDisk)
+TEST(MountTable, AFolderInPlaceOfTheTableHasNoDisk)
 {
     EXPECT_EQ(MountTable(QStringLiteral("/proc")).findRemovableMounts(), none);
 }

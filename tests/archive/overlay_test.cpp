@@ -83,7 +83,7 @@ QImage drawOnBlack(const QSize& size, const QList<SOrgAI_ResInfo>& lines, const 
 
 } // namespace
 
-TEST(Overlay, theFontFollowsTheHeightFromTenPointsUp)
+TEST(Overlay, TheFontFollowsTheHeightFromTenPointsUp)
 {
     EXPECT_EQ(fontSizeAt(400), 10);
     EXPECT_EQ(fontSizeAt(549), 10);
@@ -94,7 +94,7 @@ TEST(Overlay, theFontFollowsTheHeightFromTenPointsUp)
     EXPECT_EQ(fontSizeAt(-1), 10);
 }
 
-TEST(Overlay, preparesFontAndBrushAndLeavesThem)
+TEST(Overlay, PreparesFontAndBrushAndLeavesThem)
 {
     QImage canvas(10, 10, QImage::Format_RGB32);
     QPainter painter(&canvas);
@@ -108,7 +108,7 @@ TEST(Overlay, preparesFontAndBrushAndLeavesThem)
     EXPECT_EQ(painter.pen(), pen);
 }
 
-TEST(Overlay, drawsWithACosmeticPenOfThreePixels)
+TEST(Overlay, DrawsWithACosmeticPenOfThreePixels)
 {
     const auto items = paint({line("A", {10, 20, 30, 40}, true)}, {});
     ASSERT_EQ(items.size(), 2);
@@ -122,7 +122,7 @@ TEST(Overlay, drawsWithACosmeticPenOfThreePixels)
     }
 }
 
-TEST(Overlay, drawsTheCharactersTwentyFivePixelsApart)
+TEST(Overlay, DrawsTheCharactersTwentyFivePixelsApart)
 {
     const auto items = paint({line("AB1", {100, 50, 0, 0}, false)}, {2});
     ASSERT_EQ(items.size(), 3) << "no box without width and height";
@@ -131,7 +131,7 @@ TEST(Overlay, drawsTheCharactersTwentyFivePixelsApart)
     expectText(items[2], "1", {155, 55}, red);
 }
 
-TEST(Overlay, drawsTheBoxFirstInTheColourOfTheLine)
+TEST(Overlay, DrawsTheBoxFirstInTheColourOfTheLine)
 {
     const auto good = paint({line("A", {100, 50, 300, 60}, true)}, {0});
     ASSERT_EQ(good.size(), 2);
@@ -145,7 +145,7 @@ TEST(Overlay, drawsTheBoxFirstInTheColourOfTheLine)
     expectText(bad[1], "A", {105, 55}, green);
 }
 
-TEST(Overlay, oneSideIsEnoughForABox)
+TEST(Overlay, OneSideIsEnoughForABox)
 {
     EXPECT_EQ(paint({line("", {1, 2, 5, 0}, true)}, {}).size(), 1);
     EXPECT_EQ(paint({line("", {1, 2, 0, 5}, true)}, {}).size(), 1);
@@ -154,7 +154,7 @@ TEST(Overlay, oneSideIsEnoughForABox)
     EXPECT_EQ(paint({line("", {1, 2, -3, -5}, true)}, {}).size(), 0);
 }
 
-TEST(Overlay, drawsTheLinesInOrderWithOneListOfMismatches)
+TEST(Overlay, DrawsTheLinesInOrderWithOneListOfMismatches)
 {
     const auto items = paint({line("AB", {0, 0, 100, 30}, true), line("CD", {0, 200, 100, 30}, false)}, {1});
     ASSERT_EQ(items.size(), 6);
@@ -166,7 +166,7 @@ TEST(Overlay, drawsTheLinesInOrderWithOneListOfMismatches)
     expectText(items[5], "D", {30, 205}, red);
 }
 
-TEST(Overlay, countsCharactersNotBytes)
+TEST(Overlay, CountsCharactersNotBytes)
 {
     const auto items = paint({line(u8"批号7", {0, 0, 0, 0}, true)}, {1});
     ASSERT_EQ(items.size(), 3);
@@ -175,19 +175,19 @@ TEST(Overlay, countsCharactersNotBytes)
     expectText(items[2], QStringLiteral("7"), {55, 5}, green);
 }
 
-TEST(Overlay, mismatchesBeyondTheTextDoNoHarm)
+TEST(Overlay, MismatchesBeyondTheTextDoNoHarm)
 {
     const auto items = paint({line("A", {0, 0, 0, 0}, true)}, {-1, 1, 99});
     ASSERT_EQ(items.size(), 1);
     expectText(items[0], "A", {5, 5}, green);
 }
 
-TEST(Overlay, withoutLinesNothingIsDrawn)
+TEST(Overlay, WithoutLinesNothingIsDrawn)
 {
     EXPECT_TRUE(paint({}, {0, 1}).isEmpty());
 }
 
-TEST(Overlay, thePenStaysThreePixelsWideWhenTheViewIsScaled)
+TEST(Overlay, ThePenStaysThreePixelsWideWhenTheViewIsScaled)
 {
     QImage canvas(200, 200, QImage::Format_RGB32);
     canvas.fill(Qt::black);
@@ -203,7 +203,7 @@ TEST(Overlay, thePenStaysThreePixelsWideWhenTheViewIsScaled)
     EXPECT_EQ(width, 3);
 }
 
-TEST(Overlay, theBoxLeavesItsInsideAlone)
+TEST(Overlay, TheBoxLeavesItsInsideAlone)
 {
     const QImage canvas = drawOnBlack({400, 400}, {line("", {50, 60, 200, 100}, false)}, {});
     EXPECT_EQ(canvas.pixel(50, 100), red.rgb());
@@ -215,7 +215,7 @@ TEST(Overlay, theBoxLeavesItsInsideAlone)
     EXPECT_FALSE(shows(canvas, canvas.rect(), green));
 }
 
-TEST(Overlay, charactersAppearAtTheirPlaces)
+TEST(Overlay, CharactersAppearAtTheirPlaces)
 {
     // 1,000 pixels high, so that the strokes are wide enough to hold pixels of the full colour.
     const QImage canvas = drawOnBlack({600, 1000}, {line("HHH", {100, 200, 0, 0}, true)}, {1});

@@ -33,7 +33,7 @@ QByteArray contentOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-class PictureFileTest : public testing::Test
+class PictureFiles : public testing::Test
 {
 protected:
     QTemporaryDir directory;
@@ -42,7 +42,7 @@ protected:
 
 } // namespace
 
-TEST_F(PictureFileTest, writesTheBytesThatQtWrites)
+TEST_F(PictureFiles, WritesTheBytesThatQtWrites)
 {
     QImage grey(13, 7, QImage::Format_Indexed8);
     grey.setColorCount(256);
@@ -59,13 +59,13 @@ TEST_F(PictureFileTest, writesTheBytesThatQtWrites)
     }
 }
 
-TEST_F(PictureFileTest, leavesNothingButThePicture)
+TEST_F(PictureFiles, LeavesNothingButThePicture)
 {
     ASSERT_TRUE(writePictureFile(colourImage(31, 9), path));
     EXPECT_EQ(filesIn(directory.path()), QStringList{"picture.bmp"});
 }
 
-TEST_F(PictureFileTest, othersMayReadThePicture)
+TEST_F(PictureFiles, OthersMayReadThePicture)
 {
     const mode_t mask = umask(022);
     ASSERT_TRUE(writePictureFile(colourImage(4, 4), path));
@@ -77,14 +77,14 @@ TEST_F(PictureFileTest, othersMayReadThePicture)
     EXPECT_EQ(status.st_mode & 0777U, 0644U);
 }
 
-TEST_F(PictureFileTest, replacesAnOlderPictureOfThatName)
+TEST_F(PictureFiles, ReplacesAnOlderPictureOfThatName)
 {
     ASSERT_TRUE(writePictureFile(colourImage(300, 300), path));
     ASSERT_TRUE(writePictureFile(colourImage(3, 2), path));
     EXPECT_EQ(QImage(path).size(), QSize(3, 2));
 }
 
-TEST_F(PictureFileTest, takesANameAsLongAsTheFileSystemAllows)
+TEST_F(PictureFiles, TakesANameAsLongAsTheFileSystemAllows)
 {
     const QString longest = directory.filePath(QString(251, 'A') + ".bmp");
     EXPECT_TRUE(writePictureFile(colourImage(3, 2), longest));
@@ -92,13 +92,13 @@ TEST_F(PictureFileTest, takesANameAsLongAsTheFileSystemAllows)
     EXPECT_EQ(filesIn(directory.path()).size(), 1);
 }
 
-TEST_F(PictureFileTest, takesADoubledSeparator)
+TEST_F(PictureFiles, TakesADoubledSeparator)
 {
     EXPECT_TRUE(writePictureFile(colourImage(3, 2), directory.path() + "//picture.bmp"));
     EXPECT_EQ(filesIn(directory.path()), QStringList{"picture.bmp"});
 }
 
-TEST_F(PictureFileTest, takesARelativePath)
+TEST_F(PictureFiles, TakesARelativePath)
 {
     const QString before = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(directory.path()));
@@ -107,19 +107,19 @@ TEST_F(PictureFileTest, takesARelativePath)
     EXPECT_EQ(filesIn(directory.path()), QStringList{"picture.bmp"});
 }
 
-TEST_F(PictureFileTest, anImageWithoutPixelsIsNotWritten)
+TEST_F(PictureFiles, AnImageWithoutPixelsIsNotWritten)
 {
     EXPECT_FALSE(writePictureFile(QImage(), path));
     EXPECT_TRUE(filesIn(directory.path()).isEmpty());
 }
 
-TEST_F(PictureFileTest, aNameWithANullCharacterIsNotWritten)
+TEST_F(PictureFiles, ANameWithANullCharacterIsNotWritten)
 {
     EXPECT_FALSE(writePictureFile(colourImage(3, 2), directory.filePath("A") + QChar::Null + ".bmp"));
     EXPECT_TRUE(filesIn(directory.path()).isEmpty());
 }
 
-TEST_F(PictureFileTest, aMissingOrForbiddenFolderIsNotWrittenTo)
+TEST_F(PictureFiles, AMissingOrForbiddenFolderIsNotWrittenTo)
 {
     EXPECT_FALSE(writePictureFile(colourImage(3, 2), directory.filePath("missing/picture.bmp")));
     EXPECT_FALSE(writePictureFile(colourImage(3, 2), QStringLiteral("/proc/picture.bmp")));
@@ -127,7 +127,7 @@ TEST_F(PictureFileTest, aMissingOrForbiddenFolderIsNotWrittenTo)
     EXPECT_FALSE(QDir(directory.filePath("missing")).exists());
 }
 
-TEST_F(PictureFileTest, aFolderOfThatNameIsLeftAlone)
+TEST_F(PictureFiles, AFolderOfThatNameIsLeftAlone)
 {
     ASSERT_TRUE(QDir().mkdir(path));
     EXPECT_FALSE(writePictureFile(colourImage(3, 2), path));
@@ -135,7 +135,7 @@ TEST_F(PictureFileTest, aFolderOfThatNameIsLeftAlone)
     EXPECT_TRUE(filesIn(directory.path()).isEmpty());
 }
 
-TEST_F(PictureFileTest, aFullDiskLeavesNoTrace)
+TEST_F(PictureFiles, AFullDiskLeavesNoTrace)
 {
     const QImage image = colourImage(200, 100);
     QBuffer bytes;
@@ -149,7 +149,7 @@ TEST_F(PictureFileTest, aFullDiskLeavesNoTrace)
     EXPECT_TRUE(writePictureFile(image, path));
 }
 
-TEST_F(PictureFileTest, aFullDiskLeavesTheOlderPicture)
+TEST_F(PictureFiles, AFullDiskLeavesTheOlderPicture)
 {
     ASSERT_TRUE(writePictureFile(colourImage(3, 2), path));
     const FullDisk full(1000);
@@ -158,7 +158,7 @@ TEST_F(PictureFileTest, aFullDiskLeavesTheOlderPicture)
     EXPECT_EQ(filesIn(directory.path()), QStringList{"picture.bmp"});
 }
 
-TEST_F(PictureFileTest, aKilledProcessLeavesNoPartOfAPicture)
+TEST_F(PictureFiles, AKilledProcessLeavesNoPartOfAPicture)
 {
     const QImage image = colourImage(700, 500);
     for (int round = 0; round < 8; ++round) {

@@ -22,10 +22,10 @@ QImage greyConverter(const cv::Mat& mat)
     return QImage(mat.data, mat.cols, mat.rows, static_cast<int>(mat.step), QImage::Format_Grayscale8).copy();
 }
 
-class PictureFolderTest : public testing::Test
+class PictureFolders : public testing::Test
 {
 protected:
-    PictureFolderTest() { tool.directory = directory.path() + QStringLiteral("/tool/"); }
+    PictureFolders() { tool.directory = directory.path() + QStringLiteral("/tool/"); }
 
     QString modelFolder() const { return tool.directory + QStringLiteral("AISavePic/tavoro_p1_1_C1_T1/"); }
     QString folderOf(const SOrgAI_ResInfo& record) { return archive.pictureFolder(&tool, model, record, toolId); }
@@ -53,7 +53,7 @@ protected:
 
 // Where a picture goes
 
-TEST_F(PictureFolderTest, ngPicturesOfAllClassesShareOneFolder)
+TEST_F(PictureFolders, NgPicturesOfAllClassesShareOneFolder)
 {
     saveAll(true);
     for (const int classIndex : {0, 2, 99, -2}) {
@@ -61,26 +61,26 @@ TEST_F(PictureFolderTest, ngPicturesOfAllClassesShareOneFolder)
     }
 }
 
-TEST_F(PictureFolderTest, ngPicturesWithoutAClassHaveAFolderOfTheirOwn)
+TEST_F(PictureFolders, NgPicturesWithoutAClassHaveAFolderOfTheirOwn)
 {
     saveAll(true);
     EXPECT_EQ(folderOf(ngRecord(-1)), modelFolder() + "NG/ng_notype");
 }
 
-TEST_F(PictureFolderTest, theOkFolderEndsWithASeparator)
+TEST_F(PictureFolders, TheOkFolderEndsWithASeparator)
 {
     saveAll(true);
     EXPECT_EQ(folderOf(okRecord()), modelFolder() + "OK/");
 }
 
-TEST_F(PictureFolderTest, noSeparatorIsAddedToTheToolsDirectory)
+TEST_F(PictureFolders, NoSeparatorIsAddedToTheToolsDirectory)
 {
     saveAll(true);
     tool.directory = directory.filePath(QStringLiteral("station"));
     EXPECT_EQ(folderOf(okRecord()), directory.filePath("stationAISavePic/tavoro_p1_1_C1_T1/OK/"));
 }
 
-TEST_F(PictureFolderTest, aToolWithoutDirectorySavesInTheWorkingDirectory)
+TEST_F(PictureFolders, AToolWithoutDirectorySavesInTheWorkingDirectory)
 {
     saveAll(true);
     tool.directory.clear();
@@ -91,7 +91,7 @@ TEST_F(PictureFolderTest, aToolWithoutDirectorySavesInTheWorkingDirectory)
     QDir::setCurrent(before);
 }
 
-TEST_F(PictureFolderTest, aRemovableDiskHasAFolderForEachDay)
+TEST_F(PictureFolders, ARemovableDiskHasAFolderForEachDay)
 {
     saveAll(true);
     tool.removable = directory.filePath(QStringLiteral("USB"));
@@ -102,14 +102,14 @@ TEST_F(PictureFolderTest, aRemovableDiskHasAFolderForEachDay)
     EXPECT_FALSE(QDir(tool.directory).exists());
 }
 
-TEST_F(PictureFolderTest, withoutAModelNothingIsSavedOrCreated)
+TEST_F(PictureFolders, WithoutAModelNothingIsSavedOrCreated)
 {
     saveAll(true);
     EXPECT_EQ(archive.pictureFolder(&tool, QString(), okRecord(), toolId), QString());
     EXPECT_FALSE(QDir(tool.directory).exists());
 }
 
-TEST_F(PictureFolderTest, withoutAToolNothingIsSaved)
+TEST_F(PictureFolders, WithoutAToolNothingIsSaved)
 {
     saveAll(true);
     EXPECT_EQ(archive.pictureFolder(nullptr, model, okRecord(), toolId), QString());
@@ -120,7 +120,7 @@ TEST_F(PictureFolderTest, withoutAToolNothingIsSaved)
     EXPECT_TRUE(QDir(directory.path()).isEmpty());
 }
 
-TEST_F(PictureFolderTest, aStationThatIsNoToolSavesOnARemovableDiskOnly)
+TEST_F(PictureFolders, AStationThatIsNoToolSavesOnARemovableDiskOnly)
 {
     struct Station : ToolInterface
     {
@@ -136,7 +136,7 @@ TEST_F(PictureFolderTest, aStationThatIsNoToolSavesOnARemovableDiskOnly)
 
 // Switches and limits
 
-TEST_F(PictureFolderTest, foldersAppearEvenWhenSavingIsOff)
+TEST_F(PictureFolders, FoldersAppearEvenWhenSavingIsOff)
 {
     saveAll(false);
     EXPECT_EQ(folderOf(okRecord()), QString());
@@ -147,7 +147,7 @@ TEST_F(PictureFolderTest, foldersAppearEvenWhenSavingIsOff)
     }
 }
 
-TEST_F(PictureFolderTest, withSavingOffNothingIsWrittenOrCounted)
+TEST_F(PictureFolders, WithSavingOffNothingIsWrittenOrCounted)
 {
     saveAll(false);
     fillFolder(modelFolder() + "OK", 3);
@@ -159,7 +159,7 @@ TEST_F(PictureFolderTest, withSavingOffNothingIsWrittenOrCounted)
     EXPECT_EQ(settings.okSavedCount, 17);
 }
 
-TEST_F(PictureFolderTest, eachSwitchIsForItsOwnVerdict)
+TEST_F(PictureFolders, EachSwitchIsForItsOwnVerdict)
 {
     settings.saveSwitch[0] = true;
     EXPECT_NE(folderOf(okRecord()), QString());
@@ -170,7 +170,7 @@ TEST_F(PictureFolderTest, eachSwitchIsForItsOwnVerdict)
     EXPECT_NE(folderOf(ngRecord(0)), QString());
 }
 
-TEST_F(PictureFolderTest, savingStopsWhenTheFolderIsFull)
+TEST_F(PictureFolders, SavingStopsWhenTheFolderIsFull)
 {
     saveAll(true);
     fillFolder(modelFolder() + "OK", 999);
@@ -183,7 +183,7 @@ TEST_F(PictureFolderTest, savingStopsWhenTheFolderIsFull)
     EXPECT_EQ(settings.ngSavedCount, 0);
 }
 
-TEST_F(PictureFolderTest, theNgFoldersAreCountedOneByOne)
+TEST_F(PictureFolders, TheNgFoldersAreCountedOneByOne)
 {
     saveAll(true);
     settings.ngSaveLimit = 4;
@@ -195,7 +195,7 @@ TEST_F(PictureFolderTest, theNgFoldersAreCountedOneByOne)
     EXPECT_EQ(settings.ngSavedCount, 2);
 }
 
-TEST_F(PictureFolderTest, aFolderBeyondItsLimitStaysClosed)
+TEST_F(PictureFolders, AFolderBeyondItsLimitStaysClosed)
 {
     saveAll(true);
     settings.okSaveLimit = 5;
@@ -207,7 +207,7 @@ TEST_F(PictureFolderTest, aFolderBeyondItsLimitStaysClosed)
     EXPECT_EQ(folderOf(okRecord()), QString());
 }
 
-TEST_F(PictureFolderTest, aRemovableDiskHasNoLimit)
+TEST_F(PictureFolders, ARemovableDiskHasNoLimit)
 {
     saveAll(true);
     tool.removable = directory.filePath(QStringLiteral("USB"));
@@ -221,7 +221,7 @@ TEST_F(PictureFolderTest, aRemovableDiskHasNoLimit)
     EXPECT_EQ(settings.ngSavedCount, 0);
 }
 
-TEST_F(PictureFolderTest, theLimitIsReachedExactlyAndSavingGoesOnOnceTheFolderIsEmptied)
+TEST_F(PictureFolders, TheLimitIsReachedExactlyAndSavingGoesOnOnceTheFolderIsEmptied)
 {
     saveAll(true);
     settings.okSaveLimit = 10;
@@ -237,7 +237,7 @@ TEST_F(PictureFolderTest, theLimitIsReachedExactlyAndSavingGoesOnOnceTheFolderIs
     EXPECT_EQ(settings.okSavedCount, 0) << "counted before the picture was written";
 }
 
-TEST_F(PictureFolderTest, aFolderThatCannotBeCreatedLosesThePictureOnly)
+TEST_F(PictureFolders, AFolderThatCannotBeCreatedLosesThePictureOnly)
 {
     saveAll(true);
     // Below a regular file nobody can make a folder, not even root.
@@ -252,7 +252,7 @@ TEST_F(PictureFolderTest, aFolderThatCannotBeCreatedLosesThePictureOnly)
 
 // The whole step
 
-TEST_F(PictureFolderTest, theNameSaysToolNumberTimeAndText)
+TEST_F(PictureFolders, TheNameSaysToolNumberTimeAndText)
 {
     saveAll(true);
     save(okRecord("LOT:A4827"), 3);
@@ -263,14 +263,14 @@ TEST_F(PictureFolderTest, theNameSaysToolNumberTimeAndText)
         modelFolder() + QStringLiteral("NG/ng_notype/C1_T1ROI12_1112_094323_421_批号 7.bmp"), numberedPicture(12)));
 }
 
-TEST_F(PictureFolderTest, anEmptyTextLeavesItsPlaceEmpty)
+TEST_F(PictureFolders, AnEmptyTextLeavesItsPlaceEmpty)
 {
     saveAll(true);
     save(okRecord(""));
     EXPECT_EQ(filesIn(modelFolder() + "OK"), QStringList{"C1_T1ROI1_1112_094323_421_.bmp"});
 }
 
-TEST_F(PictureFolderTest, aTextThatAFileNameCannotHoldIsNotSaved)
+TEST_F(PictureFolders, ATextThatAFileNameCannotHoldIsNotSaved)
 {
     saveAll(true);
     save(okRecord("EXP 12/2026"), 1);
@@ -282,7 +282,7 @@ TEST_F(PictureFolderTest, aTextThatAFileNameCannotHoldIsNotSaved)
     EXPECT_EQ(QDir(modelFolder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{"OK"});
 }
 
-TEST_F(PictureFolderTest, inspectionsInOneMillisecondGetDifferentNames)
+TEST_F(PictureFolders, InspectionsInOneMillisecondGetDifferentNames)
 {
     saveAll(true);
     for (int inspection = 0; inspection < 3; ++inspection) {
@@ -296,7 +296,7 @@ TEST_F(PictureFolderTest, inspectionsInOneMillisecondGetDifferentNames)
     EXPECT_EQ(filesIn(modelFolder() + "OK"), expected);
 }
 
-TEST_F(PictureFolderTest, namesStayApartHoweverFarTheyRunAheadOfTheClock)
+TEST_F(PictureFolders, NamesStayApartHoweverFarTheyRunAheadOfTheClock)
 {
     saveAll(true);
     tool.removable = directory.filePath(QStringLiteral("USB")); // which has no limit
@@ -307,7 +307,7 @@ TEST_F(PictureFolderTest, namesStayApartHoweverFarTheyRunAheadOfTheClock)
     EXPECT_EQ(filesIn(tool.removable + "/AISavePic_20211112/tavoro_p1_1_C1_T1/OK").size(), 1100);
 }
 
-TEST_F(PictureFolderTest, namesStayApartWhenTheClockIsCorrected)
+TEST_F(PictureFolders, NamesStayApartWhenTheClockIsCorrected)
 {
     saveAll(true);
     save(okRecord("A"));
@@ -318,7 +318,7 @@ TEST_F(PictureFolderTest, namesStayApartWhenTheClockIsCorrected)
     EXPECT_EQ(filesIn(modelFolder() + "OK").size(), 5);
 }
 
-TEST_F(PictureFolderTest, namesFollowAClockThatIsSetBack)
+TEST_F(PictureFolders, NamesFollowAClockThatIsSetBack)
 {
     saveAll(true);
     save(okRecord("A"));
@@ -328,7 +328,7 @@ TEST_F(PictureFolderTest, namesFollowAClockThatIsSetBack)
     EXPECT_EQ(filesIn(modelFolder() + "OK"), expected);
 }
 
-TEST_F(PictureFolderTest, atMidnightFolderAndNameAgreeOnTheDay)
+TEST_F(PictureFolders, AtMidnightFolderAndNameAgreeOnTheDay)
 {
     saveAll(true);
     tool.removable = directory.filePath(QStringLiteral("USB"));
@@ -344,7 +344,7 @@ TEST_F(PictureFolderTest, atMidnightFolderAndNameAgreeOnTheDay)
     EXPECT_EQ(filesIn(tool.removable + "/AISavePic_20220101/tavoro_p1_1_C1_T1/OK"), newYear);
 }
 
-TEST_F(PictureFolderTest, theLocalTimeIsTheDefault)
+TEST_F(PictureFolders, TheLocalTimeIsTheDefault)
 {
     saveAll(true);
     PictureArchive byTheClock(settings, greyConverter);
@@ -355,7 +355,7 @@ TEST_F(PictureFolderTest, theLocalTimeIsTheDefault)
     EXPECT_TRUE(QRegularExpression("^C1_T1ROI1_\\d{4}_\\d{6}_\\d{3}_A\\.bmp$").match(files[0]).hasMatch());
 }
 
-TEST_F(PictureFolderTest, aToolThatForbidsSavingGetsItsFoldersButNoPicture)
+TEST_F(PictureFolders, AToolThatForbidsSavingGetsItsFoldersButNoPicture)
 {
     saveAll(true);
     tool.allowed = false;
@@ -364,7 +364,7 @@ TEST_F(PictureFolderTest, aToolThatForbidsSavingGetsItsFoldersButNoPicture)
     EXPECT_EQ(filesIn(modelFolder() + "OK").size(), 0);
 }
 
-TEST_F(PictureFolderTest, aPictureWithoutPixelsIsNotSaved)
+TEST_F(PictureFolders, APictureWithoutPixelsIsNotSaved)
 {
     saveAll(true);
     archive.savePicture(&tool, model, okRecord(), 1, cv::Mat());
@@ -376,7 +376,7 @@ TEST_F(PictureFolderTest, aPictureWithoutPixelsIsNotSaved)
 
 // Preparation
 
-TEST_F(PictureFolderTest, preparationCreatesAllFoldersAndCounts)
+TEST_F(PictureFolders, PreparationCreatesAllFoldersAndCounts)
 {
     saveAll(true);
     fillFolder(modelFolder() + "OK", 5);
@@ -387,7 +387,7 @@ TEST_F(PictureFolderTest, preparationCreatesAllFoldersAndCounts)
     EXPECT_EQ(settings.ngSavedCount, 2) << "the folder looked at last";
 }
 
-TEST_F(PictureFolderTest, preparationNeedsNoSwitch)
+TEST_F(PictureFolders, PreparationNeedsNoSwitch)
 {
     archive.prepareFolders(&tool, model, {"0O"});
     for (const char* folder : {"OK", "NG/ng", "NG/ng_notype"}) {
@@ -395,14 +395,14 @@ TEST_F(PictureFolderTest, preparationNeedsNoSwitch)
     }
 }
 
-TEST_F(PictureFolderTest, aModelWithoutClassesHasNoFolderForThem)
+TEST_F(PictureFolders, AModelWithoutClassesHasNoFolderForThem)
 {
     archive.prepareFolders(&tool, model, {});
     EXPECT_FALSE(QDir(modelFolder() + "NG/ng").exists());
     EXPECT_TRUE(QDir(modelFolder() + "NG/ng_notype").exists());
 }
 
-TEST_F(PictureFolderTest, withoutAModelNothingIsPrepared)
+TEST_F(PictureFolders, WithoutAModelNothingIsPrepared)
 {
     archive.prepareFolders(&tool, QString(), {"0O"});
     EXPECT_FALSE(QDir(tool.directory).exists());
@@ -410,7 +410,7 @@ TEST_F(PictureFolderTest, withoutAModelNothingIsPrepared)
 
 // The shown location
 
-TEST_F(PictureFolderTest, showsTheFirstRemovableDiskOrTheSystemDisk)
+TEST_F(PictureFolders, ShowsTheFirstRemovableDiskOrTheSystemDisk)
 {
     archive.refreshSaveLocation();
     EXPECT_EQ(settings.savePathText, QStringLiteral("系统盘")) << "no table";

@@ -39,10 +39,10 @@ QImage throwingConverter(const cv::Mat& mat)
     return Scribo::cvMat2QImage(mat);
 }
 
-class PictureQueueTest : public testing::Test
+class PictureQueues : public testing::Test
 {
 protected:
-    PictureQueueTest() { taken.clear(); }
+    PictureQueues() { taken.clear(); }
 
     QString pathOf(int number) const
     {
@@ -70,7 +70,7 @@ protected:
 
 } // namespace
 
-TEST_F(PictureQueueTest, ofThirtyQueuedAtOnceOneIsTakenAndTwentyWait)
+TEST_F(PictureQueues, OfThirtyQueuedAtOnceOneIsTakenAndTwentyWait)
 {
     BlockedPool pool;
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
@@ -81,7 +81,7 @@ TEST_F(PictureQueueTest, ofThirtyQueuedAtOnceOneIsTakenAndTwentyWait)
     expectPictures(21);
 }
 
-TEST_F(PictureQueueTest, queuesAgainAfterAnOverflow)
+TEST_F(PictureQueues, QueuesAgainAfterAnOverflow)
 {
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
     {
@@ -96,7 +96,7 @@ TEST_F(PictureQueueTest, queuesAgainAfterAnOverflow)
     EXPECT_EQ(filesIn(directory.path()).size(), 22);
 }
 
-TEST_F(PictureQueueTest, writesTheSmallestPathFirst)
+TEST_F(PictureQueues, WritesTheSmallestPathFirst)
 {
     BlockedPool pool;
     PictureArchive archive(settings, recordingConverter);
@@ -109,7 +109,7 @@ TEST_F(PictureQueueTest, writesTheSmallestPathFirst)
     EXPECT_EQ(taken.size(), 5U) << "the writers found nothing left";
 }
 
-TEST_F(PictureQueueTest, aPictureWaitingUnderTheSamePathIsReplaced)
+TEST_F(PictureQueues, APictureWaitingUnderTheSamePathIsReplaced)
 {
     BlockedPool pool;
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
@@ -121,7 +121,7 @@ TEST_F(PictureQueueTest, aPictureWaitingUnderTheSamePathIsReplaced)
     EXPECT_TRUE(fileShows(pathOf(0), numberedPicture(3)));
 }
 
-TEST_F(PictureQueueTest, theCallersBufferMayBeReusedAtOnce)
+TEST_F(PictureQueues, TheCallersBufferMayBeReusedAtOnce)
 {
     BlockedPool pool;
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
@@ -132,7 +132,7 @@ TEST_F(PictureQueueTest, theCallersBufferMayBeReusedAtOnce)
     expectPictures(1);
 }
 
-TEST_F(PictureQueueTest, aPartOfAPictureIsSavedAsThatPart)
+TEST_F(PictureQueues, APartOfAPictureIsSavedAsThatPart)
 {
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
     const cv::Mat picture = numberedPicture(1, {200, 100});
@@ -142,7 +142,7 @@ TEST_F(PictureQueueTest, aPartOfAPictureIsSavedAsThatPart)
     EXPECT_TRUE(fileShows(pathOf(0), part));
 }
 
-TEST_F(PictureQueueTest, aColourPictureInRedGreenBlueOrderKeepsItsColours)
+TEST_F(PictureQueues, AColourPictureInRedGreenBlueOrderKeepsItsColours)
 {
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
     cv::Mat picture(5, 7, CV_8UC3, cv::Scalar(250, 120, 10));
@@ -154,7 +154,7 @@ TEST_F(PictureQueueTest, aColourPictureInRedGreenBlueOrderKeepsItsColours)
     EXPECT_EQ(cv::norm(picture, untouched, cv::NORM_INF), 0) << "the host's pixels stay as they are";
 }
 
-TEST_F(PictureQueueTest, aToolThatForbidsSavingStopsAPictureBeforeTheQueue)
+TEST_F(PictureQueues, AToolThatForbidsSavingStopsAPictureBeforeTheQueue)
 {
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
     tool.allowed = false;
@@ -163,7 +163,7 @@ TEST_F(PictureQueueTest, aToolThatForbidsSavingStopsAPictureBeforeTheQueue)
     expectPictures(0);
 }
 
-TEST_F(PictureQueueTest, aPictureThatCannotBeConvertedDoesNotStopTheOthers)
+TEST_F(PictureQueues, APictureThatCannotBeConvertedDoesNotStopTheOthers)
 {
     BlockedPool pool;
     PictureArchive archive(settings, throwingConverter);
@@ -175,7 +175,7 @@ TEST_F(PictureQueueTest, aPictureThatCannotBeConvertedDoesNotStopTheOthers)
     EXPECT_EQ(filesIn(directory.path()).size(), 6);
 }
 
-TEST_F(PictureQueueTest, aFolderRemovedWhileWritingLosesItsPicturesOnly)
+TEST_F(PictureQueues, AFolderRemovedWhileWritingLosesItsPicturesOnly)
 {
     BlockedPool pool;
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
@@ -191,7 +191,7 @@ TEST_F(PictureQueueTest, aFolderRemovedWhileWritingLosesItsPicturesOnly)
     EXPECT_FALSE(QDir(gone).exists());
 }
 
-TEST_F(PictureQueueTest, aFolderThatComesAndGoesNeverHoldsAPartOfAPicture)
+TEST_F(PictureQueues, AFolderThatComesAndGoesNeverHoldsAPartOfAPicture)
 {
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
     const QString folder = directory.filePath(QStringLiteral("folder/"));
@@ -221,7 +221,7 @@ TEST_F(PictureQueueTest, aFolderThatComesAndGoesNeverHoldsAPartOfAPicture)
 
 // What outlives the archive
 
-TEST_F(PictureQueueTest, anArchiveDestroyedWithTwentyWaitingStillWritesThem)
+TEST_F(PictureQueues, AnArchiveDestroyedWithTwentyWaitingStillWritesThem)
 {
     BlockedPool pool;
     auto archive = std::make_unique<PictureArchive>(settings, &Scribo::cvMat2QImage);
@@ -234,7 +234,7 @@ TEST_F(PictureQueueTest, anArchiveDestroyedWithTwentyWaitingStillWritesThem)
     expectPictures(20);
 }
 
-TEST_F(PictureQueueTest, archivesDestroyedWhileWritersRunStillWriteTheirPictures)
+TEST_F(PictureQueues, ArchivesDestroyedWhileWritersRunStillWriteTheirPictures)
 {
     constexpr int archives = 40;
     for (int i = 0; i < archives; ++i) {
@@ -247,7 +247,7 @@ TEST_F(PictureQueueTest, archivesDestroyedWhileWritersRunStillWriteTheirPictures
     expectPictures(5 * archives);
 }
 
-TEST_F(PictureQueueTest, theApplicationsEndWaitsForTheWriters)
+TEST_F(PictureQueues, TheApplicationsEndWaitsForTheWriters)
 {
     EXPECT_EQ(QProcess::execute(SCRIBO_APPLICATION_END, {directory.path()}), 0);
     expectPictures(PictureQueue::maxWaiting);

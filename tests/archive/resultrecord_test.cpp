@@ -30,7 +30,7 @@ void expectTypes(const QVariantMap& record)
 
 } // namespace
 
-TEST(ResultRecord, theTemplateHasEveryKeyAndNoContent)
+TEST(ResultRecord, TheTemplateHasEveryKeyAndNoContent)
 {
     const QVariantMap record = makeResultTemplate();
     expectTypes(record);
@@ -42,7 +42,7 @@ TEST(ResultRecord, theTemplateHasEveryKeyAndNoContent)
     EXPECT_EQ(makeResultTemplate(), record);
 }
 
-TEST(ResultRecord, anItemWithoutLinesHasEmptyListsBesideCountAndText)
+TEST(ResultRecord, AnItemWithoutLinesHasEmptyListsBesideCountAndText)
 {
     const QVariantMap record = makeResultRecord({}, -1, "");
     expectTypes(record);
@@ -51,7 +51,7 @@ TEST(ResultRecord, anItemWithoutLinesHasEmptyListsBesideCountAndText)
     EXPECT_EQ(record["resString"].toString(), "");
 }
 
-TEST(ResultRecord, linesThatAreOkAreLeftOut)
+TEST(ResultRecord, LinesThatAreOkAreLeftOut)
 {
     const QVariantMap record
         = makeResultRecord({line("A", 0.9, {1, 2, 3, 4}, true), line("B", 0.8, {5, 6, 7, 8}, true)}, 1, "B");
@@ -62,7 +62,7 @@ TEST(ResultRecord, linesThatAreOkAreLeftOut)
     EXPECT_EQ(record["resString"].toString(), "B");
 }
 
-TEST(ResultRecord, ofTwoLinesTheOneThatIsNgIsListed)
+TEST(ResultRecord, OfTwoLinesTheOneThatIsNgIsListed)
 {
     const QVariantMap record
         = makeResultRecord({line("A1", 0.9, {1, 2, 3, 4}, true), line("B2", 0.25, {5, 6, 7, 8}, false)}, 2, "B2");
@@ -71,7 +71,7 @@ TEST(ResultRecord, ofTwoLinesTheOneThatIsNgIsListed)
     EXPECT_EQ(record["defect_types"].toList(), QVariantList{QString("B2")});
 }
 
-TEST(ResultRecord, theListsKeepTheOrderOfTheLines)
+TEST(ResultRecord, TheListsKeepTheOrderOfTheLines)
 {
     const QVariantMap record = makeResultRecord({line("C", 0.3, {0, 0, 0, 0}, false), line("ok", 1, {9, 9, 9, 9}, true),
                                                     line(u8"批号", -1.0, {-5, -6, 7, 8}, false)},

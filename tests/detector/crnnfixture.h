@@ -28,7 +28,7 @@ public:
 
 /// An engine file, and the configuration of a network of height 32 and width up to 320 that reads
 /// A, B and D.
-class CrnnTest : public ::testing::Test
+class CrnnDetector : public ::testing::Test
 {
 protected:
     void SetUp() override

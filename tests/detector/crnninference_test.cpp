@@ -15,7 +15,7 @@ cv::Mat greyImage(int width, int height = 32)
     return {height, width, CV_8UC1, cv::Scalar(0)};
 }
 
-TEST_F(CrnnTest, ReadsCharacters)
+TEST_F(CrnnDetector, ReadsCharacters)
 {
     networkReads({0, 1, 1, 0, 1, 2, 3});
     const auto detector = makeDetector();
@@ -24,7 +24,7 @@ TEST_F(CrnnTest, ReadsCharacters)
     EXPECT_THAT(characters, ElementsAre("A", "A", "B", "D"));
 }
 
-TEST_F(CrnnTest, LogsEachStepOfADetection)
+TEST_F(CrnnDetector, LogsEachStepOfADetection)
 {
     networkReads({1, 2});
     const auto detector = makeDetector();
@@ -43,7 +43,7 @@ TEST_F(CrnnTest, LogsEachStepOfADetection)
             line("crnntrtdetector.cpp", "CRNN trt detected 2 character(s).")));
 }
 
-TEST_F(CrnnTest, VerboseLinesFollowTheVerbosity)
+TEST_F(CrnnDetector, VerboseLinesFollowTheVerbosity)
 {
     const auto detector = makeDetector();
     const int verbosity = FLAGS_v;
@@ -56,7 +56,7 @@ TEST_F(CrnnTest, VerboseLinesFollowTheVerbosity)
         ElementsAre("OCRDetector image preProcess resize to :[100 x 32]", "decodeOCR num:25--4"));
 }
 
-TEST_F(CrnnTest, AsksTheRuntimeInThisOrder)
+TEST_F(CrnnDetector, AsksTheRuntimeInThisOrder)
 {
     const auto detector = makeDetector();
     runtime.calls.clear();
@@ -67,7 +67,7 @@ TEST_F(CrnnTest, AsksTheRuntimeInThisOrder)
             "bindingIndex output", "copy 400 to host", "synchronize"));
 }
 
-TEST_F(CrnnTest, TheWidthFollowsTheAspectRatioWithinItsLimits)
+TEST_F(CrnnDetector, TheWidthFollowsTheAspectRatioWithinItsLimits)
 {
     const auto detector = makeDetector();
     const auto widthFor = [&](int columns, int rows) {
@@ -88,7 +88,7 @@ TEST_F(CrnnTest, TheWidthFollowsTheAspectRatioWithinItsLimits)
     EXPECT_EQ(widthFor(100000000, 1), 320);
 }
 
-TEST_F(CrnnTest, TheWidthFollowsTheConfiguredHeight)
+TEST_F(CrnnDetector, TheWidthFollowsTheConfiguredHeight)
 {
     config.height = 48;
     runtime.inputDims = makeDims({1, 3, 48, -1});
@@ -100,7 +100,7 @@ TEST_F(CrnnTest, TheWidthFollowsTheConfiguredHeight)
     EXPECT_EQ(runtime.runs.back().input.size(), 3U * 48 * 96);
 }
 
-TEST_F(CrnnTest, AConfiguredWidthBelow32Wins)
+TEST_F(CrnnDetector, AConfiguredWidthBelow32Wins)
 {
     config.width = 20;
     const auto detector = makeDetector();
@@ -111,7 +111,7 @@ TEST_F(CrnnTest, AConfiguredWidthBelow32Wins)
     EXPECT_EQ(runtime.runs.back().inputDims.d[3], 20);
 }
 
-TEST_F(CrnnTest, TheInputIsPlanar)
+TEST_F(CrnnDetector, TheInputIsPlanar)
 {
     constexpr int rows = 32;
     constexpr int columns = 40;
@@ -139,7 +139,7 @@ TEST_F(CrnnTest, TheInputIsPlanar)
     }
 }
 
-TEST_F(CrnnTest, LetterBoxesWhereTheModelDoes)
+TEST_F(CrnnDetector, LetterBoxesWhereTheModelDoes)
 {
     config.letter_box = true;
     const auto detector = makeDetector();
@@ -152,7 +152,7 @@ TEST_F(CrnnTest, LetterBoxesWhereTheModelDoes)
     EXPECT_NEAR(input[31], 0.0039215686, 1e-6);
 }
 
-TEST_F(CrnnTest, OutputsTakeTheirActualShapeFromEachRun)
+TEST_F(CrnnDetector, OutputsTakeTheirActualShapeFromEachRun)
 {
     const auto detector = makeDetector();
     std::vector<std::string> characters;
@@ -173,7 +173,7 @@ TEST_F(CrnnTest, OutputsTakeTheirActualShapeFromEachRun)
     EXPECT_EQ(output.byteSize, 40 * 2 * 3 * 4);
 }
 
-TEST_F(CrnnTest, ReadsSeveralOutputsInBindingOrder)
+TEST_F(CrnnDetector, ReadsSeveralOutputsInBindingOrder)
 {
     runtime.bindingNames = {"input", "first", "second"};
     config.output_layers = {"first", "second"};
@@ -189,7 +189,7 @@ TEST_F(CrnnTest, ReadsSeveralOutputsInBindingOrder)
     EXPECT_THAT(characters, ElementsAre("A", "B", "D", "D"));
 }
 
-TEST_F(CrnnTest, NothingReadIsASuccess)
+TEST_F(CrnnDetector, NothingReadIsASuccess)
 {
     const auto detector = makeDetector();
     const LogCapture log;
@@ -199,7 +199,7 @@ TEST_F(CrnnTest, NothingReadIsASuccess)
     EXPECT_EQ(log.count("CRNN trt detected 0 character(s)."), 1);
 }
 
-TEST_F(CrnnTest, AnEmptyImageIsRefused)
+TEST_F(CrnnDetector, AnEmptyImageIsRefused)
 {
     const auto detector = makeDetector();
     const LogCapture log;
@@ -209,7 +209,7 @@ TEST_F(CrnnTest, AnEmptyImageIsRefused)
     EXPECT_THAT(log.texts(google::GLOG_ERROR), ElementsAre("Invalid input image for CRNN trt detecting."));
 }
 
-TEST_F(CrnnTest, AnImageOfAnotherChannelCountFailsInPreProcessing)
+TEST_F(CrnnDetector, AnImageOfAnotherChannelCountFailsInPreProcessing)
 {
     const auto detector = makeDetector();
     for (const int channels : {2, 4}) {
@@ -223,7 +223,7 @@ TEST_F(CrnnTest, AnImageOfAnotherChannelCountFailsInPreProcessing)
     EXPECT_EQ(runtime.callCount("enqueue"), 0);
 }
 
-TEST_F(CrnnTest, WhatTheImageLibraryRaisesReachesTheCallerAndHarmsNothing)
+TEST_F(CrnnDetector, WhatTheImageLibraryRaisesReachesTheCallerAndHarmsNothing)
 {
     networkReads({1});
     const auto detector = makeDetector();
@@ -235,7 +235,7 @@ TEST_F(CrnnTest, WhatTheImageLibraryRaisesReachesTheCallerAndHarmsNothing)
     EXPECT_THAT(characters, ElementsAre("A"));
 }
 
-TEST_F(CrnnTest, CallersOnManyThreadsGetTheirOwnCharacters)
+TEST_F(CrnnDetector, CallersOnManyThreadsGetTheirOwnCharacters)
 {
     runtime.network = [](NetworkRun& run) {
         const auto seen = static_cast<int>(std::lround((run.input[0] + 1) * 127.5));
@@ -264,7 +264,7 @@ TEST_F(CrnnTest, CallersOnManyThreadsGetTheirOwnCharacters)
     }
 }
 
-TEST_F(CrnnTest, AnInputBeyondItsBufferIsRefused)
+TEST_F(CrnnDetector, AnInputBeyondItsBufferIsRefused)
 {
     const auto detector = makeDetector();
     for (const cv::Mat& image : {cv::Mat(32, 321, CV_32FC3), cv::Mat(64, 320, CV_32FC3), cv::Mat(32, 320, CV_32FC4),
@@ -277,7 +277,7 @@ TEST_F(CrnnTest, AnInputBeyondItsBufferIsRefused)
     EXPECT_EQ(runtime.callCount("copy"), 0);
 }
 
-TEST_F(CrnnTest, AnOutputBeyondItsBufferIsNotRead)
+TEST_F(CrnnDetector, AnOutputBeyondItsBufferIsNotRead)
 {
     const auto detector = makeDetector();
     nvinfer1::Dims error = makeDims({});
@@ -309,7 +309,7 @@ std::ostream& operator<<(std::ostream& stream, const InferenceFault& fault)
     return stream << fault.name;
 }
 
-class CrnnInferenceFault : public CrnnTest, public ::testing::WithParamInterface<InferenceFault>
+class CrnnInferenceFault : public CrnnDetector, public ::testing::WithParamInterface<InferenceFault>
 {
 };
 

@@ -15,7 +15,7 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST_F(CrnnTest, LoadsAnEngineOfDynamicWidth)
+TEST_F(CrnnDetector, LoadsAnEngineOfDynamicWidth)
 {
     const LogCapture log;
     const auto detector = makeDetector();
@@ -28,7 +28,7 @@ TEST_F(CrnnTest, LoadsAnEngineOfDynamicWidth)
     EXPECT_EQ(log.count("Initialize CRNN trt detector success."), 1);
 }
 
-TEST_F(CrnnTest, AllocatesOnceForTheFullWidth)
+TEST_F(CrnnDetector, AllocatesOnceForTheFullWidth)
 {
     const auto detector = makeDetector();
     EXPECT_THAT(runtime.calls,
@@ -38,7 +38,7 @@ TEST_F(CrnnTest, AllocatesOnceForTheFullWidth)
     EXPECT_EQ(runtime.callCount("malloc"), 2);
 }
 
-TEST_F(CrnnTest, DescribesItsOutputs)
+TEST_F(CrnnDetector, DescribesItsOutputs)
 {
     runtime.bindingNames = {"input", "first", "second"};
     runtime.outputDims = [](std::int32_t binding, std::int32_t width) {
@@ -70,27 +70,27 @@ TEST_F(CrnnTest, DescribesItsOutputs)
     EXPECT_EQ(runtime.callCount("malloc"), 3);
 }
 
-TEST_F(CrnnTest, TimeStepsAreAWholeQuarterOfTheWidth)
+TEST_F(CrnnDetector, TimeStepsAreAWholeQuarterOfTheWidth)
 {
     config.width = 103;
     EXPECT_EQ(makeDetector()->outputs[0].timeSteps, 25);
 }
 
-TEST_F(CrnnTest, GoesFromTheContextToTheRuntime)
+TEST_F(CrnnDetector, GoesFromTheContextToTheRuntime)
 {
     makeDetector().reset();
     const std::vector<std::string> end(runtime.calls.end() - 3, runtime.calls.end());
     EXPECT_THAT(end, ElementsAre("~context", "~engine", "~runtime"));
 }
 
-TEST_F(CrnnTest, DestroysOnlyWhatWasMade)
+TEST_F(CrnnDetector, DestroysOnlyWhatWasMade)
 {
     runtime.makesContext = false;
     makeDetector().reset();
     EXPECT_THAT(runtime.calls, ElementsAre("createRuntime", "~engine", "~runtime"));
 }
 
-TEST_F(CrnnTest, AllDetectorsShareOneLogger)
+TEST_F(CrnnDetector, AllDetectorsShareOneLogger)
 {
     makeDetector();
     const nvinfer1::ILogger* const first = runtime.logger;
@@ -98,7 +98,7 @@ TEST_F(CrnnTest, AllDetectorsShareOneLogger)
     EXPECT_EQ(runtime.logger, first);
 }
 
-TEST_F(CrnnTest, ReadsEngineBytesAsTheyAre)
+TEST_F(CrnnDetector, ReadsEngineBytesAsTheyAre)
 {
     const QByteArray bytes("\r\n\0\x1A\xFF\r\n", 7);
     enginePath = writeEngine(bytes);
@@ -106,7 +106,7 @@ TEST_F(CrnnTest, ReadsEngineBytesAsTheyAre)
     EXPECT_EQ(runtime.engineBytes, bytes.toStdString());
 }
 
-TEST_F(CrnnTest, AnEmptyFileIsLeftToDeserialisationToRefuse)
+TEST_F(CrnnDetector, AnEmptyFileIsLeftToDeserialisationToRefuse)
 {
     enginePath = writeEngine("");
     runtime.engineBytes = "not yet called";
@@ -118,7 +118,7 @@ TEST_F(CrnnTest, AnEmptyFileIsLeftToDeserialisationToRefuse)
         log.texts(google::GLOG_ERROR), ElementsAre("De-serialize CRNN trt engine failed from file: " + enginePath));
 }
 
-TEST_F(CrnnTest, FoldersAndPipesCannotBeOpened)
+TEST_F(CrnnDetector, FoldersAndPipesCannotBeOpened)
 {
     const std::string pipe = folder.filePath("pipe").toStdString();
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -131,7 +131,7 @@ TEST_F(CrnnTest, FoldersAndPipesCannotBeOpened)
     EXPECT_THAT(runtime.calls, IsEmpty());
 }
 
-TEST_F(CrnnTest, ARuntimeOfAnotherVersionIsNoEngine)
+TEST_F(CrnnDetector, ARuntimeOfAnotherVersionIsNoEngine)
 {
     runtime.makesRuntime = false;
     const LogCapture log;
@@ -140,14 +140,14 @@ TEST_F(CrnnTest, ARuntimeOfAnotherVersionIsNoEngine)
         log.texts(google::GLOG_ERROR), ElementsAre("De-serialize CRNN trt engine failed from file: " + enginePath));
 }
 
-TEST_F(CrnnTest, TwoInputLayersAreRefusedBeforeAnyBindingIsLookedUp)
+TEST_F(CrnnDetector, TwoInputLayersAreRefusedBeforeAnyBindingIsLookedUp)
 {
     config.input_layers = {"input", "more"};
     makeDetector();
     EXPECT_EQ(runtime.callCount("bindingIndex"), 0);
 }
 
-TEST_F(CrnnTest, TheFirstMisplacedOutputIsNamed)
+TEST_F(CrnnDetector, TheFirstMisplacedOutputIsNamed)
 {
     runtime.bindingNames = {"input", "a", "b", "c"};
     config.output_layers = {"a", "c", "b"};
@@ -156,7 +156,7 @@ TEST_F(CrnnTest, TheFirstMisplacedOutputIsNamed)
     EXPECT_THAT(log.texts(google::GLOG_ERROR), ElementsAre("Get CRNN trt engine output binding failed for layer: c"));
 }
 
-TEST_F(CrnnTest, HoldsThreePlanesForAnEngineOfOneChannel)
+TEST_F(CrnnDetector, HoldsThreePlanesForAnEngineOfOneChannel)
 {
     config.channels = 1;
     runtime.inputDims = makeDims({1, 1, 32, -1});
@@ -172,7 +172,7 @@ TEST_F(CrnnTest, HoldsThreePlanesForAnEngineOfOneChannel)
     EXPECT_FLOAT_EQ(runtime.runs.back().input.back(), 1.0F);
 }
 
-TEST_F(CrnnTest, ZeroesWhatIsBeyondThreePlanes)
+TEST_F(CrnnDetector, ZeroesWhatIsBeyondThreePlanes)
 {
     for (const auto& [batch, channels] : {std::pair(1, 4), std::pair(2, 3)}) {
         config.batch = batch;
@@ -207,7 +207,7 @@ std::ostream& operator<<(std::ostream& stream, const LoadingFault& fault)
     return stream << fault.name;
 }
 
-class CrnnLoadingFault : public CrnnTest, public ::testing::WithParamInterface<LoadingFault>
+class CrnnLoadingFault : public CrnnDetector, public ::testing::WithParamInterface<LoadingFault>
 {
 };
 
