@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # For the scripts to source: what they say about themselves is the comment at their head.
 
 # usage FILE: prints it.
