@@ -20,7 +20,7 @@ using Result = tl::expected<T, Error>;
 /// What a function that returns a Result returns when it fails.
 inline tl::unexpected<Error> failure(std::string message)
 {
-    return tl::unexpected<Error>(Error { std::move(message) });
+    return tl::unexpected<Error>(Error{std::move(message)});
 }
 
 } // namespace scribo
