@@ -30,11 +30,17 @@ protected:
         ASSERT_TRUE(QDir(station.path()).mkdir("model") && QDir::setCurrent(station.path()));
         write("ocr_printed_p1_1_v1.trt", engine);
         write("ocr_printed_p1_1.json", QJsonDocument(configuration).toJson());
-        tool.picture = cv::Mat(40, 200, CV_8UC1, cv::Scalar(230));
-        cv::putText(tool.picture, "A4827", {20, 30}, cv::FONT_HERSHEY_DUPLEX, 1.0, cv::Scalar(20), 2, cv::LINE_AA);
+        tool.picture = print("A4827");
         tool.taughtRegions = {QRectF(0, 0, 200, 40)};
         reading = readWithGoodPackage();
         ASSERT_FALSE(reading.isEmpty());
+    }
+
+    static cv::Mat print(const char* text)
+    {
+        cv::Mat picture(40, 200, CV_8UC1, cv::Scalar(230));
+        cv::putText(picture, text, {20, 30}, cv::FONT_HERSHEY_DUPLEX, 1.0, cv::Scalar(20), 2, cv::LINE_AA);
+        return picture;
     }
 
     QString readWithGoodPackage()
@@ -130,6 +136,13 @@ TEST_F(BrokenPackage, AlphabetTooShort)
     write("ocr_alphabet_p1_1.json", QJsonDocument(changed).toJson());
     write("ocr_alphabet_p1_1_v1.trt", engine);
     expectFaults("alphabet", "unknown error!");
+
+    // A print without letters loses nothing.
+    tool.picture = print("4827");
+    const auto broken = plugin.makeInstance(&tool, "ocr_alphabet_p1_1_v1.trt");
+    broken->process(&tool, 0);
+    EXPECT_TRUE(broken->isResultOk(0));
+    EXPECT_EQ(broken->resultRecord(0)["resString"], "4827");
 }
 
 TEST_F(BrokenPackage, EngineDamaged)

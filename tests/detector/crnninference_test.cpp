@@ -264,6 +264,30 @@ TEST_F(CrnnDetector, CallersOnManyThreadsGetTheirOwnCharacters)
     }
 }
 
+TEST_F(CrnnDetector, AClassThatTheAlphabetLacksFailsNoOtherCallersReading)
+{
+    config.alphabet = {"A", "B"};
+    runtime.network = [](NetworkRun& run) {
+        const auto seen = static_cast<int>(std::lround((run.input[0] + 1) * 127.5));
+        const std::vector<float> scores = scoresOf({1, 0, seen});
+        std::copy(scores.begin(), scores.end(), run.outputs[0].begin());
+    };
+    const auto detector = makeDetector();
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 4; ++caller) {
+        callers.emplace_back([&, lacks = caller % 2 == 0] {
+            for (int i = 0; i < 100; ++i) {
+                std::vector<std::string> characters = {"old"};
+                EXPECT_EQ(detector->detect(cv::Mat(32, 32, CV_8UC1, cv::Scalar(lacks ? 3 : 2)), characters), !lacks);
+                EXPECT_EQ(characters, lacks ? std::vector<std::string>() : std::vector<std::string>({"A", "B"}));
+            }
+        });
+    }
+    for (std::thread& caller : callers) {
+        caller.join();
+    }
+}
+
 TEST_F(CrnnDetector, AnInputBeyondItsBufferIsRefused)
 {
     const auto detector = makeDetector();

@@ -49,6 +49,7 @@ public:
         return characters;
     }
 
+    using OCRDetector::leftOutCharacter;
     using OCRDetector::outputs;
 
 private:
@@ -234,18 +235,34 @@ TEST(DecodeOCR, ACharacterOfSeveralBytesIsOneElement)
     const LogCapture log;
     EXPECT_THAT(decoder.decode(), ElementsAre("\xE6\x95\xB0", "B"));
     EXPECT_EQ(log.count("decodeOCR delete char:\xE6\x95\xB0"), 1);
-    EXPECT_FALSE(decoder.leftOutCharacters());
+    EXPECT_FALSE(decoder.leftOutCharacter());
 }
 
-TEST(DecodeOCR, AClassWithoutCharacterIsSkippedWithALine)
+TEST(DecodeOCR, AClassWithoutCharacterIsSkippedWithOneLineAReading)
 {
     Decoder decoder({"A"});
     decoder.addTensor(stepsOf({1, 3, 3, 1, 2, 0}));
     const LogCapture log;
     EXPECT_THAT(decoder.decode(), ElementsAre("A", "A"));
-    EXPECT_EQ(log.count("decodeOCR has no alphabet entry for class: 3"), 2);
-    EXPECT_EQ(log.count("decodeOCR has no alphabet entry for class: 2"), 1);
-    EXPECT_TRUE(decoder.leftOutCharacters());
+    EXPECT_THAT(log.texts(google::GLOG_ERROR), ElementsAre("decodeOCR has no alphabet entry for class: 3"));
+    EXPECT_TRUE(decoder.leftOutCharacter());
+}
+
+TEST(DecodeOCR, AClassWithoutCharacterIsForgottenWithTheNextReading)
+{
+    Decoder decoder({"A"});
+    decoder.addTensor(stepsOf({2}));
+    decoder.addTensor(stepsOf({3, 1}));
+    const LogCapture log;
+    EXPECT_THAT(decoder.decode(), ElementsAre("A"));
+    EXPECT_TRUE(decoder.leftOutCharacter());
+    EXPECT_THAT(log.texts(google::GLOG_ERROR), ElementsAre("decodeOCR has no alphabet entry for class: 2"));
+
+    decoder.outputs.front().timeSteps = 0;
+    decoder.outputs.back().timeSteps = 0;
+    EXPECT_THAT(decoder.decode(), IsEmpty());
+    EXPECT_FALSE(decoder.leftOutCharacter());
+    EXPECT_EQ(log.texts(google::GLOG_ERROR).size(), 1U);
 }
 
 TEST(DecodeOCR, TheConfidenceThresholdTakesNoPart)

@@ -337,26 +337,44 @@ TEST_F(Analyser, AFailedDetectionIsReportedAndTheNextOneRuns)
     EXPECT_EQ(results.size(), 1U);
 }
 
-TEST_F(Analyser, AnAlphabetThatLackedACharacterOnceIsNotTrustedAgain)
+TEST_F(Analyser, AClassThatTheAlphabetLacksFailsItsOwnReadingOnly)
 {
-    OCRAnalyser analyser(writeModel());
+    const QString path = writeModel();
+    OCRAnalyser analyser(path);
+    OCRAnalyser sharing(path);
+    ASSERT_EQ(sharing.detector(), analyser.detector());
     const cv::Mat image(8, 8, CV_8UC1, cv::Scalar(0));
-    networkReads({1});
-    EXPECT_EQ(analyser.execute(image, results), 1);
 
-    // A fifth class, for which the alphabet has no character.
+    // A fifth class, for which the alphabet has no character, beside one that it has.
     const auto fourClasses = runtime.outputDims;
     runtime.outputDims = [](int, int width) { return makeDims({width / 4, 1, 5}); };
-    runtime.network = [](NetworkRun& run) { run.outputs[0][4] = 0.9F; };
-    log.take();
-    EXPECT_EQ(analyser.execute(image, results), -3);
-    EXPECT_THAT(results, IsEmpty());
-    EXPECT_THAT(
-        log.take(), ElementsAre(QtLogCapture::Line{QtCriticalMsg, "Internal error, detection failed.", "", ""}));
+    runtime.network = [](NetworkRun& run) {
+        for (const std::size_t step : {0, 1, 3, 5}) {
+            run.outputs[0][step * 5 + 4] = 0.9F;
+        }
+        run.outputs[0][4 * 5 + 1] = 0.9F;
+    };
+    for (int reading = 0; reading < 2; ++reading) {
+        const LogCapture detectorLog;
+        log.take();
+        results.resize(1);
+        EXPECT_EQ(analyser.execute(image, results), -3);
+        EXPECT_THAT(results, IsEmpty());
+        EXPECT_EQ(analyser.errorMessage(), "Internal error, detection failed.");
+        EXPECT_THAT(
+            log.take(), ElementsAre(QtLogCapture::Line{QtCriticalMsg, "Internal error, detection failed.", "", ""}));
+        EXPECT_THAT(detectorLog.texts(google::GLOG_ERROR),
+            ElementsAre("decodeOCR has no alphabet entry for class: 4", "CRNN trt request inference failed."));
+    }
 
     runtime.outputDims = fourClasses;
     networkReads({1});
-    EXPECT_EQ(analyser.execute(image, results), -3);
+    for (OCRAnalyser* const later : {&analyser, &sharing}) {
+        EXPECT_EQ(later->execute(image, results), 1);
+        ASSERT_EQ(results.size(), 1U);
+        EXPECT_EQ(results[0].text, "A");
+    }
+    EXPECT_TRUE(OCRAnalyser(path).isInitialized());
 }
 
 TEST_F(Analyser, WhatTheImageLibraryRaisesIsAFailedDetection)

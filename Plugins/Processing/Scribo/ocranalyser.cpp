@@ -111,8 +111,7 @@ int OCRAnalyser::execute(const cv::Mat& image, std::vector<SOrgAI_ResInfo>& resu
         return -2;
     }
     std::vector<std::string> characters;
-    // A reading without the characters that the alphabet lacks could pass for a right one.
-    if (!detectCharacters(*state.detector, image, characters) || state.detector->leftOutCharacters()) {
+    if (!detectCharacters(*state.detector, image, characters)) {
         fail(qCritical(), QStringLiteral("Internal error, detection failed."));
         return -3;
     }

@@ -275,6 +275,11 @@ bool CRNNTRTDetector::infer(cv::Mat image, const cv::Size& /*sourceSize*/, std::
     }
     VLOG(0) << "Decode CRNN TensorRT output tensors.";
     decodeOCR(characters);
+    if (leftOutCharacter()) {
+        // What is left of the reading could pass for a right one.
+        characters.clear();
+        return false;
+    }
     return true;
 }
 

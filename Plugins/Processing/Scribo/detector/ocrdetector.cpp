@@ -153,12 +153,16 @@ void OCRDetector::resizeImage(cv::Mat image, cv::Mat& output, const cv::Size& ta
 
 void OCRDetector::decodeOCR(std::vector<std::string>& characters)
 {
+    missingClass = 0;
     for (std::size_t i = 0; i < config.output_layers.size(); ++i) {
         if (i == outputs.size()) {
             LOG(ERROR) << "decodeOCR has no output tensor for layer: " << config.output_layers[i];
-            return;
+            break;
         }
         decodeTensor(outputs[i], characters);
+    }
+    if (leftOutCharacter()) {
+        LOG(ERROR) << "decodeOCR has no alphabet entry for class: " << missingClass;
     }
 }
 
@@ -175,8 +179,7 @@ void OCRDetector::decodeTensor(const OutputTensor& tensor, std::vector<std::stri
             continue;
         }
         if (static_cast<std::size_t>(best) > config.alphabet.size()) {
-            LOG(ERROR) << "decodeOCR has no alphabet entry for class: " << best;
-            alphabetTooShort = true;
+            missingClass = leftOutCharacter() ? missingClass : best;
             continue;
         }
         const std::string& character = config.alphabet[static_cast<std::size_t>(best) - 1];

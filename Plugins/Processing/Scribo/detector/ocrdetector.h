@@ -51,10 +51,6 @@ public:
     /// Whether the engine is loaded and usable.
     bool isReady() const { return ready; }
 
-    /// Whether the network has ever chosen a class for which the alphabet has no character. Such characters are left
-    /// out of a reading, so the model package does not fit and no reading of it is to be trusted.
-    bool leftOutCharacters() const { return alphabetTooShort; }
-
     /// Sets the configuration's class confidence threshold. Decoding keeps its own fixed floor.
     /// Always true.
     bool setConfidenceThreshold(float threshold);
@@ -86,7 +82,12 @@ protected:
 
     /// Appends the characters that the last inference's `outputs` hold. Greedy CTC: the best class of
     /// every step, repeats collapsed, class 0 the blank (Graves et al., ICML 2006, best path decoding).
+    /// A class for which the alphabet has no character is skipped: see leftOutCharacter().
     void decodeOCR(std::vector<std::string>& characters);
+
+    /// Whether the last decodeOCR() skipped a class for which the alphabet has no character. Its characters are then
+    /// not what the network read. For the thread that decodes only.
+    bool leftOutCharacter() const { return missingClass != 0; }
 
     DetectorConfig config;
     std::vector<OutputTensor> outputs;
@@ -105,7 +106,7 @@ private:
     void decodeTensor(const OutputTensor& tensor, std::vector<std::string>& characters);
 
     std::atomic<bool> stopRequested = false;
-    std::atomic<bool> alphabetTooShort = false;
+    std::int32_t missingClass = 0; ///< the first that the last decoding skipped; 0: none
     std::unique_ptr<std::thread> worker;
     BlockingQueue<InferRequest> requests;
 };
