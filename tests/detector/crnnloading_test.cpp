@@ -242,6 +242,15 @@ TEST_P(CrnnLoadingFault, IsLoggedAndLeavesTheDetectorNotReady)
     EXPECT_EQ(runtime.callCount("enqueue"), 0);
 }
 
+TEST_F(CrnnDetector, HasHostMemoryForAnOutputBeforeItAsksForDeviceMemory)
+{
+    runtime.failingMallocs = {2};
+    const auto detector = makeDetector();
+    EXPECT_FALSE(detector->isReady());
+    EXPECT_NE(detector->outputs[0].hostBuffer, nullptr);
+    EXPECT_EQ(detector->outputs[0].deviceBuffer, nullptr);
+}
+
 const char* const outOfMemory = "Last CUDA error: out of memory, says the double";
 
 const LoadingFault loadingFaults[] = {

@@ -78,18 +78,21 @@ std::int64_t outputByteSize(const nvinfer1::Dims& dims)
     return byteSizeOf(dims, std::min<std::int32_t>(dims.nbDims, nvinfer1::Dims::MAX_DIMS));
 }
 
-/// Host memory, zeroed, and device memory for one tensor; neither is ever freed.
-cudaError_t allocateBuffers(std::int64_t hostBytes, float** host, std::int64_t deviceBytes, void** device)
+bool isAllocatable(std::int64_t bytes)
 {
-    if (deviceBytes < 0 || std::max(hostBytes, deviceBytes) >= tooManyBytes) {
-        return cudaErrorMemoryAllocation;
-    }
-    const cudaError_t error = cudaMalloc(device, static_cast<std::size_t>(deviceBytes));
-    if (error != cudaSuccess) {
-        return error;
-    }
-    *host = new (std::nothrow) float[static_cast<std::size_t>(hostBytes / floatBytes)]();
-    return *host ? cudaSuccess : cudaErrorMemoryAllocation;
+    return bytes >= 0 && bytes < tooManyBytes;
+}
+
+/// Host memory for one tensor, zeroed; never freed. Null when there is none to be had.
+float* allocateHost(std::int64_t bytes)
+{
+    return isAllocatable(bytes) ? new (std::nothrow) float[static_cast<std::size_t>(bytes / floatBytes)]() : nullptr;
+}
+
+/// Device memory for one tensor; never freed.
+cudaError_t allocateDevice(std::int64_t bytes, void** device)
+{
+    return isAllocatable(bytes) ? cudaMalloc(device, static_cast<std::size_t>(bytes)) : cudaErrorMemoryAllocation;
 }
 
 void setShape(OutputTensor& output, const nvinfer1::Dims& dims, std::int32_t timeSteps)
@@ -167,7 +170,11 @@ bool CRNNTRTDetector::bindInput()
     planes.d[1] = inputPlanes;
     inputHostCapacity = std::max(inputSize, inputByteSize(planes));
     inputDeviceCapacity = inputSize;
-    const cudaError_t error = allocateBuffers(inputHostCapacity, &inputHost, inputSize, &inputDevice);
+    cudaError_t error = allocateDevice(inputSize, &inputDevice);
+    if (error == cudaSuccess) {
+        inputHost = allocateHost(inputHostCapacity);
+        error = inputHost ? cudaSuccess : cudaErrorMemoryAllocation;
+    }
     if (error != cudaSuccess) {
         LOG(ERROR) << "CRNN trt input cuda memory allocation failed, size = " << inputSize << " bytes";
         logCudaError(error);
@@ -190,8 +197,9 @@ bool CRNNTRTDetector::bindOutputs()
         // The steps at the full width; every inference replaces them by the actual ones.
         setShape(
             output, context->getBindingDimensions(static_cast<std::int32_t>(i) + 1), config.width / pixelsPerTimeStep);
+        output.hostBuffer = allocateHost(output.byteSize);
         const cudaError_t error
-            = allocateBuffers(output.byteSize, &output.hostBuffer, output.byteSize, &output.deviceBuffer);
+            = output.hostBuffer ? allocateDevice(output.byteSize, &output.deviceBuffer) : cudaErrorMemoryAllocation;
         if (error != cudaSuccess) {
             LOG(ERROR) << "CRNN trt output" << output.name
                        << "cuda memory allocation failed, size = " << output.byteSize << " bytes";
