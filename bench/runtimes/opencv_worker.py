@@ -29,7 +29,7 @@ def constants_of(graph):
 
 
 def with_attribute_axes(graph):
-    """Squeeze and Unsqueeze with their axes as an attribute, as they were before operator set 13."""
+    """Gives Squeeze and Unsqueeze their axes as an attribute, as before operator set 13."""
     constants = constants_of(graph)
     for node in graph.node:
         if node.op_type in ("Squeeze", "Unsqueeze") and len(node.input) > 1:
@@ -38,7 +38,7 @@ def with_attribute_axes(graph):
 
 
 def without_zero_states(graph):
-    """LSTMs without their initial states, which exporters compute from the width and OpenCV cannot."""
+    """Removes the initial states of LSTMs: exporters compute them from the width, OpenCV cannot."""
     for node in graph.node:
         if node.op_type == "LSTM":
             del node.input[5:]

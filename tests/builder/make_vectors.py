@@ -15,14 +15,15 @@ import tempfile
 import onnx
 import torch
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "training"))
-from scribokit import model as kit
-from scribokit.exporting import write_onnx
-
-import layer_cases  # Both register theirs in CASES.
-import recogniser_cases
+import layer_cases  # noqa: F401 (registers its cases in CASES)
+import recogniser_cases  # noqa: F401 (the same)
 from handmade_cases import HANDMADE
 from torch_vectors import CASES, data_sets, exported, settle, write_case
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "training"))
+# The kit lies in training/, which has to be on the path first.
+from scribokit import model as kit  # noqa: E402
+from scribokit.exporting import write_onnx  # noqa: E402
 
 FOLDER = pathlib.Path(__file__).resolve().parent / "vectors"
 

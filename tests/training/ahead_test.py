@@ -164,7 +164,8 @@ class Training(unittest.TestCase):
                 (training.wait(60), errors),
                 (
                     1,
-                    "stopped; the same command goes on from the latest checkpoint, if there is one\n",
+                    "stopped; the same command goes on from the latest checkpoint, "
+                    "if there is one\n",
                 ),
             )
 

@@ -215,7 +215,8 @@ class Inspecting(unittest.TestCase):
     def test_takes_the_text_of_each_picture(self):
         lines = (
             '{"picture": "/a/000001.png", "regions": [{"text": "B"}], "verdict": "OK"}\n\n'
-            '{"picture": "000000.png", "regions": [{"text": "A"}, {"text": "C"}], "verdict": "NG"}\n'
+            '{"picture": "000000.png", "regions": [{"text": "A"}, {"text": "C"}], '
+            '"verdict": "NG"}\n'
         )
         self.assertEqual(readings(lines), {"000001.png": "B", "000000.png": "AC"})
 

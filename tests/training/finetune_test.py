@@ -116,7 +116,7 @@ class Command(unittest.TestCase):
         (folder / "C1_T1ROI1_1121_075610_999_DAMAGED.bmp").write_bytes(b"BM")
 
     def model(self, root, classes=12):
-        """m.onnx for the alphabet of m.json, which has a class and an ignored character of its own."""
+        """m.onnx for the alphabet of m.json, which has its own class and ignored character."""
         (Path(root) / "m.json").write_text(
             '{"classes": [{"name": "1A"}], "ignore_char": "0", "alphabet": "A0123456789"}'
         )

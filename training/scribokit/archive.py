@@ -22,7 +22,7 @@ _NAME = re.compile(
 
 
 def reading_of(file_name):
-    """The reading in an archived picture's name, or None when the name is not one of the archive's."""
+    """The reading in an archived picture's name, or None when the name is no archive's."""
     match = _NAME.match(file_name)
     return match.group("reading") if match else None
 

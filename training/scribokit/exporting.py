@@ -10,7 +10,7 @@ import onnx
 import torch
 from onnx import TensorProto, helper
 
-from .model import STRETCH, folded, from_onnx
+from .model import STRETCH, folded, from_onnx, weight_count
 
 OPSET = 13
 TOLERANCE = 1e-4
@@ -133,8 +133,9 @@ def card_text(name, model, alphabet, training, results, weaknesses, fonts):
     rows = [
         (
             "network",
-            f"{stretch}{len(widths)} convolutions ({widths[0]} to {widths[-1]} channels) with ReLU, four max pools, one "
-            f"bidirectional LSTM of {model.shape.hidden}, one linear layer; {sum(p.numel() for p in folded(model).parameters()):,} weights",
+            f"{stretch}{len(widths)} convolutions ({widths[0]} to {widths[-1]} channels) with "
+            f"ReLU, four max pools, one bidirectional LSTM of {model.shape.hidden}, one linear layer; "
+            f"{weight_count(folded(model)):,} weights",
         ),
         (
             "input",
@@ -142,8 +143,8 @@ def card_text(name, model, alphabet, training, results, weaknesses, fonts):
         ),
         (
             "output",
-            f"`output`, steps×1×{len(alphabet) + 1} soft-max scores, {steps}; class 0 is the blank, class k the "
-            "k-th character of the alphabet",
+            f"`output`, steps×1×{len(alphabet) + 1} soft-max scores, {steps}; class 0 is the "
+            "blank, class k the k-th character of the alphabet",
         ),
         ("alphabet", f"`{alphabet}`"),
     ] + list(training)

@@ -155,7 +155,8 @@ def from_onnx(path):
         or len(kinds["Resize"]) != (STRETCH in weights)
     ):
         raise ValueError(
-            f"{path}: not a model of convolutions in {len(POOLS) + 1} stages, one LSTM and one linear layer"
+            f"{path}: not a model of convolutions in {len(POOLS) + 1} stages, "
+            "one LSTM and one linear layer"
         )
     lstm, linear = kinds["LSTM"][0], kinds["MatMul"][-1]
     bias = next(

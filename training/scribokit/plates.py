@@ -189,7 +189,7 @@ def seals(scene, x, width, dice):
 
 
 def frame(scene, face, edge, dice):
-    """The holder of a plate, with a dealer's name cut out of its lower bar; gives its outer edge."""
+    """The holder of a plate, a dealer's name cut out of its lower bar; gives its outer edge."""
     side, above, below = (
         CAP_HEIGHT * dice.uniform(low, high)
         for low, high in ((0.05, 0.2), (0.05, 0.2), (0.08, 0.45))

@@ -9,8 +9,8 @@ import os
 # instead of 2.66 s beside a program that never rests).
 os.environ.setdefault("OMP_WAIT_POLICY", "passive")
 
-import cv2
-import torch
+import cv2  # noqa: E402 (behind the setting above)
+import torch  # noqa: E402
 
 # Of malloc.h: what mallopt() sets.
 _TRIM_THRESHOLD, _MMAP_THRESHOLD, _ARENA_MAX = -1, -3, -8

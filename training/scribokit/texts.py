@@ -145,10 +145,12 @@ CODE_PATTERNS = (
     "99 9 99999",
 )
 WORDS = (
-    "LOT EXP BEST BEFORE MADE IN CHINA GERMANY MEXICO USA BATCH DATE CODE SERIAL MODEL TYPE PART NO SIZE NET WEIGHT STERILE FRAGILE "
-    "KEEP DRY USE BY END MFG PROD PACK UNIT TEST PASS FAIL LEFT RIGHT FRONT BACK OPEN CLOSE START STOP POWER INPUT OUTPUT GROUND "
-    "Volt Watt Made Batch Lot Exp Type Model Serial Best before Date Code Part number Line Shift Valve Pump Motor Filter Class "
-    "HOTEL TAXI POLICE TRUCK SUPER MUSTANG LUCKY RACER FAST QUICK ZEPHYR JUMBO VOYAGE BOXER KING QUEEN WIZARD"
+    "LOT EXP BEST BEFORE MADE IN CHINA GERMANY MEXICO USA BATCH DATE CODE SERIAL MODEL TYPE "
+    "PART NO SIZE NET WEIGHT STERILE FRAGILE KEEP DRY USE BY END MFG PROD PACK UNIT TEST PASS "
+    "FAIL LEFT RIGHT FRONT BACK OPEN CLOSE START STOP POWER INPUT OUTPUT GROUND Volt Watt Made "
+    "Batch Lot Exp Type Model Serial Best before Date Code Part number Line Shift Valve Pump "
+    "Motor Filter Class HOTEL TAXI POLICE TRUCK SUPER MUSTANG LUCKY RACER FAST QUICK ZEPHYR "
+    "JUMBO VOYAGE BOXER KING QUEEN WIZARD"
 ).split()
 # Letters and digits that look like each other and are still told apart at a height of twelve
 # pixels. Not 0 and D, whose corners are lost there: a reader that often meets D among digits reads
@@ -222,6 +224,7 @@ def date_text(dice):
     year, month, day = dice.randint(2015, 2039), dice.randint(1, 12), dice.randint(1, 31)
     mark = dice.choice("-/.")
     short = f"{year % 100:02d}"
+    clock = f"{dice.randint(0, 23):02d}:{dice.randint(0, 59):02d}"
     return dice.choice(
         (
             f"{year}{mark}{month:02d}{mark}{day:02d}",
@@ -235,7 +238,7 @@ def date_text(dice):
             f"EXP:{month:02d}.{short}",
             f"EXP {month:02d}/{year}",
             f"{short}{month:02d}{day:02d}",
-            f"{day:02d}{mark}{month:02d}{mark}{short} {dice.randint(0, 23):02d}:{dice.randint(0, 59):02d}",
+            f"{day:02d}{mark}{month:02d}{mark}{short} {clock}",
         )
     )
 
@@ -278,7 +281,7 @@ def _shows_its_size(text):
 
 
 def _shows_its_digits(text):
-    """Whether 0 and 1, if there are any, stand beside another digit, which tells them from O and I."""
+    """Whether 0 and 1, if there are any, stand beside another digit, which tells them from O, I."""
     digits = set(text) & set(DIGITS)
     return not digits or not digits <= set("01")
 
