@@ -134,8 +134,8 @@ def card_text(name, model, alphabet, training, results, weaknesses, fonts):
         (
             "network",
             f"{stretch}{len(widths)} convolutions ({widths[0]} to {widths[-1]} channels) with "
-            f"ReLU, four max pools, one bidirectional LSTM of {model.shape.hidden}, one linear layer; "
-            f"{weight_count(folded(model)):,} weights",
+            f"ReLU, four max pools, one bidirectional LSTM of {model.shape.hidden}, one linear "
+            f"layer; {weight_count(folded(model)):,} weights",
         ),
         (
             "input",
