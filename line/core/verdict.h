@@ -52,7 +52,7 @@ using SharedPicture = std::shared_ptr<const cv::Mat>;
 /// The answer to one trigger. Every trigger has exactly one, in the order of the triggers.
 struct Verdict
 {
-    std::uint64_t sequence = 0; ///< from 1; grows by one with each trigger, over restarts too
+    std::uint64_t sequence = 0; ///< from 1; one more with each trigger; a restart leaves some out but repeats none
     QDateTime takenAt; ///< when the picture was taken, else when the trigger came; UTC
     QString job; ///< the job's name; empty: none
     int jobNumber = 0;

@@ -7,7 +7,7 @@ namespace scribo::line {
 
 /// Where verdicts go. The engine calls a sink on its own threads, one call at a time, in the order of the sequence
 /// numbers. A call must return at once, whatever is the matter with the disk or the network behind it: a sink that
-/// has slow work hands it to a thread of its own. Nothing throws.
+/// has slow work hands it to a thread of its own. A call must not call the engine back. Nothing throws.
 class VerdictSink
 {
 public:
