@@ -51,7 +51,7 @@ public:
         ++opened;
     }
 
-    line::Result<void> configure(const QJsonObject& settings) override
+    Result<void> configure(const QJsonObject& settings) override
     {
         const std::lock_guard lock(mutex);
         configured.push_back(settings);
@@ -104,7 +104,7 @@ public:
         return configured;
     }
 
-    std::function<line::Result<void>()> configuring = [] { return line::Result<void>(); };
+    std::function<Result<void>()> configuring = [] { return Result<void>(); };
     std::atomic<int> opened{0};
     std::atomic<int> closed{0};
     std::atomic<Mode> openedAs{Mode::triggered};
