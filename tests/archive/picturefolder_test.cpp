@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLocale>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QThreadPool>
@@ -430,4 +431,25 @@ TEST_F(PictureFolders, ShowsTheFirstRemovableDiskOrTheSystemDisk)
     table.resize(0);
     archive.refreshSaveLocation();
     EXPECT_EQ(settings.savePathText, QStringLiteral("系统盘")) << "all gone";
+}
+
+TEST_F(PictureFolders, DatesAndTimesAreDigits0To9InEveryLocale)
+{
+    if (qgetenv("LC_ALL").startsWith("fa_IR")) {
+        ASSERT_EQ(QLocale::system().zeroDigit(), QChar(0x6F0)) << "or this run shows nothing";
+    }
+    saveAll(true);
+    const QLocale before;
+    int number = 0;
+    for (const QLocale& locale : {QLocale(QLocale::Persian), QLocale(QLocale::Arabic, QLocale::Egypt), QLocale::c()}) {
+        QLocale::setDefault(locale);
+        tool.removable.clear();
+        save(okRecord(), ++number);
+        const QStringList expected = {QString("C1_T1ROI%1_1112_094323_421_LOT4827.bmp").arg(number)};
+        EXPECT_EQ(filesIn(modelFolder() + "OK"), expected);
+        tool.removable = directory.path();
+        EXPECT_EQ(folderOf(okRecord()), directory.path() + "/AISavePic_20211112/tavoro_p1_1_C1_T1/OK/");
+        QDir(modelFolder()).removeRecursively();
+    }
+    QLocale::setDefault(before);
 }

@@ -5,6 +5,7 @@
 
 #include <QCalendar>
 #include <QDir>
+#include <QLocale>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -23,6 +24,12 @@ Tool* asTool(ToolInterface* tool)
     return dynamic_cast<Tool*>(tool);
 }
 
+/// A time in the digits 0 to 9. QDateTime::toString() takes those of the system's language.
+QString written(const QDateTime& time, const QString& format)
+{
+    return QLocale::c().toString(time, format);
+}
+
 /// Where the models' folders stand. A removable disk is not limited.
 struct Base
 {
@@ -35,7 +42,7 @@ Base baseOf(ToolInterface* tool, const QDateTime& now)
     const QString disk = tool->removableDiskPath();
     if (!disk.isEmpty()) {
         return {
-            disk + QStringLiteral("/AISavePic_") + now.toString(QStringLiteral("yyyyMMdd")) + QLatin1Char('/'), true};
+            disk + QStringLiteral("/AISavePic_") + written(now, QStringLiteral("yyyyMMdd")) + QLatin1Char('/'), true};
     }
     Tool* const systemTool = asTool(tool);
     return {systemTool ? systemTool->toolDirectory() + QStringLiteral("AISavePic/") : QString(), false};
@@ -172,7 +179,7 @@ void PictureArchive::savePicture(
         return;
     }
     const QString name = toolId + QStringLiteral("ROI") + QString::number(number) + QLatin1Char('_')
-        + now.toString(QStringLiteral("MMdd_HHmmss_zzz")) + QLatin1Char('_') + QString::fromStdString(record.text)
+        + written(now, QStringLiteral("MMdd_HHmmss_zzz")) + QLatin1Char('_') + QString::fromStdString(record.text)
         + QStringLiteral(".bmp");
     queuePicture(tool, image, folder + QLatin1Char('/') + name);
 }
