@@ -81,6 +81,13 @@ QImage greyImage(const cv::Mat& mat)
     return image;
 }
 
+/// The pixels of `mat` as an image that cannot be written through: what changes it has to copy them first.
+QImage sharedImage(const cv::Mat& mat, QImage::Format format)
+{
+    const uchar* const pixels = mat.data;
+    return QImage(pixels, mat.cols, mat.rows, static_cast<int>(mat.step), format);
+}
+
 } // namespace
 
 Scribo::Scribo()
@@ -515,10 +522,10 @@ QImage Scribo::cvMat2QImage(const cv::Mat& mat)
     case CV_8UC1:
         return greyImage(mat);
     case CV_8UC3:
-        return QImage(mat.data, mat.cols, mat.rows, static_cast<int>(mat.step), QImage::Format_RGB888).rgbSwapped();
+        return sharedImage(mat, QImage::Format_RGB888).rgbSwapped();
     case CV_8UC4:
         qDebug() << "CV_8UC4";
-        return QImage(mat.data, mat.cols, mat.rows, static_cast<int>(mat.step), QImage::Format_ARGB32).copy();
+        return sharedImage(mat, QImage::Format_ARGB32).copy();
     default:
         qDebug() << "ERROR: Mat could not be converted to QImage.";
         return {};
