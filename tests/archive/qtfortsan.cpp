@@ -22,9 +22,9 @@ Function original(const char* name)
 class OrderedTask : public QRunnable
 {
 public:
-    OrderedTask(QThreadPool* pool_, QRunnable* task_)
-        : pool(pool_)
-        , task(task_)
+    OrderedTask(QThreadPool* pool, QRunnable* task)
+        : pool(pool)
+        , task(task)
     {
         __tsan_release(this);
     }

@@ -44,9 +44,9 @@ int countFiles(const QString& folder)
     return count;
 }
 
-PacedFileCount::PacedFileCount(Count count_, Clock clock_)
-    : count(std::move(count_))
-    , clock(std::move(clock_))
+PacedFileCount::PacedFileCount(Count count, Clock clock)
+    : count(std::move(count))
+    , clock(std::move(clock))
 {
 }
 

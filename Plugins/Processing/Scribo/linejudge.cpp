@@ -17,10 +17,10 @@ cv::Rect boxInPicture(const cv::Rect& box, const QRectF& region)
 
 } // namespace
 
-LineJudge::LineJudge(PluginSettings& settings_, QStringList characterGroups_, QString ignoredCharacters_)
-    : settings(settings_)
-    , characterGroups(std::move(characterGroups_))
-    , ignoredCharacters(std::move(ignoredCharacters_))
+LineJudge::LineJudge(PluginSettings& settings, QStringList characterGroups, QString ignoredCharacters)
+    : settings(settings)
+    , characterGroups(std::move(characterGroups))
+    , ignoredCharacters(std::move(ignoredCharacters))
 {
 }
 

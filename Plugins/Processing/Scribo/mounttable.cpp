@@ -55,9 +55,9 @@ QString systemDiskAmong(const QList<Mount>& mounts)
 
 } // namespace
 
-MountTable::MountTable(QString path_, FileTest fileExists_)
-    : path(std::move(path_))
-    , fileExists(fileExists_ ? std::move(fileExists_) : [](const QString& name) { return QFile::exists(name); })
+MountTable::MountTable(QString path, FileTest fileExists)
+    : path(std::move(path))
+    , fileExists(fileExists ? std::move(fileExists) : [](const QString& name) { return QFile::exists(name); })
 {
 }
 

@@ -39,8 +39,8 @@ QString translated(const char* text)
 
 } // namespace
 
-ParameterSet::ParameterSet(PluginSettings& settings_)
-    : settings(settings_)
+ParameterSet::ParameterSet(PluginSettings& settings)
+    : settings(settings)
     , modelLabel(translated("model"))
     , modelTip(translated("choose model, unique"))
     , modelEnableNames{translated("enable model"), translated("disabled model")}

@@ -69,10 +69,10 @@ SOrgAI_ResInfo folderRecord(const std::string& text, int classIndex, bool isOk)
 } // namespace
 
 PictureArchive::PictureArchive(
-    PluginSettings& settings_, ImageConverter converter, MountTable mountTable_, Clock clock_)
-    : settings(settings_)
-    , mountTable(std::move(mountTable_))
-    , clock(std::move(clock_))
+    PluginSettings& settings, ImageConverter converter, MountTable mountTable, Clock clock)
+    : settings(settings)
+    , mountTable(std::move(mountTable))
+    , clock(std::move(clock))
     , queue(std::make_shared<PictureQueue>(converter))
 {
     // Qt sets its calendar up on first use. Threads that write their first dates at the same time may get empty texts,

@@ -8,8 +8,8 @@
 #include <exception>
 #include <iterator>
 
-PictureQueue::PictureQueue(ImageConverter converter_)
-    : converter(converter_)
+PictureQueue::PictureQueue(ImageConverter converter)
+    : converter(converter)
 {
 }
 

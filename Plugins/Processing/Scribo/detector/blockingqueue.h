@@ -15,8 +15,8 @@ template <class Item>
 class BlockingQueue
 {
 public:
-    explicit BlockingQueue(std::uint64_t capacity)
-        : maxSize(capacity)
+    explicit BlockingQueue(std::uint64_t maxSize)
+        : maxSize(maxSize)
     {
     }
 

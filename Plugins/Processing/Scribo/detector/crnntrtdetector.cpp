@@ -111,8 +111,8 @@ void logCudaError(cudaError_t error)
 
 } // namespace
 
-CRNNTRTDetector::CRNNTRTDetector(const std::string& enginePath, DetectorConfig detectorConfig)
-    : OCRDetector(std::move(detectorConfig))
+CRNNTRTDetector::CRNNTRTDetector(const std::string& enginePath, DetectorConfig config)
+    : OCRDetector(std::move(config))
 {
     LOG(INFO) << "Initialize CRNN trt detector from file:" << enginePath;
     ready = loadEngine(enginePath) && bindInput() && bindOutputs() && makeStream();

@@ -45,8 +45,8 @@ int roundToPixels(float length)
 
 } // namespace
 
-OCRDetector::OCRDetector(DetectorConfig detectorConfig)
-    : config(std::move(detectorConfig))
+OCRDetector::OCRDetector(DetectorConfig config)
+    : config(std::move(config))
     , requests(maxQueuedRequests)
 {
     worker = std::make_unique<std::thread>(&OCRDetector::inferenceThread, this);
