@@ -68,8 +68,7 @@ SOrgAI_ResInfo folderRecord(const std::string& text, int classIndex, bool isOk)
 
 } // namespace
 
-PictureArchive::PictureArchive(
-    PluginSettings& settings, ImageConverter converter, MountTable mountTable, Clock clock)
+PictureArchive::PictureArchive(PluginSettings& settings, ImageConverter converter, MountTable mountTable, Clock clock)
     : settings(settings)
     , mountTable(std::move(mountTable))
     , clock(std::move(clock))

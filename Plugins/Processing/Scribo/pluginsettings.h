@@ -13,7 +13,8 @@ struct PluginSettings
     QStringList modelFiles; ///< engine files in ./model, see listModelFiles(); the entries of the drop-down
     QStringList modelFileTexts; ///< what the drop-down shows for them: the same
     QString selectedModel;
-    bool modelEnable[2] = {true, false};
+    bool modelEnable[2] = {true, false}; ///< enabled, disabled
+    bool isModelDisabled() const { return modelEnable[1] && !modelEnable[0]; }
 
     // Picture archive
     bool saveSwitch[2] = {false, false}; ///< save OK pictures, save NG pictures

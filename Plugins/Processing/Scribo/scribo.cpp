@@ -1,11 +1,10 @@
 #include "scribo.h"
 
-#include "linejudge.h"
+#include "exceptiontext.h"
+#include "iteminspection.h"
 #include "modellist.h"
 #include "ocranalyser.h"
 #include "ocrdetector.h"
-#include "posecorrection.h"
-#include "regioncutter.h"
 #include "resultoverlay.h"
 #include "resultrecord.h"
 
@@ -14,55 +13,11 @@
 #include <QGuiApplication>
 
 #include <algorithm>
-#include <exception>
 
 namespace {
 
 const QString paramsKey = QStringLiteral("paramsWrap");
 constexpr char scoreLimitsProperty[] = "scoreLimits";
-
-/// The upstream tool whose pose the regions follow: syringe segmentation.
-const QString poseTool = QStringLiteral("注射器分割");
-
-std::vector<ScoreLimit> readScoreLimits(const QVariant& property)
-{
-    std::vector<ScoreLimit> limits;
-    for (const QVariant& element : property.toList()) {
-        const QVariantMap map = element.toMap();
-        const QVariantList values = map[QStringLiteral("values")].toList();
-        ScoreLimit limit;
-        limit.name = map[QStringLiteral("name")].toString();
-        limit.flag = map[QStringLiteral("flag")].toBool();
-        for (int i = 0; i < std::min(values.size(), 4); ++i) {
-            limit.values[i] = values[i].toDouble();
-        }
-        limits.push_back(limit);
-    }
-    return limits;
-}
-
-/// The line of a region whose text could not be read.
-SOrgAI_ResInfo messageLine(const QString& message, const cv::Rect& region)
-{
-    SOrgAI_ResInfo line;
-    line.score = -1.0;
-    line.classIndex = -1;
-    line.text = message.toStdString();
-    line.rect = region;
-    return line;
-}
-
-/// What the exception says that is being handled. The host's tools may throw anything.
-const char* exceptionText()
-{
-    try {
-        throw;
-    } catch (const std::exception& error) {
-        return error.what();
-    } catch (...) {
-        return "an exception of an unknown kind";
-    }
-}
 
 QImage greyImage(const cv::Mat& mat)
 {
@@ -241,14 +196,9 @@ void Scribo::process(Tool* tool, int index)
     } catch (...) {
         // Out of memory, or a tool of the host's that throws. The item must not pass.
         qCritical() << "Inspecting item" << index << "failed:" << exceptionText();
-        recordItem(index, failedItem());
+        recordItem(index, InspectedItem::failed());
     }
     workingImage.release();
-}
-
-bool Scribo::isModelDisabled() const
-{
-    return settings.modelEnable[1] && !settings.modelEnable[0];
 }
 
 void Scribo::inspect(Tool* tool, int index)
@@ -257,46 +207,19 @@ void Scribo::inspect(Tool* tool, int index)
         return;
     }
     const QList<QRectF> regions = tool->regions(index);
-    if (regions.isEmpty() || (isModelDisabled() && !settings.saveSwitch[0])) {
+    if (regions.isEmpty() || (settings.isModelDisabled() && !settings.saveSwitch[0])) {
         return; // nothing to inspect: the item is not recorded
     }
 
     workingImage = tool->image(index);
-    recordsOfItem = 0;
     refreshSaveLocation();
-    Item item;
-    bool hasInspected = false;
-    for (const QRectF& region : regions) {
-        if (!isInspected(region)) {
-            continue;
-        }
-        hasInspected = true;
-        if (const auto cut = cutRegion(region, pictureSize())) {
-            inspectRegion(tool, index, *cut, &item);
-        } else {
-            missRegion(region, index, &item);
-        }
-    }
-    if (workingImage.empty() && !hasInspected && !isModelDisabled()) {
-        // Without a picture an item of which nothing was inspected would pass.
-        qWarning() << "Item" << index << "has no picture";
-        item = failedItem();
+    ItemInspection inspection(
+        {settings, archive, analyser.get(), errorText}, *tool, index, workingImage, pictureSize());
+    const InspectedItem item = inspection.inspect(regions);
+    if (item.isRead) {
+        addModelEntry();
     }
     recordItem(index, item);
-}
-
-QString Scribo::unknownError()
-{
-    return tr("unknown error!");
-}
-
-/// An item that could not be inspected at all.
-Scribo::Item Scribo::failedItem()
-{
-    Item item;
-    item.isOk = false;
-    item.lines.append(messageLine(unknownError(), cv::Rect()));
-    return item;
 }
 
 cv::Size Scribo::pictureSize() const
@@ -305,80 +228,6 @@ cv::Size Scribo::pictureSize() const
         return workingImage.size();
     }
     return {hostTool->imageWidth(), hostTool->imageHeight()};
-}
-
-cv::Mat Scribo::regionImage(Tool* tool, int index, const cv::Rect& region) const
-{
-    PosePair pose;
-    if (tool->upstreamPose(poseTool, index, &pose)) {
-        if (const auto corrected = correctedRegion(workingImage, pose, region)) {
-            return *corrected;
-        }
-    }
-    return workingImage(region);
-}
-
-/// A region that is taught but does not lie in the picture: the item must not pass unread.
-void Scribo::missRegion(const QRectF& region, int index, Item* item)
-{
-    if (isModelDisabled()) {
-        return;
-    }
-    qWarning() << region << "of item" << index << "is not in its picture";
-    item->isOk = false;
-    item->lines.append(messageLine(unknownError(), cv::Rect()));
-    ++recordsOfItem;
-}
-
-void Scribo::inspectRegion(Tool* tool, int index, const RegionCut& region, Item* item)
-{
-    const int firstLine = item->lines.size();
-    cv::Mat image;
-    QString message;
-    bool isOk = isModelDisabled();
-    try {
-        image = regionImage(tool, index, region.pixels);
-        isOk = isOk || readRegion(image, region.inside, item, &message);
-    } catch (...) {
-        qWarning() << "Reading a region of item" << index << "failed:" << exceptionText();
-        if (!isOk) {
-            message += unknownError();
-        }
-    }
-    if (!message.isEmpty()) {
-        item->lines.append(messageLine(message, region.pixels));
-    }
-    item->isOk = item->isOk && isOk;
-    archiveRegion(tool, image, *item, firstLine);
-}
-
-/// Reads and judges one region. Where it cannot be read, `message` says why.
-bool Scribo::readRegion(const cv::Mat& image, const QRectF& region, Item* item, QString* message)
-{
-    if (!analyser) {
-        *message += QStringLiteral("模型文件加载出错") + errorText;
-        return false;
-    }
-    if (!analyser->isInitialized()) {
-        *message += analyser->errorMessage() + errorText;
-        return false;
-    }
-    addModelEntry();
-    std::vector<SOrgAI_ResInfo> lines;
-    if (analyser->execute(image, lines) != 1) {
-        *message += unknownError();
-        return false;
-    }
-    return judgeLines(lines, region, item);
-}
-
-bool Scribo::judgeLines(const std::vector<SOrgAI_ResInfo>& lines, const QRectF& region, Item* item)
-{
-    QStringList groups;
-    for (const ClassInfo& info : analyser->classes()) {
-        groups.append(QString::fromStdString(info.name));
-    }
-    return LineJudge(settings, groups, analyser->ignoreChar()).judge(lines, region, &item->lines, &item->mismatches);
 }
 
 void Scribo::addModelEntry()
@@ -392,27 +241,9 @@ void Scribo::addModelEntry()
     }
 }
 
-/// Hands the region's picture to the archive, once for each line that the region added to the item: lines without a
-/// picture are counted all the same. What goes wrong there changes nothing about the item.
-void Scribo::archiveRegion(Tool* tool, const cv::Mat& image, const Item& item, int firstLine)
-{
-    try {
-        QList<SOrgAI_ResInfo> records = item.lines.mid(firstLine);
-        if (isModelDisabled()) {
-            records.append(SOrgAI_ResInfo());
-            records.last().isOk = true;
-        }
-        for (const SOrgAI_ResInfo& record : std::as_const(records)) {
-            archive.savePicture(tool, modelName(), record, ++recordsOfItem, image);
-        }
-    } catch (...) {
-        qWarning() << "Saving the picture of a region failed:" << exceptionText();
-    }
-}
-
 /// The verdict last, where nothing can fail behind it: an item recorded by halves would be recorded again as failed,
 /// and the verdicts of the cycle's later items would answer for the ones before them.
-void Scribo::recordItem(int index, const Item& item)
+void Scribo::recordItem(int index, const InspectedItem& item)
 {
     cycle.lines[index] = item.lines;
     cycle.mismatches[index] = item.mismatches;
@@ -477,18 +308,7 @@ void Scribo::archivePictures(ToolInterface* tool)
     } catch (...) {
         qWarning() << "Preparing the folders of the archive failed:" << exceptionText();
     }
-    analyser->detector()->setConfidenceThreshold(confidenceThreshold());
-}
-
-float Scribo::confidenceThreshold() const
-{
-    float threshold = 1.0F;
-    for (const ScoreLimit& limit : scoreLimits) {
-        if (limit.values[0] < static_cast<double>(threshold)) {
-            threshold = static_cast<float>(limit.values[0]);
-        }
-    }
-    return threshold;
+    analyser->detector()->setConfidenceThreshold(confidenceThreshold(scoreLimits));
 }
 
 void Scribo::refreshSaveLocation()

@@ -4,8 +4,8 @@
 #include "picturearchive.h"
 #include "pluginsettings.h"
 #include "processorinterface.h"
-#include "regioncutter.h"
 #include "resinfo.h"
+#include "scorelimits.h"
 
 #include <QImage>
 #include <QJsonArray>
@@ -16,22 +16,15 @@
 #include <vector>
 
 class OCRAnalyser;
-
-/// A limit on the score of one defect type, as the host keeps it.
-struct ScoreLimit
-{
-    QString name;
-    bool flag = false;
-    double values[4] = {}; ///< the first is the lowest score that counts
-};
+struct InspectedItem;
 
 /// The plug-in as the host sees it: reads the text in the regions of each item and judges it.
 ///
 /// Holds the state that the host can ask for and hands each concern to a class of its own. Nothing that
 /// the host calls throws. Operations that belong to other kinds of processor answer with an empty value.
 ///
-/// A host that keeps score limits sets them as the dynamic property "scoreLimits" of this object: a list
-/// of maps with "name" (text), "flag" (bool) and "values" (list of four numbers). There is none at first.
+/// A host that keeps score limits sets them as the dynamic property "scoreLimits" of this object, in the form that
+/// readScoreLimits() reads. There is none at first.
 class Scribo : public QObject, public ProcessorInterface
 {
     Q_OBJECT
@@ -103,20 +96,13 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    /// What the inspection finds out about one item.
-    struct Item
-    {
-        QList<SOrgAI_ResInfo> lines;
-        QList<int> mismatches;
-        bool isOk = true;
-    };
-
     /// What the host can ask for until index 0 starts the next cycle.
     struct Cycle
     {
         QJsonArray modelEntries;
         QMap<int, QList<SOrgAI_ResInfo>> lines; ///< by item index
         QMap<int, QList<int>> mismatches; ///< by item index
+        // Each item's own count and text. A record gives those of the item processed last instead.
         QMap<int, int> charCounts; ///< by item index
         QMap<int, QString> texts; ///< by item index
         std::vector<quint8> resultFlags; ///< 0 or 1, in the order of processing
@@ -127,20 +113,10 @@ private:
     bool hasLoadedAnalyser() const;
     QString modelName() const;
 
-    bool isModelDisabled() const;
     void inspect(Tool* tool, int index);
-    static QString unknownError();
-    static Item failedItem();
     cv::Size pictureSize() const;
-    cv::Mat regionImage(Tool* tool, int index, const cv::Rect& region) const;
-    void missRegion(const QRectF& region, int index, Item* item);
-    void inspectRegion(Tool* tool, int index, const RegionCut& region, Item* item);
-    bool readRegion(const cv::Mat& image, const QRectF& region, Item* item, QString* message);
-    bool judgeLines(const std::vector<SOrgAI_ResInfo>& lines, const QRectF& region, Item* item);
     void addModelEntry();
-    void archiveRegion(Tool* tool, const cv::Mat& image, const Item& item, int firstLine);
-    void recordItem(int index, const Item& item);
-    float confidenceThreshold() const;
+    void recordItem(int index, const InspectedItem& item);
 
     PluginSettings settings;
     ParameterSet parameters;
@@ -150,6 +126,5 @@ private:
     Tool* hostTool = nullptr; ///< not owned; null for the plug-in's root object
     std::vector<ScoreLimit> scoreLimits;
     cv::Mat workingImage; ///< the picture of the item being inspected; shares the host's pixels
-    int recordsOfItem = 0; ///< so far; they number its pictures
     Cycle cycle;
 };
