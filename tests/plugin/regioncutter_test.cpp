@@ -103,3 +103,23 @@ TEST(RegionCutter, KeepsFractionsForTheBoxes)
     EXPECT_EQ(cutRegion(QRectF(-3.5, 45.25, 20.5, 10.9), picture)->inside, QRectF(0, 45.25, 20.5, 4.75));
     EXPECT_EQ(cutRegion(QRectF(13.7, 4.5, 20.2, 10.9), picture)->pixels, cv::Rect(14, 4, 20, 11));
 }
+
+TEST(RegionCutter, GivesEveryRegionABox)
+{
+    EXPECT_EQ(wholePixels(QRectF(300.5, 20.4, 30.5, 31.5)), cv::Rect(300, 20, 30, 32)) << "halves to even";
+    EXPECT_EQ(wholePixels(QRectF(-40.6, -2.5, 10, 20)), cv::Rect(-41, -2, 10, 20));
+
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(wholePixels(QRectF(nan, 5, 10, nan)), cv::Rect(0, 5, 10, 0));
+}
+
+TEST(RegionCutter, KeepsABoxWithinIntegers)
+{
+    constexpr int least = std::numeric_limits<int>::min();
+    constexpr int most = std::numeric_limits<int>::max();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(wholePixels(QRectF(1e300, -1e300, 40, 20)), cv::Rect(most, least, 0, 20));
+    EXPECT_EQ(wholePixels(QRectF(infinity, -infinity, infinity, infinity)), cv::Rect(most, least, 0, most));
+    EXPECT_EQ(wholePixels(QRectF(most - 30.0, 10, 40, 1e10)), cv::Rect(most - 30, 10, 30, most - 10));
+    EXPECT_EQ(wholePixels(QRectF(-10, 0, 1e10, 1e9)), cv::Rect(-10, 0, most, 1000000000));
+}

@@ -98,7 +98,7 @@ void ItemInspection::missRegion(const QRectF& region)
         return;
     }
     qWarning() << region << "of item" << index << "is not in its picture";
-    failRegion(cv::Rect());
+    failRegion(wholePixels(region));
     ++recordCount;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -38,6 +39,22 @@ std::optional<Span> clipped(double regionStart, double regionLength, int extent)
     return span;
 }
 
+/// The nearest integer, halves to even.
+int rounded(double value)
+{
+    using Limits = std::numeric_limits<int>;
+    if (std::isnan(value)) {
+        return 0;
+    }
+    return static_cast<int>(std::nearbyint(std::clamp<double>(value, Limits::min(), Limits::max())));
+}
+
+/// `length`, or what is left of it where `start` is so far out that the end would be no integer.
+int roundedLength(double length, int start)
+{
+    return std::min(rounded(length), std::numeric_limits<int>::max() - std::max(start, 0));
+}
+
 } // namespace
 
 bool isInspected(const QRectF& region)
@@ -57,4 +74,11 @@ std::optional<RegionCut> cutRegion(const QRectF& region, const cv::Size& picture
     }
     return RegionCut{QRectF(columns->start, rows->start, columns->length, rows->length),
         cv::Rect(columns->pixels.start, rows->pixels.start, columns->pixels.size(), rows->pixels.size())};
+}
+
+cv::Rect wholePixels(const QRectF& region)
+{
+    const int x = rounded(region.x());
+    const int y = rounded(region.y());
+    return {x, y, roundedLength(region.width(), x), roundedLength(region.height(), y)};
 }

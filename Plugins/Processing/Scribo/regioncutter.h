@@ -22,3 +22,8 @@ bool isInspected(const QRectF& region);
 /// pixel lies in the picture, or with a coordinate that is not a number. A left or upper edge outside the
 /// picture moves to its edge without making the region smaller.
 std::optional<RegionCut> cutRegion(const QRectF& region, const cv::Size& picture);
+
+/// `region` in whole pixels, halves rounded to the even neighbour, wherever it lies: the box of a region that cannot be
+/// cut out. Edges beyond the range of an integer move to its end, so that right and bottom edge are integers too. What
+/// is not a number reads as 0.
+cv::Rect wholePixels(const QRectF& region);

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -16,6 +17,22 @@ constexpr int characterStep = 25; ///< fixed, so large fonts overlap
 constexpr int minTextWidth = 220;
 constexpr int minTextHeight = 200;
 constexpr int textFlags = Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap;
+
+constexpr int farthest = std::numeric_limits<int>::max();
+
+/// One direction of the rectangle that a character is drawn into.
+struct TextSpan
+{
+    int start;
+    int length;
+};
+
+/// Begins `offset` behind the box's start. A box may lie anywhere, so both ends are kept within an integer.
+TextSpan textSpan(int boxStart, qint64 offset, int boxLength, int minLength)
+{
+    const auto start = static_cast<int>(std::min<qint64>(boxStart + offset, farthest - minLength));
+    return {start, std::min(std::max(boxLength, minLength), farthest - std::max(start, 0))};
+}
 
 void setPenColour(QPainter& painter, QPen& pen, bool ok)
 {
@@ -32,10 +49,11 @@ void drawLine(QPainter& painter, QPen& pen, const SOrgAI_ResInfo& line, const QL
     }
 
     const QString text = QString::fromStdString(line.text);
+    const TextSpan rows = textSpan(box.y, textMargin, box.height, minTextHeight);
     for (int i = 0; i < text.size(); ++i) {
         setPenColour(painter, pen, !mismatches.contains(i));
-        painter.drawText(box.x + textMargin + characterStep * i, box.y + textMargin, std::max(box.width, minTextWidth),
-            std::max(box.height, minTextHeight), textFlags, QString(text.at(i)));
+        const TextSpan columns = textSpan(box.x, textMargin + qint64{characterStep} * i, box.width, minTextWidth);
+        painter.drawText(columns.start, rows.start, columns.length, rows.length, textFlags, QString(text.at(i)));
     }
 }
 
