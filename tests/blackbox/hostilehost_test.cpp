@@ -111,6 +111,9 @@ TEST_F(HostileHost, TeachesRegionsThatNoPictureHas)
     tool.taughtRegions = regions;
     processor->process(&tool, 0);
     EXPECT_FALSE(processor->isResultOk(0)) << "some of which were not read";
+    QImage canvas(200, 40, QImage::Format_RGB32);
+    QPainter painter(&canvas);
+    processor->drawResult(&painter, 0);
     EXPECT_EQ(readGoodPicture(*processor), expected);
 }
 
@@ -118,6 +121,7 @@ TEST_F(HostileHost, HasNoTool)
 {
     const std::unique_ptr<ProcessorInterface> orphan(plugin.root()->clone(nullptr, true));
     orphan->process(nullptr, 0);
+    EXPECT_FALSE(orphan->isResultOk(0));
     orphan->process(&tool, 0);
     orphan->archivePictures(nullptr);
     orphan->drawResult(nullptr, 0);

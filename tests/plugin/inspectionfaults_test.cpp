@@ -2,6 +2,8 @@
 
 #include "inspectionfixture.h"
 
+#include "detector/qtlogcapture.h"
+
 #include <QImage>
 #include <QPainter>
 
@@ -131,13 +133,118 @@ TEST_F(Inspection, FailsAnItemWhoseRegionIsNotInItsPicture)
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
     const double edge = tool.picture.cols;
     const QList<QRectF> regions = {{edge, 5, 40, 20}, {edge - 0.4, 5, 5, 20}, {10, 1e9, 40, 20}, {-1e9, 5, 10, nan}};
+    const QList<QRect> boxes = {{200, 5, 40, 20}, {200, 5, 5, 20}, {10, 1000000000, 40, 20}, {-1000000000, 5, 10, 0}};
     for (int index = 0; index < regions.size(); ++index) {
         tool.taughtRegions = {regions[index]};
         process(index, {});
         EXPECT_FALSE(instance->isResultOk(index)) << "of which nothing was read";
         EXPECT_EQ(list(index, "defect_types"), (QVariantList{"unknown error!"}));
+        EXPECT_EQ(list(index, "defect_rects"), (QVariantList{boxes[index]}));
+        EXPECT_EQ(list(index, "defect_scores"), (QVariantList{-1.0}));
     }
     EXPECT_FALSE(instance->isResultOk(-1));
+}
+
+TEST_F(Inspection, GivesEachRegionThatIsNotInThePictureABoxOfItsOwn)
+{
+    tool.taughtRegions = {QRectF(300.5, 5, 30, 20), QRectF(10, 20, 40, 20), QRectF(1e300, -1e300, 30, 20)};
+    process(0, {a1});
+    EXPECT_EQ(list(0, "defect_rects"),
+        (QVariantList{
+            QRect(300, 5, 30, 20), QRect(std::numeric_limits<int>::max(), std::numeric_limits<int>::min(), 0, 20)}));
+    QImage canvas(200, 60, QImage::Format_RGB32);
+    QPainter painter(&canvas);
+    instance->drawResult(&painter, 0);
+}
+
+TEST_F(Inspection, TellsOfTheModelWhereNoneIsLoadedWhateverElseIsWrong)
+{
+    const QVariant message = "模型文件加载出错";
+    Scribo root;
+    instance.reset(root.clone(&tool, false));
+    tool.taughtRegions = {QRectF(tool.picture.cols, 5, 30, 20), QRectF(10, 20, 40, 20)};
+    tool.hasPose = true;
+    tool.pose.currentX = std::numeric_limits<float>::quiet_NaN();
+    process(0, {});
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{message, message}));
+    EXPECT_EQ(list(0, "defect_rects"), (QVariantList{QRect(200, 5, 30, 20), QRect(10, 20, 40, 20)}));
+
+    addModel("ocr_damaged_p1_1_v1.trt");
+    RuntimeDouble::instance().makesEngine = false;
+    load("ocr_damaged_p1_1_v1.trt");
+    process(0, {});
+    const QString fault = "Create object detector failed from file: ./model/ocr_damaged_p1_1_v1.trt";
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{fault + fault + "\n", fault + fault + "\n"}));
+}
+
+TEST_F(Inspection, FailsEachRegionOfAPartWhosePoseIsNotFinite)
+{
+    set(4, QJsonArray{true, true});
+    tool.hasPose = true;
+    tool.taughtRegions = {QRectF(10, 20, 40, 20), QRectF(60, 5, 30, 20)};
+    const std::size_t runs = RuntimeDouble::instance().runs.size();
+    int index = 0;
+    for (const float value : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
+        for (float PosePair::*const number : {&PosePair::taughtAngle, &PosePair::currentX}) {
+            tool.pose = PosePair();
+            tool.pose.*number = value;
+            QtLogCapture log;
+            process(index, {});
+            EXPECT_FALSE(instance->isResultOk(index)) << "though something lies upright in the region";
+            EXPECT_EQ(list(index, "defect_types"), (QVariantList{"unknown error!", "unknown error!"}));
+            EXPECT_EQ(list(index, "defect_rects"), (QVariantList{QRect(10, 20, 40, 20), QRect(60, 5, 30, 20)}));
+            EXPECT_EQ(list(index, "defect_scores"), (QVariantList{-1.0, -1.0}));
+            const std::string line = "The pose of item " + std::to_string(index) + " is not finite";
+            EXPECT_THAT(log.take(),
+                testing::ElementsAre(
+                    QtLogCapture::Line{QtWarningMsg, line, "", ""}, QtLogCapture::Line{QtWarningMsg, line, "", ""}));
+            ++index;
+        }
+    }
+    EXPECT_EQ(RuntimeDouble::instance().runs.size(), runs);
+    EXPECT_THAT(archivedFiles(), testing::IsEmpty());
+
+    tool.pose = PosePair();
+    process(index, {a1, a1});
+    EXPECT_TRUE(instance->isResultOk(index));
+    set(3, QJsonArray{false, true});
+    tool.pose.currentX = std::numeric_limits<float>::quiet_NaN();
+    process(index + 1, {});
+    EXPECT_TRUE(instance->isResultOk(index + 1)) << "a disabled model passes everything";
+}
+
+TEST_F(Inspection, FailsAnItemWithoutATool)
+{
+    QtLogCapture log;
+    instance->process(nullptr, 0);
+    EXPECT_THAT(log.take(),
+        testing::ElementsAre(QtLogCapture::Line{QtWarningMsg, "Item 0 was handed over without a tool", "", ""}));
+    EXPECT_FALSE(instance->isResultOk(0));
+    EXPECT_FALSE(instance->isResultOk(-1));
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
+    EXPECT_EQ(list(0, "defect_scores"), (QVariantList{-1.0}));
+    EXPECT_EQ(instance->resultRecord(0)["charCount"], -1);
+    EXPECT_EQ(instance->resultRecord(0)["resString"], "");
+    EXPECT_EQ(scribo().okMask(), 0U);
+
+    process(1, {a1});
+    EXPECT_TRUE(instance->isResultOk(1)) << "each item has its place";
+}
+
+TEST_F(Inspection, SaysThatAllRegionsOfAnItemWereSkipped)
+{
+    tool.taughtRegions = {QRectF(10, 20, 0.5, 20), QRectF(10, 20, -40, -20)};
+    QtLogCapture log;
+    process(0, {});
+    EXPECT_TRUE(instance->isResultOk(0)) << "there was nothing to read";
+    EXPECT_TRUE(list(0, "defect_types").isEmpty());
+    EXPECT_THAT(log.take(),
+        testing::ElementsAre(QtLogCapture::Line{
+            QtWarningMsg, "Nothing of item 0 was inspected: all its regions are below one pixel", "", ""}));
+
+    tool.taughtRegions.append(QRectF(10, 20, 40, 20));
+    process(1, {a1});
+    EXPECT_THAT(log.take(), testing::IsEmpty()) << "one was inspected";
 }
 
 TEST_F(Inspection, ReadsTheOtherRegionsOfAnItemThatMissesOne)

@@ -112,11 +112,26 @@ TEST(PoseCorrection, DecidesByTurningAboutTheTaughtPlace)
     }
 }
 
-TEST(PoseCorrection, IgnoresAPoseThatIsNotFinite)
+TEST(PoseCorrection, TakesAPoseFarAway)
 {
-    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const PosePair farAway = pose(0, 0, 0, 1e30F, 0, 0);
+    EXPECT_TRUE(isFinite(farAway));
+    EXPECT_TRUE(correctedRegion(bright(), farAway, {0, 0, 20, 10}));
+}
+
+TEST(PoseCorrection, TellsAPoseThatIsNotFinite)
+{
     const float infinity = std::numeric_limits<float>::infinity();
-    EXPECT_FALSE(correctedRegion(bright(), pose(nan, 0, 0, 0, 0, 0), {0, 0, 200, 100}));
-    EXPECT_FALSE(correctedRegion(bright(), pose(0, 0, 0, 0, 0, infinity), {0, 0, 200, 100}));
-    EXPECT_TRUE(correctedRegion(bright(), pose(0, 0, 0, 1e30F, 0, 0), {0, 0, 20, 10})) << "far away is finite";
+    float PosePair::*const numbers[] = {&PosePair::taughtX, &PosePair::taughtY, &PosePair::taughtAngle,
+        &PosePair::currentX, &PosePair::currentY, &PosePair::currentAngle};
+    for (float PosePair::*const number : numbers) {
+        for (const float value : {std::numeric_limits<float>::quiet_NaN(), infinity, -infinity}) {
+            PosePair changed = pose(60, 35, 0, 155, 30, 10);
+            EXPECT_TRUE(isFinite(changed));
+            changed.*number = value;
+            EXPECT_FALSE(isFinite(changed));
+        }
+    }
+    EXPECT_FALSE(isFinite(pose(infinity, 0, 0, infinity, 0, 0)));
+    EXPECT_FALSE(isFinite(pose(-3e38F, 0, 0, 3e38F, 0, 0))) << "the motion has no number";
 }

@@ -71,6 +71,7 @@ InspectedItem ItemInspection::inspect(const QList<QRectF>& regions)
         }
     }
     if (!hasInspected) {
+        qWarning() << "Nothing of item" << index << "was inspected: all its regions are below one pixel";
         if (picture.empty() && !equipment.settings.isModelDisabled()) {
             // Without a picture an item of which nothing was inspected would pass.
             qWarning() << "Item" << index << "has no picture";
@@ -80,10 +81,16 @@ InspectedItem ItemInspection::inspect(const QList<QRectF>& regions)
     return std::move(item);
 }
 
+/// The picture of one region; empty when the part's pose is of no use.
 cv::Mat ItemInspection::regionImage(const cv::Rect& region) const
 {
     PosePair pose;
     if (tool.upstreamPose(poseTool, index, &pose)) {
+        if (!isFinite(pose)) {
+            // Nobody knows where the part is. What lies upright in the region may be anything.
+            qWarning() << "The pose of item" << index << "is not finite";
+            return {};
+        }
         if (const auto corrected = correctedRegion(picture, pose, region)) {
             return *corrected;
         }

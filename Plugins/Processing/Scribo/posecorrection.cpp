@@ -10,13 +10,6 @@
 
 namespace {
 
-bool isFinite(const PosePair& pose)
-{
-    const float values[]
-        = {pose.taughtX, pose.taughtY, pose.taughtAngle, pose.currentX, pose.currentY, pose.currentAngle};
-    return std::all_of(std::begin(values), std::end(values), [](float value) { return std::isfinite(value); });
-}
-
 /// Where the region's corners come to lie when it moves with the part.
 std::vector<cv::Point> movedCorners(const PosePair& pose, const cv::Rect& region)
 {
@@ -55,9 +48,16 @@ cv::Mat warped(const cv::Mat& picture, const PosePair& pose, const cv::Rect& reg
 
 } // namespace
 
+bool isFinite(const PosePair& pose)
+{
+    // The motion is made of the differences, which are finite only if both numbers are.
+    return std::isfinite(pose.currentX - pose.taughtX) && std::isfinite(pose.currentY - pose.taughtY)
+        && std::isfinite(pose.currentAngle - pose.taughtAngle);
+}
+
 std::optional<cv::Mat> correctedRegion(const cv::Mat& picture, const PosePair& pose, const cv::Rect& region)
 {
-    if (picture.empty() || !isFinite(pose)) {
+    if (picture.empty()) {
         return {};
     }
     const std::vector<cv::Point> corners = movedCorners(pose, region);

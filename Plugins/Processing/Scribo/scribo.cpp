@@ -204,6 +204,8 @@ void Scribo::process(Tool* tool, int index)
 void Scribo::inspect(Tool* tool, int index)
 {
     if (tool == nullptr) {
+        qWarning() << "Item" << index << "was handed over without a tool";
+        recordItem(index, InspectedItem::failed());
         return;
     }
     const QList<QRectF> regions = tool->regions(index);
