@@ -1,7 +1,7 @@
 // Whatever bytes come in, the importer gives a network that makes a readable engine, or problems.
 
 #include "build.h"
-#include "enginefile.h"
+#include "format/enginefile.h"
 
 #include <cstdlib>
 #include <cstring>

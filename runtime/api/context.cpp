@@ -4,7 +4,7 @@
 
 #include "cuda/devicememory.h"
 #include "cuda/streams.h"
-#include "plan/planbuilder.h"
+#include "operations/planner.h"
 #include "plan/singlethread.h"
 
 #include <algorithm>

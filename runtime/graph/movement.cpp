@@ -1,6 +1,6 @@
 #include "movement.h"
 
-#include "networkcheck.h"
+#include "format/networkcheck.h"
 
 #include <algorithm>
 #include <limits>

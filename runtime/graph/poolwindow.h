@@ -30,12 +30,6 @@ struct PoolWindow
         const std::int64_t windows = (room + stride - 1) / stride + 1;
         return (windows - 1) * stride >= extent + padBefore ? windows - 1 : windows;
     }
-
-    /// Whether the last of `windows` windows goes beyond the padding after `extent` elements.
-    bool overhangs(std::int64_t extent, std::int64_t windows) const
-    {
-        return (windows - 1) * stride + kernel > extent + padBefore + padAfter;
-    }
 };
 
 /// Along axis 0 (rows) or 1 (columns).

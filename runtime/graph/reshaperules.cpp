@@ -1,4 +1,4 @@
-#include "networkcheck.h"
+#include "format/networkcheck.h"
 #include "rules.h"
 
 #include <algorithm>

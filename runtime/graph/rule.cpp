@@ -1,6 +1,6 @@
 #include "rule.h"
 
-#include "networkcheck.h"
+#include "format/networkcheck.h"
 
 namespace scribo::cpu {
 

@@ -1,6 +1,6 @@
 #include "shapes.h"
 
-#include "networkcheck.h"
+#include "format/networkcheck.h"
 #include "rules.h"
 
 #include <algorithm>

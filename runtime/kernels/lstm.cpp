@@ -1,5 +1,6 @@
 #include "lstm.h"
 
+#include "dispatch.h"
 #include "vectormath.h"
 
 #include <algorithm>
@@ -38,106 +39,55 @@ SCRIBO_INLINE const float* sumBlocks(
     return weights;
 }
 
-template <class Vector>
-SCRIBO_INLINE void sum(
-    const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
-{
-    const std::int64_t row = gates * lanes<Vector>;
-    std::int64_t block = 0;
-    for (; block + together <= shape.blocks(); block += together) {
-        weights = sumBlocks<Vector, together>(inputs + block * row, weights, before, shape.hidden, sums + block * row);
-    }
-    if (block < shape.blocks()) {
-        sumBlocks<Vector, 1>(inputs + block * row, weights, before, shape.hidden, sums + block * row);
-    }
-}
+// The two halves of a step. They are functions of their own so that the constants of the second do not take the
+// registers that the sums of the first need.
 
-template <class Vector>
-SCRIBO_INLINE void update(const LstmShape& shape, const float* sums, float* cell, float* after)
+struct Sum
 {
-    constexpr std::int64_t block = lanes<Vector>;
-    for (std::int64_t i = 0; i < shape.blocks(); ++i, sums += gates * block, cell += block, after += block) {
-        const Vector in = sigmoid(load<Vector>(sums));
-        const Vector out = sigmoid(load<Vector>(sums + block));
-        const Vector keep = sigmoid(load<Vector>(sums + 2 * block));
-        const Vector kept = keep * load<Vector>(cell) + in * tangens(load<Vector>(sums + 3 * block));
-        store(cell, kept);
-        store(after, Vector(out * tangens(kept)));
+    template <class Vector>
+    SCRIBO_INLINE static void run(
+        const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
+    {
+        const std::int64_t row = gates * lanes<Vector>;
+        std::int64_t block = 0;
+        for (; block + together <= shape.blocks(); block += together) {
+            weights
+                = sumBlocks<Vector, together>(inputs + block * row, weights, before, shape.hidden, sums + block * row);
+        }
+        if (block < shape.blocks()) {
+            sumBlocks<Vector, 1>(inputs + block * row, weights, before, shape.hidden, sums + block * row);
+        }
     }
-}
-
-/// The two halves of a step. They are functions of their own so that the constants of the second do not take the
-/// registers that the sums of the first need.
-struct StepKernels
-{
-    void (*sum)(const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums);
-    void (*update)(const LstmShape& shape, const float* sums, float* cell, float* after);
 };
 
-void sum8(const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
+struct Update
 {
-    sum<Float8>(shape, inputs, weights, before, sums);
-}
-
-void update8(const LstmShape& shape, const float* sums, float* cell, float* after)
-{
-    update<Float8>(shape, sums, cell, after);
-}
-
-void sum16(const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
-{
-    sum<Float16>(shape, inputs, weights, before, sums);
-}
-
-void update16(const LstmShape& shape, const float* sums, float* cell, float* after)
-{
-    update<Float16>(shape, sums, cell, after);
-}
-
-#if SCRIBO_X86
-SCRIBO_AVX2 void sum8Avx2(
-    const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
-{
-    sum<Float8>(shape, inputs, weights, before, sums);
-}
-
-SCRIBO_AVX2 void update8Avx2(const LstmShape& shape, const float* sums, float* cell, float* after)
-{
-    update<Float8>(shape, sums, cell, after);
-}
-
-SCRIBO_AVX512 void sum16Avx512(
-    const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums)
-{
-    sum<Float16>(shape, inputs, weights, before, sums);
-}
-
-SCRIBO_AVX512 void update16Avx512(const LstmShape& shape, const float* sums, float* cell, float* after)
-{
-    update<Float16>(shape, sums, cell, after);
-}
-#endif
-
-/// The fastest for blocks of `block` units on this processor.
-StepKernels stepKernels(int block)
-{
-#if SCRIBO_X86
-    if (block == 16 && hasAvx512()) {
-        return {sum16Avx512, update16Avx512};
+    template <class Vector>
+    SCRIBO_INLINE static void run(const LstmShape& shape, const float* sums, float* cell, float* after)
+    {
+        constexpr std::int64_t block = lanes<Vector>;
+        for (std::int64_t i = 0; i < shape.blocks(); ++i, sums += gates * block, cell += block, after += block) {
+            const Vector in = sigmoid(load<Vector>(sums));
+            const Vector out = sigmoid(load<Vector>(sums + block));
+            const Vector keep = sigmoid(load<Vector>(sums + 2 * block));
+            const Vector kept = keep * load<Vector>(cell) + in * tangens(load<Vector>(sums + 3 * block));
+            store(cell, kept);
+            store(after, Vector(out * tangens(kept)));
+        }
     }
-    if (block == 8 && hasAvx2()) {
-        return {sum8Avx2, update8Avx2};
-    }
-#endif
-    return block == 16 ? StepKernels{sum16, update16} : StepKernels{sum8, update8};
-}
+};
+
+using StepSum
+    = void (*)(const LstmShape& shape, const float* inputs, const float* weights, const float* before, float* sums);
+using StepUpdate = void (*)(const LstmShape& shape, const float* sums, float* cell, float* after);
 
 } // namespace
 
 void runLstm(const LstmShape& shape, std::int64_t direction, const float* inputs, const float* weights, float* state,
     float* result)
 {
-    const StepKernels kernels = stepKernels(shape.block);
+    const auto sum = fastestForm<Sum, StepSum>(shape.block);
+    const auto update = fastestForm<Update, StepUpdate>(shape.block);
     const std::int64_t size = shape.blocks() * shape.block;
     float* const hidden = state + direction * shape.stateSize();
     float* const cell = hidden + size;
@@ -147,8 +97,8 @@ void runLstm(const LstmShape& shape, std::int64_t direction, const float* inputs
     const bool backwards = direction == 1 || shape.backwards;
     for (std::int64_t i = 0; i < shape.steps; ++i) {
         const std::int64_t at = (backwards ? shape.steps - 1 - i : i) * shape.directions + direction;
-        kernels.sum(shape, inputs + at * shape.gateRow(), weights, hidden, sums);
-        kernels.update(shape, sums, cell, hidden);
+        sum(shape, inputs + at * shape.gateRow(), weights, hidden, sums);
+        update(shape, sums, cell, hidden);
         std::copy_n(hidden, shape.hidden, result + at * shape.hidden);
     }
 }

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "graph/poolwindow.h"
-
-#include <cstdint>
+#include "windows.h"
 
 namespace scribo::cpu {
 
@@ -11,9 +9,7 @@ struct MaxPoolingShape
 {
     int block; ///< channels in a block: 8 or 16
     std::int64_t blocks;
-    PoolWindow down, across;
-    std::int64_t rows, columns; ///< of the source
-    std::int64_t resultRows, resultColumns;
+    WindowAxis down, across;
 };
 
 /// Works on one block of channels, the `index`-th; the addresses are where the whole begins. A window that holds a

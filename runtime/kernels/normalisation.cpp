@@ -1,12 +1,9 @@
-#include "operations.h"
+#include "normalisation.h"
 
 #include <cmath>
 
 namespace scribo::cpu {
 
-namespace {
-
-/// Brings one row to mean 0 and variance 1, then scales and shifts it; `shift` may be null.
 void normaliseRow(
     const float* source, const float* scale, const float* shift, float epsilon, float* result, std::int64_t count)
 {
@@ -28,54 +25,11 @@ void normaliseRow(
     }
 }
 
-} // namespace
-
-void addChannelAffine(PlanBuilder& plan, const format::Operation&)
+void scaleRow(const float* source, float scale, float shift, float* result, std::int64_t count)
 {
-    const Shape& shape = plan.shape(plan.input(0));
-    const std::int64_t batch = shape[0];
-    const std::int64_t channels = shape[1];
-    const std::int64_t inner = countRange(shape, 2, static_cast<int>(shape.size()));
-    const Operand source = plan.plainOperand(plan.input(0));
-    const Operand scale = plan.plainOperand(plan.input(1));
-    const Operand shift = plan.plainOperand(plan.input(2));
-    const Operand result = plan.plainResult(plan.output(0));
-    plan.addKernel({source.buffer, scale.buffer, shift.buffer, result.buffer}, [=](float* const* operands) {
-        const float* from = operands[0];
-        float* to = operands[3];
-        for (std::int64_t plane = 0; plane < batch * channels; ++plane) {
-            const float factor = operands[1][plane % channels];
-            const float offset = operands[2][plane % channels];
-            for (std::int64_t i = 0; i < inner; ++i) {
-                to[i] = from[i] * factor + offset;
-            }
-            from += inner;
-            to += inner;
-        }
-    });
-}
-
-void addLayerNormalisation(PlanBuilder& plan, const format::Operation& operation)
-{
-    const format::LayerNormalisation& normalisation = *operation.kind_as_LayerNormalisation();
-    const Shape& shape = plan.shape(plan.input(0));
-    const int rank = static_cast<int>(shape.size());
-    const int axis = normalAxis(normalisation.axis(), rank);
-    const std::int64_t rows = countRange(shape, 0, axis);
-    const std::int64_t count = countRange(shape, axis, rank);
-    const float epsilon = normalisation.epsilon();
-    const bool shifted = plan.input(2) >= 0;
-    const Operand source = plan.plainOperand(plan.input(0));
-    const Operand scale = plan.plainOperand(plan.input(1));
-    // Without a shift the scale stands in its place, unread.
-    const Operand shift = shifted ? plan.plainOperand(plan.input(2)) : scale;
-    const Operand result = plan.plainResult(plan.output(0));
-    plan.addKernel({source.buffer, scale.buffer, shift.buffer, result.buffer}, [=](float* const* operands) {
-        for (std::int64_t row = 0; row < rows; ++row) {
-            normaliseRow(operands[0] + row * count, operands[1], shifted ? operands[2] : nullptr, epsilon,
-                operands[3] + row * count, count);
-        }
-    });
+    for (std::int64_t i = 0; i < count; ++i) {
+        result[i] = source[i] * scale + shift;
+    }
 }
 
 } // namespace scribo::cpu

@@ -1,6 +1,6 @@
 #include "rowproduct.h"
 
-#include "vector.h"
+#include "dispatch.h"
 
 #include <algorithm>
 
@@ -80,45 +80,24 @@ SCRIBO_INLINE void multiplyColumns(
         product, product.rows - row, source + row * product.sourceRow, weights, bias, result + row * product.resultRow);
 }
 
-template <class Vector>
-SCRIBO_INLINE void multiply(
-    const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
+struct Multiply
 {
-    constexpr std::int64_t width = lanes<Vector>;
-    std::int64_t vector = 0;
-    for (; vector + vectorsAtOnce <= product.vectors; vector += vectorsAtOnce) {
-        multiplyColumns<Vector, vectorsAtOnce>(product, source, weights + vector * product.inner * width,
-            bias ? bias + vector * width : nullptr, result + vector * product.resultVector);
+    template <class Vector>
+    SCRIBO_INLINE static void run(
+        const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
+    {
+        constexpr std::int64_t width = lanes<Vector>;
+        std::int64_t vector = 0;
+        for (; vector + vectorsAtOnce <= product.vectors; vector += vectorsAtOnce) {
+            multiplyColumns<Vector, vectorsAtOnce>(product, source, weights + vector * product.inner * width,
+                bias ? bias + vector * width : nullptr, result + vector * product.resultVector);
+        }
+        if (vector < product.vectors) {
+            multiplyColumns<Vector, 1>(product, source, weights + vector * product.inner * width,
+                bias ? bias + vector * width : nullptr, result + vector * product.resultVector);
+        }
     }
-    if (vector < product.vectors) {
-        multiplyColumns<Vector, 1>(product, source, weights + vector * product.inner * width,
-            bias ? bias + vector * width : nullptr, result + vector * product.resultVector);
-    }
-}
-
-void multiply8(const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
-{
-    multiply<Float8>(product, source, weights, bias, result);
-}
-
-void multiply16(const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
-{
-    multiply<Float16>(product, source, weights, bias, result);
-}
-
-#if SCRIBO_X86
-SCRIBO_AVX2 void multiply8Avx2(
-    const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
-{
-    multiply<Float8>(product, source, weights, bias, result);
-}
-
-SCRIBO_AVX512 void multiply16Avx512(
-    const RowProduct& product, const float* source, const float* weights, const float* bias, float* result)
-{
-    multiply<Float16>(product, source, weights, bias, result);
-}
-#endif
+};
 
 } // namespace
 
@@ -152,24 +131,7 @@ ColumnPart columnPart(const RowProduct& product, std::int64_t index, std::int64_
 
 MultiplyRows multiplyRows(int lanes)
 {
-#if SCRIBO_X86
-    if (lanes == 16 && hasAvx512()) {
-        return multiply16Avx512;
-    }
-    if (lanes == 8 && hasAvx2()) {
-        return multiply8Avx2;
-    }
-#endif
-    return lanes == 16 ? multiply16 : multiply8;
-}
-
-int widestLanes()
-{
-#if SCRIBO_X86
-    return hasAvx512() ? 16 : 8;
-#else
-    return 8;
-#endif
+    return fastestForm<Multiply, MultiplyRows>(lanes);
 }
 
 } // namespace scribo::cpu

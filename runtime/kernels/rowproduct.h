@@ -51,7 +51,4 @@ using MultiplyRows
 /// The fastest for vectors of `lanes` floats on this processor.
 MultiplyRows multiplyRows(int lanes);
 
-/// The lanes of the widest vectors of this processor, 8 or 16.
-int widestLanes();
-
 } // namespace scribo::cpu

@@ -1,7 +1,6 @@
 #include "winograd.h"
 
-#include "processor.h"
-#include "vector.h"
+#include "dispatch.h"
 
 #include <algorithm>
 #include <limits>
@@ -78,69 +77,75 @@ SCRIBO_INLINE void loadRow(const float* row, std::int64_t left, std::int64_t col
     }
 }
 
-template <class Vector>
-SCRIBO_INLINE void spread(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
+struct Spread
 {
-    constexpr std::int64_t block = lanes<Vector>;
-    const std::int64_t layerSize = shape.channels * shape.tiles();
-    source += index * shape.rows * shape.columns * block;
-    layers += index * shape.tiles() * block;
-    Vector values[tile * tile];
-    for (std::int64_t down = 0; down < shape.tilesDown(); ++down) {
-        for (std::int64_t across = 0; across < shape.tilesAcross(); ++across, layers += block) {
-            for (std::int64_t i = 0; i < tile; ++i) {
-                const std::int64_t row = down * step - shape.padTop + i;
-                const bool inside = row >= 0 && row < shape.rows;
-                loadRow(inside ? source + row * shape.columns * block : nullptr, across * step - shape.padLeft,
-                    shape.columns, values + i * tile);
-                spreadSix(values + i * tile, values + i * tile, 1);
-            }
-            for (int i = 0; i < tile; ++i) {
-                spreadSix(values + i, values + i, tile);
-            }
-            for (std::int64_t i = 0; i < tile * tile; ++i) {
-                store(layers + i * layerSize, values[i]);
-            }
-        }
-    }
-}
-
-template <class Vector>
-SCRIBO_INLINE void gather(
-    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result)
-{
-    constexpr std::int64_t block = lanes<Vector>;
-    const std::int64_t layerSize = shape.filters * shape.tiles();
-    layers += index * shape.tiles() * block;
-    result += index * shape.resultRows * shape.resultColumns * block;
-    const Vector offset = load<Vector>(bias + index * block);
-    // Without rectification everything is above the floor.
-    const auto floor = splat<Vector>(relu ? 0.0F : -std::numeric_limits<float>::infinity());
-    Vector values[tile * tile];
-    Vector half[step * tile];
-    Vector done[step * step];
-    for (std::int64_t top = 0; top < shape.resultRows; top += step) {
-        for (std::int64_t left = 0; left < shape.resultColumns; left += step, layers += block) {
-            for (std::int64_t i = 0; i < tile * tile; ++i) {
-                values[i] = load<Vector>(layers + i * layerSize);
-            }
-            for (int i = 0; i < tile; ++i) {
-                gatherSix(values + i, tile, half + i, tile);
-            }
-            for (int i = 0; i < step; ++i) {
-                gatherSix(half + i * tile, 1, done + i * step, 1);
-            }
-            const std::int64_t rows = std::min(step, shape.resultRows - top);
-            const std::int64_t columns = std::min(step, shape.resultColumns - left);
-            for (std::int64_t y = 0; y < rows; ++y) {
-                float* row = result + ((top + y) * shape.resultColumns + left) * block;
-                for (std::int64_t x = 0; x < columns; ++x) {
-                    store(row + x * block, larger(done[y * step + x] + offset, floor));
+    template <class Vector>
+    SCRIBO_INLINE static void run(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
+    {
+        constexpr std::int64_t block = lanes<Vector>;
+        const std::int64_t layerSize = shape.channels * shape.tiles();
+        source += index * shape.rows * shape.columns * block;
+        layers += index * shape.tiles() * block;
+        Vector values[tile * tile];
+        for (std::int64_t down = 0; down < shape.tilesDown(); ++down) {
+            for (std::int64_t across = 0; across < shape.tilesAcross(); ++across, layers += block) {
+                for (std::int64_t i = 0; i < tile; ++i) {
+                    const std::int64_t row = down * step - shape.padTop + i;
+                    const bool inside = row >= 0 && row < shape.rows;
+                    loadRow(inside ? source + row * shape.columns * block : nullptr, across * step - shape.padLeft,
+                        shape.columns, values + i * tile);
+                    spreadSix(values + i * tile, values + i * tile, 1);
+                }
+                for (int i = 0; i < tile; ++i) {
+                    spreadSix(values + i, values + i, tile);
+                }
+                for (std::int64_t i = 0; i < tile * tile; ++i) {
+                    store(layers + i * layerSize, values[i]);
                 }
             }
         }
     }
-}
+};
+
+struct Gather
+{
+    template <class Vector>
+    SCRIBO_INLINE static void run(const WinogradShape& shape, std::int64_t index, const float* layers,
+        const float* bias, bool relu, float* result)
+    {
+        constexpr std::int64_t block = lanes<Vector>;
+        const std::int64_t layerSize = shape.filters * shape.tiles();
+        layers += index * shape.tiles() * block;
+        result += index * shape.resultRows * shape.resultColumns * block;
+        const Vector offset = load<Vector>(bias + index * block);
+        // Without rectification everything is above the floor.
+        const auto floor = splat<Vector>(relu ? 0.0F : -std::numeric_limits<float>::infinity());
+        Vector values[tile * tile];
+        Vector half[step * tile];
+        Vector done[step * step];
+        for (std::int64_t top = 0; top < shape.resultRows; top += step) {
+            for (std::int64_t left = 0; left < shape.resultColumns; left += step, layers += block) {
+                for (std::int64_t i = 0; i < tile * tile; ++i) {
+                    values[i] = load<Vector>(layers + i * layerSize);
+                }
+                for (int i = 0; i < tile; ++i) {
+                    gatherSix(values + i, tile, half + i, tile);
+                }
+                for (int i = 0; i < step; ++i) {
+                    gatherSix(half + i * tile, 1, done + i * step, 1);
+                }
+                const std::int64_t rows = std::min(step, shape.resultRows - top);
+                const std::int64_t columns = std::min(step, shape.resultColumns - left);
+                for (std::int64_t y = 0; y < rows; ++y) {
+                    float* row = result + ((top + y) * shape.resultColumns + left) * block;
+                    for (std::int64_t x = 0; x < columns; ++x) {
+                        store(row + x * block, larger(done[y * step + x] + offset, floor));
+                    }
+                }
+            }
+        }
+    }
+};
 
 /// G g G' of `count` filters g, at most filtersAtOnce, whose values lie side by side in each of the layers; the layers
 /// lie `layerSize` apart. One filter at a time would touch 36 distant places for a float each.
@@ -169,52 +174,6 @@ void transformFilters(const float* filters, std::int64_t count, float* layers, s
     }
 }
 
-void spread8(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
-{
-    spread<Float8>(shape, index, source, layers);
-}
-
-void gather8(
-    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result)
-{
-    gather<Float8>(shape, index, layers, bias, relu, result);
-}
-
-void spread16(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
-{
-    spread<Float16>(shape, index, source, layers);
-}
-
-void gather16(
-    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result)
-{
-    gather<Float16>(shape, index, layers, bias, relu, result);
-}
-
-#if SCRIBO_X86
-SCRIBO_AVX2 void spread8Avx2(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
-{
-    spread<Float8>(shape, index, source, layers);
-}
-
-SCRIBO_AVX2 void gather8Avx2(
-    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result)
-{
-    gather<Float8>(shape, index, layers, bias, relu, result);
-}
-
-SCRIBO_AVX512 void spread16Avx512(const WinogradShape& shape, std::int64_t index, const float* source, float* layers)
-{
-    spread<Float16>(shape, index, source, layers);
-}
-
-SCRIBO_AVX512 void gather16Avx512(
-    const WinogradShape& shape, std::int64_t index, const float* layers, const float* bias, bool relu, float* result)
-{
-    gather<Float16>(shape, index, layers, bias, relu, result);
-}
-#endif
-
 } // namespace
 
 std::vector<float> winogradWeights(
@@ -234,28 +193,12 @@ std::vector<float> winogradWeights(
 
 WinogradSpread winogradSpread(int block)
 {
-#if SCRIBO_X86
-    if (block == 16 && hasAvx512()) {
-        return spread16Avx512;
-    }
-    if (block == 8 && hasAvx2()) {
-        return spread8Avx2;
-    }
-#endif
-    return block == 16 ? spread16 : spread8;
+    return fastestForm<Spread, WinogradSpread>(block);
 }
 
 WinogradGather winogradGather(int block)
 {
-#if SCRIBO_X86
-    if (block == 16 && hasAvx512()) {
-        return gather16Avx512;
-    }
-    if (block == 8 && hasAvx2()) {
-        return gather8Avx2;
-    }
-#endif
-    return block == 16 ? gather16 : gather8;
+    return fastestForm<Gather, WinogradGather>(block);
 }
 
 } // namespace scribo::cpu

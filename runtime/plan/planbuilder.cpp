@@ -1,8 +1,6 @@
 #include "planbuilder.h"
 
 #include "format/networkcheck.h"
-#include "graph/shapes.h"
-#include "kernels/operations.h"
 
 #include <algorithm>
 
@@ -22,40 +20,20 @@ std::size_t floatBytes(const Shape& shape)
 
 } // namespace
 
-std::unique_ptr<Plan> makePlan(Model& model, int width, std::string* error)
-{
-    std::vector<Value> values;
-    if (!inferValues(model.network(), width, &values, error)) {
-        return nullptr;
-    }
-    PlanBuilder builder(model, std::move(values), width);
-    try {
-        std::unique_ptr<Plan> plan = builder.build();
-        if (plan->arenaSize() + plan->fixedSize() > maximumPlanBytes) {
-            *error = "a width of " + std::to_string(width) + " needs "
-                + std::to_string(plan->arenaSize() + plan->fixedSize()) + " bytes of working memory";
-            return nullptr;
-        }
-        return plan;
-    } catch (const dnnl::error& fault) {
-        *error = builder.operationTitle() + ": " + fault.what();
-        return nullptr;
-    }
-}
-
-PlanBuilder::PlanBuilder(Model& source, std::vector<Value> known, int width)
-    : model(source)
-    , values(std::move(known))
+PlanBuilder::PlanBuilder(Model& model, std::vector<Value> values, int width, std::size_t maximumFixed)
+    : model(model)
+    , values(std::move(values))
+    , maximumFixed(maximumFixed)
     , plan(new Plan)
-    , stream(source.engine())
-    , wanted(values.size(), false)
-    , bindingBuffers(values.size(), -1)
-    , places(values.size())
+    , stream(this->model.engine())
+    , wanted(this->values.size(), false)
+    , bindingBuffers(this->values.size(), -1)
+    , places(this->values.size())
 {
     plan->columns = width;
 }
 
-std::unique_ptr<Plan> PlanBuilder::build()
+std::unique_ptr<Plan> PlanBuilder::build(AddOperation add)
 {
     findWanted();
     placeBindings();
@@ -63,7 +41,7 @@ std::unique_ptr<Plan> PlanBuilder::build()
     for (current = 0; current < static_cast<int>(operations.size()); ++current) {
         if (isNeeded(operation())) {
             folding = allOperandsFixed(operation());
-            addOperation(*this, operation());
+            add(*this, operation());
         }
     }
     folding = false;
@@ -200,7 +178,7 @@ BufferId PlanBuilder::addRoom(std::size_t size, bool fixed)
     Buffer buffer;
     buffer.size = size;
     if (fixed) {
-        if (plan->fixedSize() + size > maximumPlanBytes) {
+        if (plan->fixedSize() + size > maximumFixed) {
             throw std::bad_alloc();
         }
         buffer.kind = Buffer::Kind::Fixed;

@@ -10,13 +10,6 @@
 
 namespace scribo::cpu {
 
-/// Plans with more working memory than this are refused: no picture needs it, a damaged engine may.
-constexpr std::size_t maximumPlanBytes = std::size_t(1) << 30;
-
-/// A plan of `model` for an input of `width` columns. Null, with a sentence in `error`, when there is
-/// none. Throws std::bad_alloc.
-std::unique_ptr<Plan> makePlan(Model& model, int width, std::string* error);
-
 /// A value in a buffer, in some layout.
 struct Operand
 {
@@ -24,17 +17,23 @@ struct Operand
     Layout layout;
 };
 
-/// A plan in the making: what the files in kernels/ turn operations with. Walks through the
+class PlanBuilder;
+/// Adds the steps of an operation, whose shapes are known, to a plan.
+using AddOperation = void (*)(PlanBuilder& plan, const format::Operation& operation);
+
+/// A plan in the making: what the files in operations/ turn operations with. Walks through the
 /// operations in order; keeps where each tensor lies and in which layouts; puts reorders between
 /// operations that want different ones. Operations whose operands are all known already are carried
 /// out at once, and only their results go into the plan.
 class PlanBuilder
 {
 public:
-    PlanBuilder(Model& source, std::vector<Value> known, int width);
+    /// `values`: of every tensor at a width of `width`. Values that are worked out once may take `maximumFixed` bytes.
+    PlanBuilder(Model& model, std::vector<Value> values, int width, std::size_t maximumFixed);
 
-    /// The finished plan. Throws dnnl::error and std::bad_alloc; operationTitle() then says where.
-    std::unique_ptr<Plan> build();
+    /// The finished plan, of what `add` gives for every operation that is needed. Throws dnnl::error and
+    /// std::bad_alloc; operationTitle() then says where.
+    std::unique_ptr<Plan> build(AddOperation add);
     std::string operationTitle() const;
 
     const dnnl::engine& engine() const { return model.engine(); }
@@ -99,6 +98,7 @@ private:
 
     Model& model;
     std::vector<Value> values;
+    std::size_t maximumFixed;
     std::unique_ptr<Plan> plan;
     dnnl::stream stream;
     /// Per tensor: whether a step needs it; whether it is bound, and as which; where it lies, first

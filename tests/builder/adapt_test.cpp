@@ -1,8 +1,8 @@
 // Models that were trained on other pictures, or give their scores another way, than training/ does it.
 
 #include "build.h"
-#include "enginefile.h"
 #include "enginerunner.h"
+#include "format/enginefile.h"
 #include "modelmaker.h"
 
 #include <gmock/gmock.h>

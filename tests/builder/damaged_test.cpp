@@ -2,7 +2,7 @@
 // cannot be read.
 
 #include "build.h"
-#include "enginefile.h"
+#include "format/enginefile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "testpackage.h"
 
 #include "build.h"
-#include "enginefile.h"
+#include "format/enginefile.h"
 
 #include <QFile>
 #include <QJsonArray>

@@ -1,8 +1,8 @@
 // Every model of vectors/, built and run through the public interface, against PyTorch's results.
 
 #include "build.h"
-#include "enginefile.h"
 #include "enginerunner.h"
+#include "format/enginefile.h"
 #include "onnxtensor.h"
 
 #include <gmock/gmock.h>

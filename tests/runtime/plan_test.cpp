@@ -1,6 +1,6 @@
 #include "operationcase.h"
 
-#include "plan/planbuilder.h"
+#include "operations/planner.h"
 #include "plan/plancache.h"
 
 namespace scribo::test {

@@ -170,9 +170,8 @@ TEST(MaxPooling, OfBlocksEqualsItsDefinition)
         pooling.pads = {number(0, pooling.kernel[0] - 1), number(0, pooling.kernel[1] - 1), 0, 0};
         const Array expected = reference::pooling(pooling, data);
         const cpu::MaxPoolingShape shape{block, data.shape[1] / block,
-            {pooling.kernel[0], pooling.strides[0], pooling.pads[0], 0, false},
-            {pooling.kernel[1], pooling.strides[1], pooling.pads[1], 0, false}, data.shape[2], data.shape[3],
-            expected.shape[2], expected.shape[3]};
+            {pooling.kernel[0], pooling.strides[0], pooling.pads[0], 0, data.shape[2], expected.shape[2]},
+            {pooling.kernel[1], pooling.strides[1], pooling.pads[1], 0, data.shape[3], expected.shape[3]}};
         std::vector<float> result(expected.data.size());
         const std::vector<float> source = inBlocks(data, block);
         for (std::int64_t i = 0; i < shape.blocks; ++i) {

@@ -1,9 +1,11 @@
 #include "arguments.h"
 #include "enginereport.h"
-#include "enginetimer.h"
+#include "enginerunner.h"
 #include "loadedengine.h"
 #include "text.h"
 #include "tool.h"
+
+#include "timing/enginetimer.h"
 
 #include <numeric>
 
@@ -83,16 +85,18 @@ QString profileTable(const EngineReport& report, const std::vector<double>& spen
 }
 
 /// Times all widths. False, with a sentence in `error`, when one cannot be planned.
-bool timeWidths(
-    EngineTimer* timer, const EngineReport* report, const QList<int>& widths, int runs, QString* text, QString* error)
+bool timeWidths(cpu::EngineTimer* timer, const EngineReport* report, const QList<int>& widths, int runs, QString* text,
+    QString* error)
 {
     QList<QStringList> rows = {{"width", "first run", "median", "best", "two threads", "choice", "plan"}};
     QString profiles;
     for (int width : widths) {
-        WidthTimes times;
-        if (!timer->time(width, runs, &times, error)) {
+        const Result<cpu::WidthTimes> timed = timer->time(width, runs);
+        if (!timed) {
+            *error = QString::fromStdString(timed.error().message);
             return false;
         }
+        const cpu::WidthTimes& times = *timed;
         rows << QStringList{QString::number(width), millisecondsText(times.first), millisecondsText(times.median),
             millisecondsText(times.best), times.helped > 0 ? millisecondsText(times.helped) : QStringLiteral("-"),
             countText(static_cast<std::size_t>(times.threads), "thread"), bytesText(times.planBytes)};
@@ -132,11 +136,13 @@ ExitCode benchCommand(const QStringList& arguments, Streams streams)
     }
     LoadedEngine engine;
     EngineReport report;
-    EngineTimer timer;
+    cpu::EngineTimer timer(testPicture);
     QString error;
-    if (!engine.read(command.file(), &error) || !describeEngine(engine.network(), &report, &error)
-        || !timer.load(engine.file().data(), engine.file().size(), &error)) {
+    if (!engine.read(command.file(), &error) || !describeEngine(engine.network(), &report, &error)) {
         return fail(streams, command.file(), error);
+    }
+    if (const Result<void> loaded = timer.load(engine.file().data(), engine.file().size()); !loaded) {
+        return fail(streams, command.file(), QString::fromStdString(loaded.error().message));
     }
     const QList<int> widths = widthsToTime(command, engine.network(), streams);
     if (widths.isEmpty()) {

@@ -1,8 +1,8 @@
 #include "enginemaker.h"
 
 #include "build.h"
-#include "enginefile.h"
 #include "enginerunner.h"
+#include "format/enginefile.h"
 
 namespace scribo::tool {
 

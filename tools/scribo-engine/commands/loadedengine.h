@@ -1,6 +1,6 @@
 #pragma once
 
-#include "enginefile.h"
+#include "format/enginefile.h"
 
 #include <QString>
 

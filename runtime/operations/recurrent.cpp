@@ -1,7 +1,9 @@
-#include "lstm.h"
 #include "operations.h"
 #include "recurrentweights.h"
-#include "rowproduct.h"
+
+#include "kernels/lstm.h"
+#include "kernels/processor.h"
+#include "kernels/rowproduct.h"
 
 namespace scribo::cpu {
 

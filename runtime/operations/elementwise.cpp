@@ -2,6 +2,7 @@
 
 #include "graph/scalarmath.h"
 #include "graph/stridedwalk.h"
+#include "kernels/elementwise.h"
 
 namespace scribo::cpu {
 
@@ -18,20 +19,7 @@ template <BinaryKind kind>
 void binaryRow(
     const float* a, std::int64_t aStep, const float* b, std::int64_t bStep, float* result, std::int64_t count)
 {
-    // The common steps apart, so that the compiler can make vectors of them.
-    if (aStep == 1 && bStep == 1) {
-        for (std::int64_t i = 0; i < count; ++i) {
-            result[i] = applyBinary(kind, a[i], b[i]);
-        }
-    } else if (aStep == 1 && bStep == 0) {
-        for (std::int64_t i = 0; i < count; ++i) {
-            result[i] = applyBinary(kind, a[i], *b);
-        }
-    } else {
-        for (std::int64_t i = 0; i < count; ++i) {
-            result[i] = applyBinary(kind, a[i * aStep], b[i * bStep]);
-        }
-    }
+    combineRow([](float x, float y) { return applyBinary(kind, x, y); }, a, aStep, b, bStep, result, count);
 }
 
 BinaryRow binaryRowOf(BinaryKind kind)
@@ -60,9 +48,7 @@ using UnaryLoop = void (*)(const float* source, float* result, std::int64_t coun
 template <UnaryKind kind>
 void unaryLoop(const float* source, float* result, std::int64_t count)
 {
-    for (std::int64_t i = 0; i < count; ++i) {
-        result[i] = applyUnary(kind, source[i]);
-    }
+    mapRow([](float x) { return applyUnary(kind, x); }, source, result, count);
 }
 
 UnaryLoop unaryLoopOf(UnaryKind kind)

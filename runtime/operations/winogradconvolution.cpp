@@ -1,8 +1,10 @@
 #include "winogradconvolution.h"
 
 #include "activation.h"
-#include "rowproduct.h"
-#include "winograd.h"
+
+#include "kernels/processor.h"
+#include "kernels/rowproduct.h"
+#include "kernels/winograd.h"
 
 #include <algorithm>
 

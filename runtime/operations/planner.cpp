@@ -1,0 +1,50 @@
+#include "planner.h"
+
+#include "operations.h"
+
+#include "graph/shapes.h"
+#include "kernels/processor.h"
+
+namespace scribo::cpu {
+
+namespace {
+
+/// Has oneDNN keep to the instruction sets that SCRIBO_ISA allows. That works only before its first primitive.
+bool limitOneDnn()
+{
+    switch (allowedInstructionSet()) {
+    case InstructionSet::Base:
+        return dnnl::set_max_cpu_isa(dnnl::cpu_isa::sse41) == dnnl::status::success;
+    case InstructionSet::Avx2:
+        return dnnl::set_max_cpu_isa(dnnl::cpu_isa::avx2) == dnnl::status::success;
+    case InstructionSet::Avx512:
+        break;
+    }
+    return true;
+}
+
+} // namespace
+
+std::unique_ptr<Plan> makePlan(Model& model, int width, std::string* error)
+{
+    [[maybe_unused]] static const bool limited = limitOneDnn();
+    std::vector<Value> values;
+    if (!inferValues(model.network(), width, &values, error)) {
+        return nullptr;
+    }
+    PlanBuilder builder(model, std::move(values), width, maximumPlanBytes);
+    try {
+        std::unique_ptr<Plan> plan = builder.build(addOperation);
+        if (plan->arenaSize() + plan->fixedSize() > maximumPlanBytes) {
+            *error = "a width of " + std::to_string(width) + " needs "
+                + std::to_string(plan->arenaSize() + plan->fixedSize()) + " bytes of working memory";
+            return nullptr;
+        }
+        return plan;
+    } catch (const dnnl::error& fault) {
+        *error = builder.operationTitle() + ": " + fault.what();
+        return nullptr;
+    }
+}
+
+} // namespace scribo::cpu
