@@ -22,8 +22,8 @@ from torch_vectors import CASES, data_sets, exported, settle, write_case
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "training"))
 # The kit lies in training/, which has to be on the path first.
-from scribokit import model as kit  # noqa: E402
-from scribokit.exporting import write_onnx  # noqa: E402
+from scribokit.network import model as kit  # noqa: E402
+from scribokit.network.exporting import write_onnx  # noqa: E402
 
 FOLDER = pathlib.Path(__file__).resolve().parent / "vectors"
 

@@ -7,8 +7,8 @@ import threading
 import unittest
 from pathlib import Path
 
-from scribokit.ahead import Ahead
-from scribokit.training import load_model
+from scribokit.network.ahead import Ahead
+from scribokit.network.training import load_model
 
 
 PROGRAM = Path(__file__).resolve().parents[2] / "training" / "train"

@@ -3,7 +3,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from scribokit.alphabet import read_alphabet
+from scribokit.common.alphabet import read_alphabet
 
 
 class Alphabet(unittest.TestCase):

@@ -6,9 +6,9 @@ from pathlib import Path
 import cv2
 import numpy as np
 
-from scribokit.archive import archived_pictures, reading_of
-from scribokit.labels import label_of_name, load_rows, read_labels, write_labels
-from scribokit.readers import load_picture
+from scribokit.collecting.archive import archived_pictures, reading_of
+from scribokit.common.labels import label_of_name, load_rows, read_labels, write_labels
+from scribokit.common.pictures import load_picture
 
 PICTURE = cv2.imencode(".bmp", np.zeros((4, 4), np.uint8))[1].tobytes()
 

@@ -2,10 +2,10 @@ import unittest
 
 import numpy as np
 
-from scribokit.alphabet import read_alphabet
-from scribokit.batches import Batches
-from scribokit.ctc import steps_needed
-from scribokit.maker import PictureMaker
+from scribokit.common.alphabet import read_alphabet
+from scribokit.common.ctc import steps_needed
+from scribokit.drawing.maker import PictureMaker
+from scribokit.network.batches import Batches
 
 ALPHABET = read_alphabet()
 

@@ -4,11 +4,11 @@ import unittest
 import cv2
 import numpy as np
 
-from scribokit.camera import shoot
-from scribokit.conditions import Paint, View, emboss
-from scribokit.faces import CAP_HEIGHT
-from scribokit.noise import NoiseBank
-from scribokit.scene import TEXT, Scene
+from scribokit.drawing.camera import shoot
+from scribokit.drawing.conditions import Paint, View, emboss
+from scribokit.drawing.faces import CAP_HEIGHT
+from scribokit.drawing.noise import NoiseBank
+from scribokit.drawing.scene import TEXT, Scene
 
 PRINTED = Paint((200, 200, 200), (20, 20, 20), (0, 0, 0), (0, 0, 0), (0, 0, 0))
 

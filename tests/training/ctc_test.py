@@ -2,7 +2,7 @@ import unittest
 
 import numpy as np
 
-from scribokit.ctc import decode, decode_scores, distance, encode, steps_needed
+from scribokit.common.ctc import decode, decode_scores, distance, encode, steps_needed
 
 
 class LabelCoding(unittest.TestCase):

@@ -7,12 +7,12 @@ from pathlib import Path
 import cv2
 import torch
 
-from scribokit.batches import Batches
-from scribokit.exporting import write_onnx
-from scribokit.maker import PictureMaker
-from scribokit.model import Crnn, Shape
-from scribokit.readers import onnx_reader
-from scribokit.training import Trainer, learning_rate
+from scribokit.drawing.maker import PictureMaker
+from scribokit.measuring.readers import onnx_reader
+from scribokit.network.batches import Batches
+from scribokit.network.exporting import write_onnx
+from scribokit.network.model import Crnn, Shape
+from scribokit.network.training import Trainer, learning_rate
 
 DIGITS = "0123456789"
 STEPS = 1000

@@ -11,10 +11,11 @@ import numpy as np
 import torch
 
 from networks import SMALL
-from scribokit.exporting import write_onnx
-from scribokit.labels import CSV_NAME, read_labels
-from scribokit.model import Crnn
-from scribokit.readers import InspectReader, load_picture, onnx_reader, readings
+from scribokit.common.labels import CSV_NAME, read_labels
+from scribokit.common.pictures import load_picture
+from scribokit.measuring.readers import InspectReader, onnx_reader, readings
+from scribokit.network.exporting import write_onnx
+from scribokit.network.model import Crnn
 
 TRAINING = Path(__file__).resolve().parents[2] / "training"
 

@@ -8,10 +8,16 @@ import onnx
 import torch
 
 from networks import SMALL, stirred
-from scribokit.exporting import TOLERANCE, export_difference, write_onnx, write_package
-from scribokit.model import STRETCH, Crnn, Shape, blended, folded, from_onnx, to_input
-from scribokit.supply import Supply
-from scribokit.training import Trainer, learning_rate, load_model, load_trainer, save_checkpoint
+from scribokit.network.exporting import TOLERANCE, export_difference, write_onnx, write_package
+from scribokit.network.model import STRETCH, Crnn, Shape, blended, folded, from_onnx, to_input
+from scribokit.network.supply import Supply
+from scribokit.network.training import (
+    Trainer,
+    learning_rate,
+    load_model,
+    load_trainer,
+    save_checkpoint,
+)
 
 
 class Exporting(unittest.TestCase):

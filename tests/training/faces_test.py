@@ -2,12 +2,12 @@ import unittest
 
 import numpy as np
 
-from scribokit.alphabet import read_alphabet
-from scribokit.dots import COLUMNS, FORMS, ROWS, DotFace
-from scribokit.faces import CAP_HEIGHT, FontFace, StrokeFace, rounded
-from scribokit.fontlist import PLATE, PRINT, font_files
-from scribokit.maker import PictureMaker, SingleFace
-from scribokit.scene import set_line
+from scribokit.common.alphabet import read_alphabet
+from scribokit.drawing.dots import COLUMNS, FORMS, ROWS, DotFace
+from scribokit.drawing.faces import CAP_HEIGHT, FontFace, StrokeFace, rounded
+from scribokit.drawing.fontlist import PLATE, PRINT, font_files
+from scribokit.drawing.maker import PictureMaker, SingleFace
+from scribokit.drawing.scene import set_line
 
 ALPHABET = read_alphabet()
 

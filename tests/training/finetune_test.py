@@ -12,10 +12,10 @@ import numpy as np
 import torch
 
 from networks import SMALL
-from scribokit.exporting import write_onnx
-from scribokit.finetune import MixedMaker, split, varied
-from scribokit.labels import load_rows, read_labels
-from scribokit.model import Crnn, Shape
+from scribokit.common.labels import load_rows, read_labels
+from scribokit.network.exporting import write_onnx
+from scribokit.network.finetune import MixedMaker, split, varied
+from scribokit.network.model import Crnn, Shape
 
 PROGRAM = Path(__file__).resolve().parents[2] / "training" / "fine-tune"
 

@@ -8,10 +8,10 @@ import torch
 from torch.nn import functional
 
 from networks import SMALL, stirred
-from scribokit.exporting import write_onnx
-from scribokit.growing import grown
-from scribokit.model import Crnn, folded, from_onnx, read_stages, weight_count
-from scribokit.training import load_model
+from scribokit.network.exporting import write_onnx
+from scribokit.network.growing import grown
+from scribokit.network.model import Crnn, folded, from_onnx, read_stages, weight_count
+from scribokit.network.training import load_model
 
 TRAIN = Path(__file__).resolve().parents[2] / "training" / "train"
 SMALL_WEIGHTS = weight_count(folded(Crnn(SMALL)))

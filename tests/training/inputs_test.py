@@ -2,8 +2,8 @@ import unittest
 
 import numpy as np
 
-from scribokit.batches import Batches
-from scribokit.inputs import as_picture, network_input, stretched
+from scribokit.common.inputs import as_picture, network_input, stretched
+from scribokit.network.batches import Batches
 
 RED = (20, 40, 200)  # blue, green, red
 

@@ -10,7 +10,7 @@ from pathlib import Path
 import cv2
 import numpy as np
 
-from scribokit.labelling import (
+from scribokit.collecting.labelling import (
     BACKSPACE,
     CLEAR,
     ENTER,
@@ -23,7 +23,7 @@ from scribokit.labelling import (
     half_blocks,
     keys,
 )
-from scribokit.labels import load_rows, read_labels, write_labels
+from scribokit.common.labels import load_rows, read_labels, write_labels
 
 PROGRAM = Path(__file__).resolve().parents[2] / "training" / "fine-tune"
 DIGITS = "0123456789"

@@ -2,7 +2,7 @@ import unittest
 
 import numpy as np
 
-from scribokit.legibility import all_stand_out, marks_of
+from scribokit.drawing.legibility import all_stand_out, marks_of
 
 
 class Legibility(unittest.TestCase):

@@ -5,10 +5,10 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from scribokit.alphabet import read_alphabet
-from scribokit.maker import PictureMaker
-from scribokit.readers import InspectReader, onnx_reader
-from scribokit.sheets import write_picture
+from scribokit.common.alphabet import read_alphabet
+from scribokit.common.pictures import write_picture
+from scribokit.drawing.maker import PictureMaker
+from scribokit.measuring.readers import InspectReader, onnx_reader
 
 ROOT = Path(__file__).resolve().parents[2]
 

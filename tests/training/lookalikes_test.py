@@ -2,11 +2,11 @@ import unittest
 
 import numpy as np
 
-from scribokit.alphabet import read_alphabet
-from scribokit.faces import FontFace, Glyph
-from scribokit.fontlist import PRINT, font_files
-from scribokit.lookalikes import is_told, undecided
-from scribokit.maker import PictureMaker, SingleFace
+from scribokit.common.alphabet import read_alphabet
+from scribokit.drawing.faces import FontFace, Glyph
+from scribokit.drawing.fontlist import PRINT, font_files
+from scribokit.drawing.lookalikes import is_told, undecided
+from scribokit.drawing.maker import PictureMaker, SingleFace
 
 ALPHABET = read_alphabet()
 

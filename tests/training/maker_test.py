@@ -2,8 +2,8 @@ import unittest
 
 import numpy as np
 
-from scribokit.alphabet import read_alphabet
-from scribokit.maker import RECIPES, PictureMaker
+from scribokit.common.alphabet import read_alphabet
+from scribokit.drawing.maker import RECIPES, PictureMaker
 
 ALPHABET = read_alphabet()
 

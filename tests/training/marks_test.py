@@ -3,11 +3,11 @@ import unittest
 
 import numpy as np
 
-from scribokit import marks
-from scribokit.faces import FontFace
-from scribokit.fontlist import PRINT, font_files
-from scribokit.noise import NoiseBank
-from scribokit.scene import set_line
+from scribokit.drawing import marks
+from scribokit.drawing.faces import FontFace
+from scribokit.drawing.fontlist import PRINT, font_files
+from scribokit.drawing.noise import NoiseBank
+from scribokit.drawing.scene import set_line
 
 
 class Marks(unittest.TestCase):

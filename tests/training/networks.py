@@ -1,7 +1,7 @@
 """Networks small enough for tests."""
 import torch
 
-from scribokit.model import Crnn, Shape
+from scribokit.network.model import Crnn, Shape
 
 SMALL = Shape(((4,), (6,), (8, 8), (10,), (12,)), 8, 4)
 

@@ -3,10 +3,10 @@ import unittest
 
 import numpy as np
 
-from scribokit import plates
-from scribokit.faces import CAP_HEIGHT, StrokeFace
-from scribokit.pieces import scenery
-from scribokit.scene import CLUTTER, FAINT, OUTSIDE, TEXT, Scene
+from scribokit.drawing import plates
+from scribokit.drawing.faces import CAP_HEIGHT, StrokeFace
+from scribokit.drawing.pieces import scenery
+from scribokit.drawing.scene import CLUTTER, FAINT, OUTSIDE, TEXT, Scene
 
 
 class Plates(unittest.TestCase):

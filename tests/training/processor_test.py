@@ -9,7 +9,7 @@ from pathlib import Path
 import cv2
 import torch
 
-from scribokit import processor
+from scribokit.common import processor
 
 
 TRAIN = Path(__file__).resolve().parents[2] / "training" / "train"

@@ -3,8 +3,8 @@ from collections import Counter
 
 import numpy as np
 
-from scribokit.scoring import Score, aligned, by_size, confusion_picture, only
-from scribokit.sheets import contact_sheet
+from scribokit.common.sheets import contact_sheet
+from scribokit.measuring.scoring import Score, aligned, by_size, confusion_picture, only
 
 
 class Scores(unittest.TestCase):

@@ -5,9 +5,9 @@ import numpy as np
 import torch
 
 from networks import SMALL
-from scribokit.model import Crnn
-from scribokit.selection import Selected
-from scribokit.training import Trainer
+from scribokit.network.model import Crnn
+from scribokit.network.selection import Selected
+from scribokit.network.training import Trainer
 
 
 class Numbers:

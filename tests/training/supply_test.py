@@ -4,11 +4,11 @@ import time
 import unittest
 from pathlib import Path
 
-from scribokit.supply import Supply
+from scribokit.network.supply import Supply
 
 PARENT = """
 import time
-from scribokit.supply import Supply
+from scribokit.network.supply import Supply
 if __name__ == "__main__":
     supply = Supply("clean", "0123456789", 1, 512, 192, 1)
     supply.next()

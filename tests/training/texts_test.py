@@ -1,8 +1,8 @@
 import random
 import unittest
 
-from scribokit.alphabet import read_alphabet
-from scribokit.texts import (
+from scribokit.common.alphabet import read_alphabet
+from scribokit.drawing.texts import (
     LOOKALIKES,
     PLATE_PATTERNS,
     even_text,

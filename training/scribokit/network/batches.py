@@ -2,8 +2,8 @@
 """
 import numpy as np
 
-from .ctc import steps_needed
-from .inputs import HEIGHT, NARROWEST, WIDEST, network_input, stretched
+from ..common.ctc import steps_needed
+from ..common.inputs import HEIGHT, NARROWEST, WIDEST, network_input, stretched
 
 WIDTH_STEP = 16
 

@@ -6,7 +6,7 @@ from dataclasses import dataclass, field
 import cv2
 import numpy as np
 
-from .ctc import distance
+from ..common.ctc import distance
 
 
 @dataclass

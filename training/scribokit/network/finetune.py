@@ -5,9 +5,9 @@ from collections import Counter
 import cv2
 import numpy as np
 
+from ..common.ctc import steps_needed
+from ..common.inputs import network_input, stretched
 from .batches import WIDTH_STEP
-from .ctc import steps_needed
-from .inputs import network_input, stretched
 
 
 def split(pairs, held_out_part, seed):

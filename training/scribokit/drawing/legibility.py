@@ -5,7 +5,7 @@ from functools import reduce
 import cv2
 import numpy as np
 
-from .inputs import HEIGHT, WIDEST
+from ..common.inputs import HEIGHT, WIDEST
 
 # Pixels that a capital has to have in height, and a character with its gap in width, to be told
 # from others: the smallest letters in use are drawn in seven rows, and N needs four columns, so

@@ -9,8 +9,8 @@ import tty
 
 import cv2
 
-from .labels import CSV_NAME, PICTURE_TEXT, load_rows
-from .readers import load_picture
+from ..common.labels import CSV_NAME, PICTURE_TEXT, load_rows
+from ..common.pictures import load_picture
 
 KEYS = """\
 Enter           the text is right, go on          Ctrl-D     leave the picture out

@@ -6,8 +6,8 @@ import signal
 
 import cv2
 
+from ..drawing.maker import PictureMaker
 from .batches import Batches
-from .maker import PictureMaker
 
 
 def _work(recipe, alphabet, seed, columns, widest, stretch_below, outbox, parent):

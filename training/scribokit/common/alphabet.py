@@ -2,7 +2,7 @@
 import json
 from pathlib import Path
 
-DEFAULT_CONFIGURATION = Path(__file__).resolve().parents[2] / "models" / "ocr_printed_p1_1.json"
+DEFAULT_CONFIGURATION = Path(__file__).resolve().parents[3] / "models" / "ocr_printed_p1_1.json"
 
 
 def read_alphabet(path=DEFAULT_CONFIGURATION):

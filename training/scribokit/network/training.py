@@ -14,8 +14,8 @@ from pathlib import Path
 import torch
 from torch import nn
 
-from .ctc import decode_scores, distance, encode
-from .inputs import as_picture
+from ..common.ctc import decode_scores, distance, encode
+from ..common.inputs import as_picture
 from .model import Crnn, Shape, to_input
 
 

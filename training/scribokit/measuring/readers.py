@@ -6,24 +6,12 @@ import tempfile
 from pathlib import Path
 
 import cv2
-import numpy as np
 import torch
 
-from .ctc import decode_scores
-from .inputs import network_input
-from .model import model_for, to_input
-from .sheets import write_picture
-
-
-def load_picture(path):
-    """A picture as BGR bytes. OSError when the file cannot be read, ValueError when it is no
-    picture."""
-    # Not by OpenCV, which ends the program at a name that is not UTF-8.
-    data = np.frombuffer(Path(path).read_bytes(), np.uint8)
-    picture = cv2.imdecode(data, cv2.IMREAD_COLOR) if data.size else None
-    if picture is None:
-        raise ValueError(f"{path}: not a picture")
-    return picture
+from ..common.ctc import decode_scores
+from ..common.inputs import network_input
+from ..common.pictures import load_picture, write_picture
+from ..network.model import model_for, to_input
 
 
 class ModelReader:

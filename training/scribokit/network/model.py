@@ -6,7 +6,7 @@ import torch
 from torch import nn
 from torch.nn import functional
 
-from .inputs import WIDEST, stretched
+from ..common.inputs import WIDEST, stretched
 
 
 # The constant of an exported model that holds the extents half of the way to which narrow pictures

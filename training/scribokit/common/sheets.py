@@ -1,14 +1,8 @@
-"""Contact sheets, many pictures with their captions on one, and writing pictures."""
+"""Contact sheets: many pictures with their captions on one."""
 import cv2
 import numpy as np
 
 _CELL_WIDTH, _PICTURE_HEIGHT, _CAPTION_HEIGHT = 330, 48, 20
-
-
-def write_picture(path, picture):
-    """Writes a picture file. OSError when that fails, of which OpenCV says nothing."""
-    if not cv2.imwrite(str(path), picture):
-        raise OSError(f"{path} cannot be written")
 
 
 def contact_sheet(entries, columns=5):

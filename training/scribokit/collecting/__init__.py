@@ -1,0 +1,1 @@
+"""Collects the pictures that a line has archived, and has their labels corrected."""

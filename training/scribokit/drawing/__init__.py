@@ -1,0 +1,1 @@
+"""Draws labelled pictures of printed lines."""

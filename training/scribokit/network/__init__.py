@@ -1,0 +1,1 @@
+"""The network: its training, growing and export."""
