@@ -3,7 +3,7 @@
 #include "archive/sanitizers.h"
 #include "loadedplugin.h"
 #include "residentmemory.h"
-#include "scriptedtool.h"
+#include "stationtool.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -29,7 +29,7 @@ cv::Mat printed(const char* text)
 /// One station with its own picture, and what it read from it when it was alone.
 struct Station
 {
-    ScriptedTool tool;
+    StationTool tool;
     std::unique_ptr<ProcessorInterface> processor;
     QString alone;
     int crossed = 0;
