@@ -2,11 +2,11 @@
 // plain OpenCV that writes the same pictures. Each pair is measured in turns, and medians are compared, so that
 // whatever else the machine does falls on both sides.
 
-#include "archive/faketool.h"
 #include "benchhost.h"
 #include "picturearchive.h"
 #include "pluginsettings.h"
 #include "scribo.h"
+#include "scriptedtool.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -64,10 +64,10 @@ cv::Mat printedPicture(cv::Size size)
 void benchInspection(const LoadedPlugin& plugin, int files)
 {
     const QTemporaryDir directory;
-    FakeTool tool;
+    ScriptedTool tool;
     tool.directory = directory.path() + '/';
     tool.picture = printedPicture({640, 480});
-    tool.regionList = {QRectF(0, 200, 320, 80)};
+    tool.taughtRegions = {QRectF(0, 200, 320, 80)};
     const auto station = plugin.makeInstance(&tool);
     const QString folder = tool.directory + "AISavePic/printed_p1_1_C1_T1/OK/";
 
@@ -92,7 +92,7 @@ void benchInspection(const LoadedPlugin& plugin, int files)
 void benchWriters(cv::Size size, int type)
 {
     const QTemporaryDir directory;
-    FakeTool tool;
+    ScriptedTool tool;
     PluginSettings settings;
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
     cv::Mat picture = printedPicture(size);

@@ -3,9 +3,9 @@
 // `process` and enqueueV2.
 
 #include "benchhost.h"
-#include "blackbox/stationtool.h"
 #include "loadedengine.h"
 #include "ocranalyser.h"
+#include "scriptedtool.h"
 
 #include <NvInfer.h>
 
@@ -140,7 +140,7 @@ void add(const char* name, int width, const std::function<void(benchmark::State&
 void addWidth(const LoadedPlugin& plugin, OCRAnalyser* analyser, BareEngine* bare, int width)
 {
     add("process", width, [&plugin, width](benchmark::State& state) {
-        StationTool tool;
+        ScriptedTool tool;
         tool.picture = printedPicture(width);
         tool.taughtRegions = {QRectF(0, 0, width, height)};
         const auto station = plugin.makeInstance(&tool);

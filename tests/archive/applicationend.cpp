@@ -1,10 +1,10 @@
 // An application that ends with pictures still in the queue: queues twenty and returns from main.
 // Argument: the folder for the pictures.
 
-#include "faketool.h"
 #include "picturearchive.h"
 #include "pluginsettings.h"
 #include "scribo.h"
+#include "scriptedtool.h"
 #include "testpictures.h"
 
 #include <QCoreApplication>
@@ -12,7 +12,7 @@
 int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
-    FakeTool tool;
+    ScriptedTool tool;
     PluginSettings settings;
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
     for (int number = 0; number < PictureQueue::maxWaiting; ++number) {

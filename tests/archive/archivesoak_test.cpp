@@ -1,7 +1,7 @@
 #include "blackbox/loadedplugin.h"
-#include "faketool.h"
 #include "residentmemory.h"
 #include "sanitizers.h"
+#include "scriptedtool.h"
 #include "testpictures.h"
 
 #include <QJsonArray>
@@ -31,10 +31,10 @@ TEST(ArchiveSoak, AStationThatSavesEveryPictureKeepsItsLimitAndItsMemory)
     const LoadedPlugin plugin;
     ASSERT_NE(plugin.root(), nullptr) << plugin.errorString().toStdString();
     const QTemporaryDir directory;
-    FakeTool tool;
+    ScriptedTool tool;
     tool.directory = directory.path() + '/';
     tool.picture = numberedPicture(7, {96, 48});
-    tool.regionList = {QRectF(3, 5, 61, 32)};
+    tool.taughtRegions = {QRectF(3, 5, 61, 32)};
     const auto station = plugin.makeInstance(&tool);
     setParameter(*station, 3, QJsonArray{false, true}); // the model is not asked: this is about pictures
     setParameter(*station, 4, QJsonArray{true, false});

@@ -1,9 +1,9 @@
 #include "picturearchive.h"
 
-#include "faketool.h"
 #include "pluginsettings.h"
 #include "sanitizers.h"
 #include "scribo.h"
+#include "scriptedtool.h"
 #include "testpictures.h"
 
 #include <QDir>
@@ -88,7 +88,7 @@ protected:
     }
 
     QTemporaryDir directory;
-    FakeTool tool;
+    ScriptedTool tool;
     PluginSettings settings;
 };
 

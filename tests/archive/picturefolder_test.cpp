@@ -1,7 +1,7 @@
 #include "picturearchive.h"
 
-#include "faketool.h"
 #include "pluginsettings.h"
+#include "scriptedtool.h"
 #include "testpictures.h"
 
 #include <QDir>
@@ -40,7 +40,7 @@ protected:
     }
 
     QTemporaryDir directory;
-    FakeTool tool;
+    ScriptedTool tool;
     PluginSettings settings;
     QDateTime now{QDate(2021, 11, 12), QTime(9, 43, 23, 421)};
     QStringList devices{QStringLiteral("/dev/sda")};
@@ -95,11 +95,11 @@ TEST_F(PictureFolders, AToolWithoutDirectorySavesInTheWorkingDirectory)
 TEST_F(PictureFolders, ARemovableDiskHasAFolderForEachDay)
 {
     saveAll(true);
-    tool.removable = directory.filePath(QStringLiteral("USB"));
-    EXPECT_EQ(folderOf(okRecord()), tool.removable + "/AISavePic_20211112/tavoro_p1_1_C1_T1/OK/");
-    EXPECT_EQ(folderOf(ngRecord(2)), tool.removable + "/AISavePic_20211112/tavoro_p1_1_C1_T1/NG/ng");
+    tool.removableDisk = directory.filePath(QStringLiteral("USB"));
+    EXPECT_EQ(folderOf(okRecord()), tool.removableDisk + "/AISavePic_20211112/tavoro_p1_1_C1_T1/OK/");
+    EXPECT_EQ(folderOf(ngRecord(2)), tool.removableDisk + "/AISavePic_20211112/tavoro_p1_1_C1_T1/NG/ng");
     now = now.addDays(50);
-    EXPECT_EQ(folderOf(okRecord()), tool.removable + "/AISavePic_20220101/tavoro_p1_1_C1_T1/OK/");
+    EXPECT_EQ(folderOf(okRecord()), tool.removableDisk + "/AISavePic_20220101/tavoro_p1_1_C1_T1/OK/");
     EXPECT_FALSE(QDir(tool.directory).exists());
 }
 
@@ -211,10 +211,10 @@ TEST_F(PictureFolders, AFolderBeyondItsLimitStaysClosed)
 TEST_F(PictureFolders, ARemovableDiskHasNoLimit)
 {
     saveAll(true);
-    tool.removable = directory.filePath(QStringLiteral("USB"));
+    tool.removableDisk = directory.filePath(QStringLiteral("USB"));
     settings.okSaveLimit = 3;
     settings.ngSaveLimit = 0;
-    const QString day = tool.removable + "/AISavePic_20211112/tavoro_p1_1_C1_T1/";
+    const QString day = tool.removableDisk + "/AISavePic_20211112/tavoro_p1_1_C1_T1/";
     fillFolder(day + "OK", 7);
     EXPECT_EQ(folderOf(okRecord()), day + "OK/");
     EXPECT_EQ(settings.okSavedCount, 7);
@@ -300,12 +300,12 @@ TEST_F(PictureFolders, InspectionsInOneMillisecondGetDifferentNames)
 TEST_F(PictureFolders, NamesStayApartHoweverFarTheyRunAheadOfTheClock)
 {
     saveAll(true);
-    tool.removable = directory.filePath(QStringLiteral("USB")); // which has no limit
+    tool.removableDisk = directory.filePath(QStringLiteral("USB")); // which has no limit
     for (int inspection = 0; inspection < 1100; ++inspection) {
         now = now.addMSecs(inspection % 2);
         save(okRecord("A"));
     }
-    EXPECT_EQ(filesIn(tool.removable + "/AISavePic_20211112/tavoro_p1_1_C1_T1/OK").size(), 1100);
+    EXPECT_EQ(filesIn(tool.removableDisk + "/AISavePic_20211112/tavoro_p1_1_C1_T1/OK").size(), 1100);
 }
 
 TEST_F(PictureFolders, NamesStayApartWhenTheClockIsCorrected)
@@ -332,17 +332,17 @@ TEST_F(PictureFolders, NamesFollowAClockThatIsSetBack)
 TEST_F(PictureFolders, AtMidnightFolderAndNameAgreeOnTheDay)
 {
     saveAll(true);
-    tool.removable = directory.filePath(QStringLiteral("USB"));
+    tool.removableDisk = directory.filePath(QStringLiteral("USB"));
     QDateTime time(QDate(2021, 12, 31), QTime(23, 59, 59, 998));
     PictureArchive ticking(settings, greyConverter, MountTable(), [&time] { return time = time.addMSecs(1); });
     for (int number = 1; number <= 3; ++number) {
         ticking.savePicture(&tool, model, okRecord("A"), number, numberedPicture(number));
     }
     QThreadPool::globalInstance()->waitForDone();
-    EXPECT_EQ(filesIn(tool.removable + "/AISavePic_20211231/tavoro_p1_1_C1_T1/OK"),
+    EXPECT_EQ(filesIn(tool.removableDisk + "/AISavePic_20211231/tavoro_p1_1_C1_T1/OK"),
         QStringList{"C1_T1ROI1_1231_235959_999_A.bmp"});
     const QStringList newYear{"C1_T1ROI2_0101_000000_000_A.bmp", "C1_T1ROI3_0101_000000_001_A.bmp"};
-    EXPECT_EQ(filesIn(tool.removable + "/AISavePic_20220101/tavoro_p1_1_C1_T1/OK"), newYear);
+    EXPECT_EQ(filesIn(tool.removableDisk + "/AISavePic_20220101/tavoro_p1_1_C1_T1/OK"), newYear);
 }
 
 TEST_F(PictureFolders, TheLocalTimeIsTheDefault)
@@ -359,7 +359,7 @@ TEST_F(PictureFolders, TheLocalTimeIsTheDefault)
 TEST_F(PictureFolders, AToolThatForbidsSavingGetsItsFoldersButNoPicture)
 {
     saveAll(true);
-    tool.allowed = false;
+    tool.maySave = false;
     save(okRecord());
     EXPECT_TRUE(QDir(modelFolder() + "OK").exists());
     EXPECT_EQ(filesIn(modelFolder() + "OK").size(), 0);
@@ -443,11 +443,11 @@ TEST_F(PictureFolders, DatesAndTimesAreDigits0To9InEveryLocale)
     int number = 0;
     for (const QLocale& locale : {QLocale(QLocale::Persian), QLocale(QLocale::Arabic, QLocale::Egypt), QLocale::c()}) {
         QLocale::setDefault(locale);
-        tool.removable.clear();
+        tool.removableDisk.clear();
         save(okRecord(), ++number);
         const QStringList expected = {QString("C1_T1ROI%1_1112_094323_421_LOT4827.bmp").arg(number)};
         EXPECT_EQ(filesIn(modelFolder() + "OK"), expected);
-        tool.removable = directory.path();
+        tool.removableDisk = directory.path();
         EXPECT_EQ(folderOf(okRecord()), directory.path() + "/AISavePic_20211112/tavoro_p1_1_C1_T1/OK/");
         QDir(modelFolder()).removeRecursively();
     }

@@ -1,9 +1,9 @@
 #include "picturearchive.h"
 
 #include "blockedpool.h"
-#include "faketool.h"
 #include "pluginsettings.h"
 #include "scribo.h"
+#include "scriptedtool.h"
 #include "testpictures.h"
 
 #include <QDir>
@@ -64,7 +64,7 @@ protected:
     }
 
     QTemporaryDir directory;
-    FakeTool tool;
+    ScriptedTool tool;
     PluginSettings settings;
 };
 
@@ -157,7 +157,7 @@ TEST_F(PictureQueues, AColourPictureInRedGreenBlueOrderKeepsItsColours)
 TEST_F(PictureQueues, AToolThatForbidsSavingStopsAPictureBeforeTheQueue)
 {
     PictureArchive archive(settings, &Scribo::cvMat2QImage);
-    tool.allowed = false;
+    tool.maySave = false;
     queue(archive, 0);
     QThreadPool::globalInstance()->waitForDone();
     expectPictures(0);

@@ -2,7 +2,7 @@
 // reads.
 
 #include "loadedplugin.h"
-#include "stationtool.h"
+#include "scriptedtool.h"
 
 #include <QDir>
 #include <QFile>
@@ -93,7 +93,7 @@ protected:
     }
 
     LoadedPlugin plugin;
-    StationTool tool;
+    ScriptedTool tool;
     QTemporaryDir station;
     QString reading; ///< with the good package
     QByteArray engine;

@@ -2,7 +2,7 @@
 // host as an exception and the next good item is judged as if nothing had been.
 
 #include "loadedplugin.h"
-#include "stationtool.h"
+#include "scriptedtool.h"
 
 #include <QImage>
 #include <QJsonArray>
@@ -48,7 +48,7 @@ protected:
     }
 
     LoadedPlugin plugin;
-    StationTool tool;
+    ScriptedTool tool;
 };
 
 } // namespace

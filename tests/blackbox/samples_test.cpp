@@ -2,7 +2,7 @@
 // readings and a number of misreadings. A misreading is the worse fault: the line believes it.
 
 #include "loadedplugin.h"
-#include "stationtool.h"
+#include "scriptedtool.h"
 
 #include <QDir>
 #include <QFile>
@@ -74,7 +74,7 @@ TEST_P(Samples, AreReadAndJudged)
 {
     LoadedPlugin plugin;
     ASSERT_NE(plugin.root(), nullptr) << plugin.errorString().toStdString();
-    StationTool tool;
+    ScriptedTool tool;
     const auto processor = plugin.makeInstance(&tool);
     setParameter(*processor, 9, QJsonArray{false, true, false});
 

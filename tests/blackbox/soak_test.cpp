@@ -3,7 +3,7 @@
 #include "archive/sanitizers.h"
 #include "loadedplugin.h"
 #include "residentmemory.h"
-#include "stationtool.h"
+#include "scriptedtool.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -29,7 +29,7 @@ cv::Mat printed(const char* text)
 /// One station with its own picture, and what it read from it when it was alone.
 struct Station
 {
-    StationTool tool;
+    ScriptedTool tool;
     std::unique_ptr<ProcessorInterface> processor;
     QString alone;
     int crossed = 0;

@@ -4,20 +4,21 @@
 
 #include <optional>
 
-/// A host tool that answers what the test says. Colour pictures are in RGB order.
+/// A host tool that answers what the test says, the same for every item. Colour pictures are in RGB order.
 class ScriptedTool : public Tool
 {
 public:
     cv::Mat picture = cv::Mat(60, 200, CV_8UC1, cv::Scalar(200));
     std::optional<cv::Size> announced; ///< size of its pictures; that of `picture` when there is none
     QList<QRectF> taughtRegions = {QRectF(10, 20, 100, 30)};
+    QString removableDisk; ///< empty: none
     QString directory;
     bool maySave = true;
     bool hasPose = false;
     PosePair pose;
     QString askedPoseOf;
 
-    QString removableDiskPath() override { return {}; }
+    QString removableDiskPath() override { return removableDisk; }
     QString toolIdentity() override { return QStringLiteral("C1_T1"); }
     QString toolDirectory() override { return directory; }
     bool savingAllowed() override { return maySave; }
