@@ -30,6 +30,7 @@ enum class Reason : std::uint16_t {
     noJob = 40, ///< no job is chosen, or the chosen one cannot be used
     internalFault = 41, ///< something failed that should not: the log has more
     stopped = 42, ///< the engine was stopped before the item was judged
+    unknownCommand = 43, ///< of a PLC: there is no command of this code
 };
 
 /// What was read in one region of an item.
