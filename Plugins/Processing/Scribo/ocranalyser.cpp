@@ -2,6 +2,7 @@
 
 #include "detectorregistry.h"
 #include "modelfilename.h"
+#include "modellimits.h"
 #include "ocrdetector.h"
 
 #include <QFileInfo>
@@ -82,7 +83,7 @@ bool OCRAnalyser::loadConfigFile(const QString& path)
 
 bool OCRAnalyser::initDetector(const QString& modelPath)
 {
-    if (state.engineType != "trt") {
+    if (state.engineType != QLatin1String(modellimits::engineType)) {
         return fail(qCritical(), "Unsupported engine type: " + state.engineType);
     }
     OCRDetector* detector = findDetector(modelPath, state.config.detector);

@@ -4,11 +4,12 @@
 #include "loadedengine.h"
 #include "modelconfig.h"
 #include "modelfilename.h"
+#include "modellimits.h"
+#include "modellist.h"
 #include "scorecheck.h"
 #include "text.h"
 #include "widthcheck.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QSet>
 
@@ -18,9 +19,6 @@
 namespace scribo::tool {
 
 namespace {
-
-/// The names that the plug-in lists in its model folder.
-const QString listedNames = QStringLiteral("ocr_*_p*_*_*.*");
 
 QString quoted(const std::string& text)
 {
@@ -72,7 +70,7 @@ private:
     const DetectorConfig& detector() const { return config->detector; }
     const BindingReport& input() const { return engine->bindings.front(); }
     /// The narrowest and the widest picture that the detector will ever hand over.
-    int narrowest() const { return std::min(32, detector().width); }
+    int narrowest() const { return std::min(modellimits::narrowestWidth, detector().width); }
     int widest() const { return detector().width; }
 
     QString enginePath;
@@ -85,15 +83,16 @@ private:
 void PackageCheck::checkName()
 {
     const QString name = QFileInfo(enginePath).fileName();
-    if (!isListedName(name)) {
+    if (!isListedModelFile(name)) {
         fault(QStringLiteral("the plug-in does not list the file: its name '%1' does not fit the pattern %2")
-                  .arg(name, listedNames));
+                  .arg(name, QLatin1String(modelNamePattern)));
     }
     const std::optional<ModelFileName> pieces = splitModelFileName(enginePath);
     if (!pieces) {
         fault(QStringLiteral("the name '%1' does not split into five pieces at its underscores").arg(name));
-    } else if (pieces->engineType != QLatin1String("trt")) {
-        fault(QStringLiteral("the suffix must be 'trt', not '%1'").arg(pieces->engineType));
+    } else if (pieces->engineType != QLatin1String(modellimits::engineType)) {
+        fault(QStringLiteral("the suffix must be '%1', not '%2'")
+                  .arg(QLatin1String(modellimits::engineType), pieces->engineType));
     }
 }
 
@@ -158,8 +157,10 @@ void PackageCheck::checkInput()
                       .arg(size.wanted));
         }
     }
-    if (input().declared[1] != 3) {
-        fault(QStringLiteral("the engine takes %1 channels; pictures are handed over with 3").arg(input().declared[1]));
+    if (input().declared[1] != modellimits::pictureChannels) {
+        fault(QStringLiteral("the engine takes %1 channels; pictures are handed over with %2")
+                  .arg(input().declared[1])
+                  .arg(modellimits::pictureChannels));
     }
 }
 
@@ -244,11 +245,6 @@ void PackageCheck::checkRuns()
 }
 
 } // namespace
-
-bool isListedName(const QString& fileName)
-{
-    return QDir::match(listedNames, fileName);
-}
 
 PackageReport checkPackage(const QString& enginePath)
 {

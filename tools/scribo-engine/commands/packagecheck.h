@@ -14,9 +14,6 @@ struct PackageReport
     QString summary; ///< what the package is, when it has no faults
 };
 
-/// Whether the plug-in lists a file of this name in its model folder.
-bool isListedName(const QString& fileName);
-
 /// Looks at the model package of the engine file at `enginePath` as the plug-in will: name, engine,
 /// configuration file, how these fit together, and a run at both ends of the widths.
 PackageReport checkPackage(const QString& enginePath);

@@ -1,4 +1,5 @@
 #include "modelfilename.h"
+#include "modellist.h"
 #include "modeloptions.h"
 #include "packagecheck.h"
 #include "packagemaker.h"
@@ -131,7 +132,7 @@ ExitCode makeAndSave(const PackageSource& source, const QString& name, const QSt
 bool isEngineName(const QString& name)
 {
     const QString file = name + QStringLiteral(".trt");
-    return !name.contains(QLatin1Char('/')) && splitModelFileName(file) && isListedName(file);
+    return !name.contains(QLatin1Char('/')) && splitModelFileName(file) && isListedModelFile(file);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "scorecheck.h"
 
 #include "enginerunner.h"
+#include "modellimits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -50,8 +51,9 @@ ScoreReport checkScores(const void* engine, std::size_t size, int width)
             && !softmaxRows(output.values, static_cast<std::size_t>(output.extents.back()))) {
             report.warnings << QStringLiteral(
                 "at width %1 the scores are not those of a soft-max (0 to 1, adding up to "
-                "1 in each step); scores of 0.1 or less read as nothing")
-                                   .arg(width);
+                "1 in each step); scores of %2 or less read as nothing")
+                                   .arg(width)
+                                   .arg(modellimits::scoreFloor);
         }
     }
     return report;

@@ -1,5 +1,6 @@
 #include "crnntrtdetector.h"
 
+#include "modellimits.h"
 #include "nvlogger.h"
 
 #include <glog/logging.h>
@@ -20,11 +21,10 @@
 
 namespace {
 
-constexpr std::int32_t minimumWidth = 32;
 /// The networks halve the width twice on their way to time steps.
 constexpr std::int32_t pixelsPerTimeStep = 4;
 /// The planes that are copied into the input, whatever the engine's channel count.
-constexpr int inputPlanes = 3;
+constexpr int inputPlanes = modellimits::pictureChannels;
 constexpr int widthExtent = 3;
 constexpr std::int64_t floatBytes = sizeof(float);
 constexpr std::int64_t tooManyBytes = std::numeric_limits<std::int32_t>::max();
@@ -273,7 +273,8 @@ cv::Size CRNNTRTDetector::networkSize(const cv::Mat& image) const
 {
     // Limited before it becomes an integer, since a hair-thin image asks for more than one can hold.
     const double wanted = static_cast<double>(image.cols) / image.rows * config.height;
-    return {static_cast<int>(std::min<double>(std::max<double>(wanted, minimumWidth), config.width)), config.height};
+    return {static_cast<int>(std::min<double>(std::max<double>(wanted, modellimits::narrowestWidth), config.width)),
+        config.height};
 }
 
 bool CRNNTRTDetector::infer(cv::Mat image, const cv::Size& /*sourceSize*/, std::vector<std::string>& characters)

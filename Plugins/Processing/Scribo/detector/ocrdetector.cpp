@@ -1,5 +1,7 @@
 #include "ocrdetector.h"
 
+#include "modellimits.h"
+
 #include <glog/logging.h>
 #include <opencv2/imgproc.hpp>
 
@@ -19,9 +21,6 @@ constexpr std::uint32_t pollMs = 1;
 constexpr double inputScale = 0.00784313725490196;
 constexpr double inputOffset = -1.0;
 
-/// A score up to this never wins a step, however low the others are.
-constexpr double scoreFloor = 0.1;
-
 /// The first of the best classes of one step, or 0, the blank, when no score is above the floor.
 std::int32_t bestClass(const float* scores, std::int32_t numClasses)
 {
@@ -29,7 +28,7 @@ std::int32_t bestClass(const float* scores, std::int32_t numClasses)
     std::int32_t bestIndex = 0;
     for (std::int32_t j = 0; j < numClasses; ++j) {
         // Compared as double, in which the float nearest to 0.1 is just above the floor.
-        if (scores[j] > best && static_cast<double>(scores[j]) > scoreFloor) {
+        if (scores[j] > best && static_cast<double>(scores[j]) > modellimits::scoreFloor) {
             best = scores[j];
             bestIndex = j;
         }

@@ -1,5 +1,5 @@
 #include "modellist.h"
-#include "workfolder.h"
+#include "plugin/workfolder.h"
 
 #include <gtest/gtest.h>
 
