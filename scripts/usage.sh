@@ -1,12 +1,13 @@
 # shellcheck shell=bash
-# For the scripts to source: what they say about themselves is the comment at their head.
+# Sourced by the other scripts. The help text of a script is the comment at its head.
 
-# usage FILE: prints it.
+# usage FILE: prints the help text of FILE.
 usage() {
     sed -n '2,/^[^#]/s/^#\( \|$\)//p' "$1"
 }
 
-# answer_help FILE ARGUMENTS: prints it and ends when the first argument is --help, or is an option at all.
+# answer_help FILE ARGUMENTS: prints the help text and exits when the first argument is --help (status 0) or another
+# option (status 2).
 answer_help() {
     local file=$1
     shift
