@@ -1,5 +1,7 @@
 #include "hostlog.h"
 
+#include "outputfile.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
@@ -60,7 +62,7 @@ HostLog::~HostLog()
     active = nullptr;
 }
 
-bool HostLog::open(const QString& path, QString* error)
+scribo::Result<void> HostLog::open(const QString& path)
 {
     auto opened = std::make_unique<QFile>(path);
     // Outside the lock: what Qt logs about the opening comes through write(), too.
@@ -68,13 +70,12 @@ bool HostLog::open(const QString& path, QString* error)
     const QMutexLocker lock(&mutex);
     isDecided = true;
     if (!isOpened) {
-        *error = path + QStringLiteral(": cannot be written: ") + opened->errorString();
-        return false;
+        return unwritable(path, opened->errorString());
     }
     file = std::move(opened);
     file->write(early);
     file->flush();
-    return true;
+    return {};
 }
 
 void HostLog::setVerbose(bool verbose)

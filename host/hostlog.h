@@ -1,5 +1,7 @@
 #pragma once
 
+#include "result.h"
+
 #include <QFile>
 #include <QMutex>
 #include <QString>
@@ -20,9 +22,9 @@ public:
     HostLog(const HostLog&) = delete;
     HostLog& operator=(const HostLog&) = delete;
 
-    /// Appends to `path`, a file or a device, from now on; a file that has grown beyond 10 MB starts over. Returns
-    /// false with the file and the reason in `error`; the log then goes nowhere.
-    bool open(const QString& path, QString* error);
+    /// Appends to `path`, a file or a device, from now on; a file that has grown beyond 10 MB starts over. After
+    /// an error, which starts with the file, the log goes nowhere.
+    scribo::Result<void> open(const QString& path);
     /// Shows the log on the terminal too.
     void setVerbose(bool verbose);
 

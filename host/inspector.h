@@ -3,7 +3,7 @@
 #include "filetool.h"
 #include "inspectionresult.h"
 #include "processorinterface.h"
-#include "regionplan.h"
+#include "taughtregion.h"
 
 #include <QImage>
 

@@ -1,5 +1,7 @@
 #include "jsonfile.h"
 
+#include "resulttext.h"
+
 #include <QFile>
 #include <QJsonParseError>
 
@@ -16,23 +18,21 @@ QString place(const QByteArray& bytes, int offset)
 
 } // namespace
 
-bool readJsonFile(const QString& path, QJsonDocument* document, QString* error)
+scribo::Result<QJsonDocument> readJsonFile(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        *error = path + QStringLiteral(": cannot be opened: ") + file.errorString();
-        return false;
+        return scribo::failure(path + QStringLiteral(": cannot be opened: ") + file.errorString());
     }
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
-        *error = path + QStringLiteral(": cannot be read: ") + file.errorString();
-        return false;
+        return scribo::failure(path + QStringLiteral(": cannot be read: ") + file.errorString());
     }
     QJsonParseError parseError;
-    *document = QJsonDocument::fromJson(bytes, &parseError);
-    if (parseError.error == QJsonParseError::NoError) {
-        return true;
+    const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
+    if (parseError.error != QJsonParseError::NoError) {
+        return scribo::failure(
+            QStringLiteral("%1:%2: not JSON: %3").arg(path, place(bytes, parseError.offset), parseError.errorString()));
     }
-    *error = QStringLiteral("%1:%2: not JSON: %3").arg(path, place(bytes, parseError.offset), parseError.errorString());
-    return false;
+    return document;
 }

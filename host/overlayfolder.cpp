@@ -1,30 +1,29 @@
 #include "overlayfolder.h"
 
-#include "wholefile.h"
+#include "outputfile.h"
+#include "resulttext.h"
 
 #include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
 #include <QImageWriter>
 
-bool OverlayFolder::open(const QString& path, const QList<PictureFile>& pictures, QString* error)
+scribo::Result<void> OverlayFolder::open(const QString& path, const QList<PictureFile>& pictures)
 {
     folder = path;
     if (!QDir().mkpath(path)) {
-        *error = path + QStringLiteral(": the folder cannot be made");
-        return false;
+        return scribo::failure(path + QStringLiteral(": the folder cannot be made"));
     }
     const QString place = QFileInfo(path).canonicalFilePath();
     for (const PictureFile& picture : pictures) {
         if (QFileInfo(QFileInfo(picture.path).path()).canonicalFilePath() == place) {
-            *error = path + QStringLiteral(": holds pictures to inspect, overlays could replace them");
-            return false;
+            return scribo::failure(path + QStringLiteral(": holds pictures to inspect, overlays could replace them"));
         }
     }
-    return true;
+    return {};
 }
 
-bool OverlayFolder::write(const QString& picture, const QImage& overlay, QString* error)
+scribo::Result<void> OverlayFolder::write(const QString& picture, const QImage& overlay)
 {
     const QString base = QFileInfo(picture).completeBaseName();
     QString name = base;
@@ -37,9 +36,8 @@ bool OverlayFolder::write(const QString& picture, const QImage& overlay, QString
     // Not into the file itself: the writer does not notice when the last bytes meet a full disk.
     QBuffer png;
     QImageWriter writer(&png, "png");
-    if (writer.write(overlay)) {
-        return writeWholeFile(path, png.data(), error);
+    if (!writer.write(overlay)) {
+        return unwritable(path, writer.errorString());
     }
-    *error = path + QStringLiteral(": cannot be written: ") + writer.errorString();
-    return false;
+    return saveOutput(path, png.data());
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "picturelist.h"
+#include "result.h"
 
 #include <QImage>
 #include <QSet>
@@ -12,12 +13,11 @@ class OverlayFolder
 {
 public:
     /// Makes the folder if it is missing. Refuses a folder that one of `pictures` lies in, since an overlay
-    /// could replace its picture. Returns false with the folder and the reason in `error`.
-    bool open(const QString& path, const QList<PictureFile>& pictures, QString* error);
+    /// could replace its picture. The error starts with the folder.
+    scribo::Result<void> open(const QString& path, const QList<PictureFile>& pictures);
 
-    /// Writes the overlay of `picture`, replacing one of an earlier run. Returns false with the file and the
-    /// reason in `error`.
-    bool write(const QString& picture, const QImage& overlay, QString* error);
+    /// Writes the overlay of `picture`, replacing one of an earlier run. The error starts with the file.
+    scribo::Result<void> write(const QString& picture, const QImage& overlay);
 
 private:
     QString folder;

@@ -2,6 +2,7 @@
 
 #include "parameterkind.h"
 #include "parameternumbers.h"
+#include "resulttext.h"
 
 #include <QJsonArray>
 #include <QRegularExpression>
@@ -43,7 +44,7 @@ void setState(ParamWrap& parameter, const QString& key, const QJsonValue& value)
 
 // Drop-down lists
 
-bool setSelection(ComboBoxParam_ByValue& parameter, const QString& value, QString* error)
+scribo::Result<void> setSelection(ComboBoxParam_ByValue& parameter, const QString& value)
 {
     const QStringList& entries = *parameter.itemValues;
     QStringList matches = entries.filter(QRegularExpression(QLatin1Char('^') + QRegularExpression::escape(value)));
@@ -52,13 +53,12 @@ bool setSelection(ComboBoxParam_ByValue& parameter, const QString& value, QStrin
     }
     if (matches.size() == 1 && !value.isEmpty()) {
         setState(parameter, QStringLiteral("selectedText"), matches.first());
-        return true;
+        return {};
     }
     const QString choices = entries.isEmpty() ? QStringLiteral("there are none") : entries.join(QStringLiteral(", "));
-    *error = matches.size() > 1 && !value.isEmpty()
-        ? QStringLiteral("%1 %2 stands for several: %3").arg(parameter.name, quoted(value), matches.join(", "))
-        : QStringLiteral("no such %1: %2 (%3)").arg(parameter.name, quoted(value), choices);
-    return false;
+    return scribo::failure(matches.size() > 1 && !value.isEmpty()
+            ? QStringLiteral("%1 %2 stands for several: %3").arg(parameter.name, quoted(value), matches.join(", "))
+            : QStringLiteral("no such %1: %2 (%3)").arg(parameter.name, quoted(value), choices));
 }
 
 // Choices
@@ -75,7 +75,7 @@ std::optional<bool> parseSwitch(const QString& text)
     return std::nullopt;
 }
 
-bool setSwitches(RadioBoxParam& parameter, const QString& value, QString* error)
+scribo::Result<void> setSwitches(RadioBoxParam& parameter, const QString& value)
 {
     const QStringList words = value.split(QLatin1Char(','));
     QJsonArray values;
@@ -85,16 +85,16 @@ bool setSwitches(RadioBoxParam& parameter, const QString& value, QString* error)
         }
     }
     if (words.size() != parameter.count || values.size() != parameter.count) {
-        *error = QStringLiteral("%1 must be \"on\" or \"off\" for each of %2 choices, separated by commas")
-                     .arg(quoted(value))
-                     .arg(parameter.count);
-        return false;
+        return scribo::failure(
+            QStringLiteral("%1 must be \"on\" or \"off\" for each of %2 choices, separated by commas")
+                .arg(quoted(value))
+                .arg(parameter.count));
     }
     setState(parameter, valuesKey, values);
-    return true;
+    return {};
 }
 
-bool setChoice(RadioBoxParam& parameter, const QString& value, QString* error)
+scribo::Result<void> setChoice(RadioBoxParam& parameter, const QString& value)
 {
     bool isNumber = false;
     int chosen = value.toInt(&isNumber) - 1;
@@ -105,21 +105,21 @@ bool setChoice(RadioBoxParam& parameter, const QString& value, QString* error)
         }
     }
     if (!isNumber || chosen < 0 || chosen >= parameter.count) {
-        *error = QStringLiteral("%1 is none of the choices: %2").arg(quoted(value), describeParameter(parameter));
-        return false;
+        return scribo::failure(
+            QStringLiteral("%1 is none of the choices: %2").arg(quoted(value), describeParameter(parameter)));
     }
     QJsonArray values;
     for (int i = 0; i < parameter.count; ++i) {
         values.append(i == chosen);
     }
     setState(parameter, valuesKey, values);
-    return true;
+    return {};
 }
 
 // Numbers and texts
 
-/// The number as the parameter's type has it; nothing when it is none, or out of the parameter's range.
-std::optional<QJsonValue> parseNumber(const LineEditParam& parameter, const QString& text, QString* error)
+/// The number as the parameter's type has it, within the parameter's range.
+scribo::Result<QJsonValue> parseNumber(const LineEditParam& parameter, const QString& text)
 {
     bool isNumber = false;
     QJsonValue value;
@@ -129,82 +129,78 @@ std::optional<QJsonValue> parseNumber(const LineEditParam& parameter, const QStr
         value = text.trimmed().toDouble(&isNumber);
     }
     if (!isNumber || !qIsFinite(value.toDouble())) {
-        *error = quoted(text) + QStringLiteral(" is not a number");
-        return std::nullopt;
+        return scribo::failure(quoted(text) + QStringLiteral(" is not a number"));
     }
     const bool hasRange = parameter.rangeMin != nullptr && parameter.rangeMax != nullptr;
     if (hasRange && (value.toDouble() < *parameter.rangeMin || value.toDouble() > *parameter.rangeMax)) {
-        *error = QStringLiteral("%1 is not between %2 and %3")
-                     .arg(text.trimmed())
-                     .arg(*parameter.rangeMin)
-                     .arg(*parameter.rangeMax);
-        return std::nullopt;
+        return scribo::failure(QStringLiteral("%1 is not between %2 and %3")
+                                   .arg(text.trimmed())
+                                   .arg(*parameter.rangeMin)
+                                   .arg(*parameter.rangeMax));
     }
     return value;
 }
 
-bool setLimits(LimitLineEditParam& parameter, const QStringList& limits, QString* error)
+scribo::Result<void> setLimits(LimitLineEditParam& parameter, const QStringList& limits)
 {
-    const auto low = parseNumber(parameter, limits[0], error);
-    const auto high = low ? parseNumber(parameter, limits[1], error) : std::nullopt;
+    const auto low = parseNumber(parameter, limits[0]);
+    const auto high = low ? parseNumber(parameter, limits[1]) : low;
     if (!high) {
-        return false;
+        return tl::unexpected(high.error());
     }
     if (low->toDouble() > high->toDouble()) {
-        *error = QStringLiteral("the lower limit %1 is above the upper limit %2").arg(limits[0], limits[1]);
-        return false;
+        return scribo::failure(
+            QStringLiteral("the lower limit %1 is above the upper limit %2").arg(limits[0], limits[1]));
     }
     setState(parameter, QStringLiteral("lowThresh"), *low);
     setState(parameter, QStringLiteral("highThresh"), *high);
-    return true;
+    return {};
 }
 
-bool setLine(LineEditParam& parameter, const QString& value, QString* error)
+scribo::Result<void> setLine(LineEditParam& parameter, const QString& value)
 {
     if (parameter.valueType == LineEditParam::StringValue) {
         setState(parameter, valuesKey, value);
-        return true;
+        return {};
     }
     if (parameter.valueType == LineEditParam::BoolValue) {
         const auto isOn = parseSwitch(value);
-        if (isOn) {
-            setState(parameter, valuesKey, *isOn);
-        } else {
-            *error = quoted(value) + QStringLiteral(" must be \"on\" or \"off\"");
+        if (!isOn) {
+            return scribo::failure(quoted(value) + QStringLiteral(" must be \"on\" or \"off\""));
         }
-        return isOn.has_value();
+        setState(parameter, valuesKey, *isOn);
+        return {};
     }
     const QStringList limits = value.split(QLatin1Char(':'));
     if (limits.size() == 2 && isKind(parameter, "LimitLineEditParam")) {
-        return setLimits(static_cast<LimitLineEditParam&>(parameter), limits, error);
+        return setLimits(static_cast<LimitLineEditParam&>(parameter), limits);
     }
-    const auto number = parseNumber(parameter, value, error);
-    if (number) {
-        setState(parameter, valuesKey, *number);
+    const auto number = parseNumber(parameter, value);
+    if (!number) {
+        return tl::unexpected(number.error());
     }
-    return number.has_value();
+    setState(parameter, valuesKey, *number);
+    return {};
 }
 
-bool setValue(ParamWrap& parameter, const QString& value, QString* error)
+scribo::Result<void> setValue(ParamWrap& parameter, const QString& value)
 {
     if (parameter.category == runTimeCategory) {
-        *error = QStringLiteral("is written by the processor itself");
-        return false;
+        return scribo::failure("is written by the processor itself");
     }
     if (isKind(parameter, "ComboBoxParam_ByValue")) {
-        return setSelection(static_cast<ComboBoxParam_ByValue&>(parameter), value, error);
+        return setSelection(static_cast<ComboBoxParam_ByValue&>(parameter), value);
     }
     if (isKind(parameter, "CheckBoxParam")) {
-        return setSwitches(static_cast<CheckBoxParam&>(parameter), value, error);
+        return setSwitches(static_cast<CheckBoxParam&>(parameter), value);
     }
     if (isKind(parameter, "RadioBoxParam")) {
-        return setChoice(static_cast<RadioBoxParam&>(parameter), value, error);
+        return setChoice(static_cast<RadioBoxParam&>(parameter), value);
     }
     if (isLine(parameter)) {
-        return setLine(static_cast<LineEditParam&>(parameter), value, error);
+        return setLine(static_cast<LineEditParam&>(parameter), value);
     }
-    *error = QStringLiteral("is a heading, which has no value");
-    return false;
+    return scribo::failure("is a heading, which has no value");
 }
 
 // Descriptions
@@ -256,29 +252,27 @@ QString describeParameter(ParamWrap& parameter)
     return {};
 }
 
-bool setParameter(ProcessorInterface& processor, int number, const QString& value, QString* error)
+scribo::Result<void> setParameter(ProcessorInterface& processor, int number, const QString& value)
 {
     ParamWrap* const parameter = findParameter(processor, number);
-    QString reason;
-    if (parameter == nullptr) {
-        reason = QStringLiteral("the processor has no such parameter (see --list-params)");
-    } else if (setValue(*parameter, value, &reason)) {
-        return true;
+    const scribo::Result<void> result = parameter == nullptr
+        ? scribo::failure("the processor has no such parameter (see --list-params)")
+        : setValue(*parameter, value);
+    if (!result) {
+        return scribo::failure(QStringLiteral("parameter %1: %2").arg(number).arg(scribo::textOf(result.error())));
     }
-    *error = QStringLiteral("parameter %1: %2").arg(number).arg(reason);
-    return false;
+    return {};
 }
 
-bool setParameter(ProcessorInterface& processor, const QString& assignment, QString* error)
+scribo::Result<void> setParameter(ProcessorInterface& processor, const QString& assignment)
 {
     const int equals = assignment.indexOf(QLatin1Char('='));
     bool isNumber = false;
     const int number = assignment.left(equals).toInt(&isNumber);
     if (equals > 0 && isNumber) {
-        return setParameter(processor, number, assignment.mid(equals + 1), error);
+        return setParameter(processor, number, assignment.mid(equals + 1));
     }
-    *error = quoted(assignment) + QStringLiteral(" is not NUMBER=VALUE");
-    return false;
+    return scribo::failure(quoted(assignment) + QStringLiteral(" is not NUMBER=VALUE"));
 }
 
 QStringList modelNames(ProcessorInterface& processor)

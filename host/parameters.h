@@ -1,6 +1,7 @@
 #pragma once
 
 #include "processorinterface.h"
+#include "result.h"
 
 #include <QJsonObject>
 #include <QString>
@@ -22,12 +23,12 @@ QString describeParameter(ParamWrap& parameter);
 /// - a number with limits: "LOW:HIGH" for the limits, a number for the value
 /// - a number or a text: as it is
 ///
-/// Headings, and values that the processor itself writes, cannot be set. Returns false with the reason in
-/// `error`, and leaves the parameter as it was.
-bool setParameter(ProcessorInterface& processor, int number, const QString& value, QString* error);
+/// Headings, and values that the processor itself writes, cannot be set. After an error the parameter is as
+/// it was.
+scribo::Result<void> setParameter(ProcessorInterface& processor, int number, const QString& value);
 
 /// The same for "NUMBER=VALUE".
-bool setParameter(ProcessorInterface& processor, const QString& assignment, QString* error);
+scribo::Result<void> setParameter(ProcessorInterface& processor, const QString& assignment);
 
 /// The models that the processor offers, in its order; empty when it has no such list.
 QStringList modelNames(ProcessorInterface& processor);

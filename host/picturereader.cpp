@@ -1,5 +1,7 @@
 #include "picturereader.h"
 
+#include "resulttext.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -17,27 +19,23 @@ constexpr qint64 largestFile = INT_MAX - 64;
 /// 65535 becomes 255.
 constexpr double eightBitsPerSixteen = 1.0 / 257.0;
 
-bool readBytes(const QString& path, QByteArray* bytes, QString* error)
+scribo::Result<QByteArray> readBytes(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("cannot be opened: ") + file.errorString();
-        return false;
+        return scribo::failure(QStringLiteral("cannot be opened: ") + file.errorString());
     }
     if (file.size() > largestFile) {
-        *error = QStringLiteral("is larger than 2 GB, the most that can be read");
-        return false;
+        return scribo::failure("is larger than 2 GB, the most that can be read");
     }
-    *bytes = file.readAll();
+    const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
-        *error = QStringLiteral("cannot be read: ") + file.errorString();
-        return false;
+        return scribo::failure(QStringLiteral("cannot be read: ") + file.errorString());
     }
-    if (bytes->isEmpty()) {
-        *error = QStringLiteral("is empty");
-        return false;
+    if (bytes.isEmpty()) {
+        return scribo::failure("is empty");
     }
-    return true;
+    return bytes;
 }
 
 cv::Mat decode(const QByteArray& bytes)
@@ -62,51 +60,48 @@ cv::Mat onWhite(const cv::Mat& bgra)
     return picture;
 }
 
-bool convert(const cv::Mat& decoded, cv::Mat* picture, QString* error)
+scribo::Result<cv::Mat> convert(const cv::Mat& decoded)
 {
     cv::Mat bytes = decoded;
     if (decoded.depth() == CV_16U) {
         decoded.convertTo(bytes, CV_8U, eightBitsPerSixteen);
     } else if (decoded.depth() != CV_8U) {
-        *error = QStringLiteral("has samples that are neither 8 nor 16 bits without sign");
-        return false;
+        return scribo::failure("has samples that are neither 8 nor 16 bits without sign");
     }
     switch (bytes.channels()) {
     case 1:
-        *picture = bytes;
-        return true;
-    case 3:
-        cv::cvtColor(bytes, *picture, cv::COLOR_BGR2RGB);
-        return true;
+        return bytes;
+    case 3: {
+        cv::Mat picture;
+        cv::cvtColor(bytes, picture, cv::COLOR_BGR2RGB);
+        return picture;
+    }
     case 4:
-        *picture = onWhite(bytes);
-        return true;
+        return onWhite(bytes);
     default:
-        *error = QStringLiteral("has %1 channels").arg(bytes.channels());
-        return false;
+        return scribo::failure(QStringLiteral("has %1 channels").arg(bytes.channels()));
     }
 }
 
 } // namespace
 
-bool readPicture(const QString& path, cv::Mat* picture, QString* error)
+scribo::Result<cv::Mat> readPicture(const QString& path)
 {
     if (QFileInfo(path).isDir()) {
-        *error = QStringLiteral("is a folder");
-        return false;
+        return scribo::failure("is a folder");
     }
-    QByteArray bytes;
-    if (!readBytes(path, &bytes, error)) {
-        return false;
+    const auto bytes = readBytes(path);
+    if (!bytes) {
+        return tl::unexpected(bytes.error());
     }
     try {
-        const cv::Mat decoded = decode(bytes);
+        const cv::Mat decoded = decode(*bytes);
         if (!decoded.empty()) {
-            return convert(decoded, picture, error);
+            return convert(decoded);
         }
-        *error = QStringLiteral("is damaged, or not a picture in a known format");
+        return scribo::failure("is damaged, or not a picture in a known format");
     } catch (const std::exception& exception) {
-        *error = QStringLiteral("cannot be decoded: ") + QString::fromUtf8(exception.what()).simplified();
+        return scribo::failure(
+            QStringLiteral("cannot be decoded: ") + QString::fromUtf8(exception.what()).simplified());
     }
-    return false;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "result.h"
+
 #include <QString>
 
 #include <opencv2/core/mat.hpp>
@@ -9,5 +11,5 @@
 ///
 /// 16-bit samples are scaled by 1/257, so that full scale stays full scale whatever the picture shows;
 /// transparent pictures are laid on white. A picture of other samples (floating point, for one) is refused:
-/// no scale would be right for all of them. Returns false with the reason in `error`. Never throws.
-bool readPicture(const QString& path, cv::Mat* picture, QString* error);
+/// no scale would be right for all of them. The error is the reason alone, without the path. Never throws.
+scribo::Result<cv::Mat> readPicture(const QString& path);

@@ -1,5 +1,7 @@
 #include "places.h"
 
+#include "resulttext.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QStringList>
@@ -29,17 +31,16 @@ QString findPlugin(const QString& given, const QString& programFolder)
     return QDir::cleanPath(programFolder + QStringLiteral("/../lib/scribo/libScribo.so"));
 }
 
-bool findWorkFolder(const QString& given, const QString& programFolder, QString* folder, QString* error)
+scribo::Result<QString> findWorkFolder(const QString& given, const QString& programFolder)
 {
     if (!given.isEmpty()) {
-        *folder = QFileInfo(given).absoluteFilePath();
-        if (hasModelFolder(*folder)) {
-            return true;
+        const QString folder = QFileInfo(given).absoluteFilePath();
+        if (hasModelFolder(folder)) {
+            return folder;
         }
-        *error = given
-            + (QFileInfo(*folder).isDir() ? QStringLiteral(": has no folder \"model\"")
-                                          : QStringLiteral(": is not a folder"));
-        return false;
+        return scribo::failure(given
+            + (QFileInfo(folder).isDir() ? QStringLiteral(": has no folder \"model\"")
+                                         : QStringLiteral(": is not a folder")));
     }
     const QStringList candidates = {
         QDir::currentPath(),
@@ -48,11 +49,9 @@ bool findWorkFolder(const QString& given, const QString& programFolder, QString*
     };
     for (const QString& candidate : candidates) {
         if (hasModelFolder(candidate)) {
-            *folder = candidate;
-            return true;
+            return candidate;
         }
     }
-    *error = QStringLiteral("no folder \"model\" in ") + candidates.join(QStringLiteral(", "))
-        + QStringLiteral(": use --work DIR");
-    return false;
+    return scribo::failure(QStringLiteral("no folder \"model\" in ") + candidates.join(QStringLiteral(", "))
+        + QStringLiteral(": use --work DIR"));
 }

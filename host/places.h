@@ -1,5 +1,7 @@
 #pragma once
 
+#include "result.h"
+
 #include <QString>
 
 /// The processor plug-in to load: `given` if it is not empty, else the file that the environment variable
@@ -10,5 +12,5 @@ QString findPlugin(const QString& given, const QString& programFolder);
 
 /// The folder to work in, whose folder "model" holds the models: `given` if it is not empty, else the
 /// current directory if it has such a folder, else the one that was built or installed together with the
-/// program. Returns false with the reason in `error` when there is none.
-bool findWorkFolder(const QString& given, const QString& programFolder, QString* folder, QString* error);
+/// program. An error when there is none.
+scribo::Result<QString> findWorkFolder(const QString& given, const QString& programFolder);

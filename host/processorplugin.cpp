@@ -1,27 +1,26 @@
 #include "processorplugin.h"
 
+#include "resulttext.h"
+
 #include <QFileInfo>
 
-bool ProcessorPlugin::load(const QString& file, QString* error)
+scribo::Result<void> ProcessorPlugin::load(const QString& file)
 {
     root = nullptr;
     if (!QFileInfo(file).isFile()) {
-        *error = file + QStringLiteral(": there is no such plug-in");
-        return false;
+        return scribo::failure(file + QStringLiteral(": there is no such plug-in"));
     }
     loader.setFileName(file);
     QObject* const object = loader.instance();
     if (object == nullptr) {
-        *error = file + QStringLiteral(": cannot be loaded: ") + loader.errorString();
-        return false;
+        return scribo::failure(file + QStringLiteral(": cannot be loaded: ") + loader.errorString());
     }
     root = qobject_cast<ProcessorInterface*>(object);
     if (root == nullptr) {
-        *error = file + QStringLiteral(": is a Qt plug-in, but not a processor (")
-            + QString::fromLatin1(qobject_interface_iid<ProcessorInterface*>()) + QLatin1Char(')');
-        return false;
+        return scribo::failure(file + QStringLiteral(": is a Qt plug-in, but not a processor (")
+            + QString::fromLatin1(qobject_interface_iid<ProcessorInterface*>()) + QLatin1Char(')'));
     }
-    return true;
+    return {};
 }
 
 std::unique_ptr<ProcessorInterface> ProcessorPlugin::makeInstance(Tool* tool) const

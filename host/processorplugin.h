@@ -1,6 +1,7 @@
 #pragma once
 
 #include "processorinterface.h"
+#include "result.h"
 
 #include <QPluginLoader>
 #include <QString>
@@ -12,9 +13,9 @@
 class ProcessorPlugin
 {
 public:
-    /// Loads the plug-in, which looks for its models in the working directory at this moment. Returns false
-    /// with the file and the reason in `error`.
-    bool load(const QString& file, QString* error);
+    /// Loads the plug-in, which looks for its models in the working directory at this moment. The error
+    /// starts with the file.
+    scribo::Result<void> load(const QString& file);
 
     /// A working instance for `tool`, with the plug-in's default settings and no model loaded. The tool must
     /// outlive it. Null before a successful load().

@@ -1,5 +1,8 @@
 #include "recordfile.h"
 
+#include "outputfile.h"
+#include "resulttext.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -83,35 +86,32 @@ QByteArray csvRecord(const QString& picture, const RegionResult& region)
 
 } // namespace
 
-bool RecordFile::open(const QString& path, QString* error)
+scribo::Result<void> RecordFile::open(const QString& path)
 {
     isCsv = path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive);
     if (!isCsv && !path.endsWith(QLatin1String(".jsonl"), Qt::CaseInsensitive)) {
-        *error = path + QStringLiteral(": records go to a .jsonl or a .csv file");
-        return false;
+        return scribo::failure(path + QStringLiteral(": records go to a .jsonl or a .csv file"));
     }
     file.setFileName(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        *error = path + QStringLiteral(": cannot be written: ") + file.errorString();
-        return false;
+        return unwritable(path, file.errorString());
     }
-    return writeBytes(isCsv ? csvHeader : QByteArray(), error);
+    return writeBytes(isCsv ? csvHeader : QByteArray());
 }
 
-bool RecordFile::write(const PictureResult& picture, QString* error)
+scribo::Result<void> RecordFile::write(const PictureResult& picture)
 {
     QByteArray bytes;
     for (const RegionResult& region : picture.regions) {
         bytes += isCsv ? csvRecord(picture.picture, region) : jsonRecord(picture.picture, region);
     }
-    return writeBytes(bytes, error);
+    return writeBytes(bytes);
 }
 
-bool RecordFile::writeBytes(const QByteArray& bytes, QString* error)
+scribo::Result<void> RecordFile::writeBytes(const QByteArray& bytes)
 {
-    if (file.write(bytes) == bytes.size() && file.flush()) {
-        return true;
+    if (file.write(bytes) != bytes.size() || !file.flush()) {
+        return unwritable(file.fileName(), file.errorString());
     }
-    *error = file.fileName() + QStringLiteral(": cannot be written: ") + file.errorString();
-    return false;
+    return {};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "inspectionresult.h"
+#include "result.h"
 
 #include <QFile>
 #include <QString>
@@ -16,15 +17,14 @@
 class RecordFile
 {
 public:
-    /// Replaces the file. Returns false with the file and the reason in `error`.
-    bool open(const QString& path, QString* error);
+    /// Replaces the file. Errors of both functions start with it.
+    scribo::Result<void> open(const QString& path);
 
-    /// Adds the records of a picture. Returns false with the file and the reason in `error` when they could
-    /// not be written.
-    bool write(const PictureResult& picture, QString* error);
+    /// Adds the records of a picture.
+    scribo::Result<void> write(const PictureResult& picture);
 
 private:
-    bool writeBytes(const QByteArray& bytes, QString* error);
+    scribo::Result<void> writeBytes(const QByteArray& bytes);
 
     QFile file;
     bool isCsv = false;

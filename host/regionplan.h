@@ -1,27 +1,9 @@
 #pragma once
 
-#include <QList>
+#include "result.h"
+#include "taughtregion.h"
+
 #include <QMap>
-#include <QRectF>
-#include <QSize>
-#include <QString>
-
-#include <optional>
-
-/// How many characters a reading may have, both ends included.
-struct CountRange
-{
-    int low = 0;
-    int high = 0;
-};
-
-/// A region that was taught for one line of text.
-struct TaughtRegion
-{
-    QRectF rect; ///< pixels of the picture
-    std::optional<QString> reference; ///< what fixed comparison expects here, instead of the settings' reference
-    std::optional<CountRange> count; ///< how long the text may be here, instead of the settings' range
-};
 
 /// Which regions of which picture are inspected.
 ///
@@ -33,8 +15,7 @@ struct TaughtRegion
 ///
 ///     {"01_carton.png": [[141, 201, 331, 58]], "02_can.png": [[161, 182, 298, 59]]}
 ///
-/// A region is a list [x, y, width, height] or an object with "rect" and, where a text of its own is expected
-/// there, "reference" (a text) and "count" ([min, max]).
+/// regionlist.h says what a list looks like.
 class RegionPlan
 {
 public:
@@ -43,13 +24,11 @@ public:
     /// These regions in every picture.
     explicit RegionPlan(const QList<TaughtRegion>& regions);
 
-    /// Reads the plan from a file. Returns false with the file and the place of the mistake in `error`, and
-    /// leaves the plan as it was.
-    bool readFile(const QString& path, QString* error);
+    /// Reads a plan. The error starts with the file and the place of the mistake.
+    static scribo::Result<RegionPlan> fromFile(const QString& path);
 
-    /// The regions of a picture of `size`. Returns false with the reason in `error` when the plan has none for
-    /// it, or one that has no pixel of it.
-    bool regionsFor(const QString& picture, const QSize& size, QList<TaughtRegion>* regions, QString* error) const;
+    /// The regions of a picture of `size`. Fails when the plan has none for it, or one that has no pixel of it.
+    scribo::Result<QList<TaughtRegion>> regionsFor(const QString& picture, const QSize& size) const;
 
     /// Whether some picture has more than one region.
     bool hasSeveral() const;
@@ -67,9 +46,3 @@ private:
     QMap<QString, QList<TaughtRegion>> byPicture;
     QString file; ///< where byPicture comes from; empty: `common` counts
 };
-
-/// Reads "MIN:MAX", two whole numbers from 0 of which the second is not below the first.
-bool parseCount(const QString& text, CountRange* range);
-
-/// Reads "X,Y,WIDTH,HEIGHT", four finite numbers of which the last two are at least 1.
-bool parseRegion(const QString& text, QRectF* rect);

@@ -1,9 +1,10 @@
 #include "settingsfile.h"
 
 #include "jsonfile.h"
+#include "outputfile.h"
 #include "parameterkind.h"
 #include "parameters.h"
-#include "wholefile.h"
+#include "resulttext.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -99,27 +100,26 @@ QString mistakeIn(const QJsonDocument& document, ProcessorInterface& processor)
 
 } // namespace
 
-bool readSettings(const QString& path, ProcessorInterface& processor, QString* error)
+scribo::Result<void> readSettings(const QString& path, ProcessorInterface& processor)
 {
-    QJsonDocument document;
-    if (!readJsonFile(path, &document, error)) {
-        return false;
+    const auto document = readJsonFile(path);
+    if (!document) {
+        return tl::unexpected(document.error());
     }
-    const QString mistake = mistakeIn(document, processor);
+    const QString mistake = mistakeIn(*document, processor);
     if (!mistake.isEmpty()) {
-        *error = path + QStringLiteral(": ") + mistake;
-        return false;
+        return scribo::failure(path + QStringLiteral(": ") + mistake);
     }
-    const QJsonArray values = document[paramsKey].toArray();
+    const QJsonArray values = (*document)[paramsKey].toArray();
     for (int i = 0; i < values.size(); ++i) {
         processor.params()->at(i)->readJson(values[i].toObject());
     }
-    return true;
+    return {};
 }
 
-bool writeSettings(const QString& path, ProcessorInterface& processor, QString* error)
+scribo::Result<void> writeSettings(const QString& path, ProcessorInterface& processor)
 {
     QJsonObject settings;
     processor.saveParams(settings);
-    return writeWholeFile(path, QJsonDocument(settings).toJson(), error);
+    return saveOutput(path, QJsonDocument(settings).toJson());
 }

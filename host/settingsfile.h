@@ -1,6 +1,7 @@
 #pragma once
 
 #include "processorinterface.h"
+#include "result.h"
 
 #include <QString>
 
@@ -8,9 +9,9 @@
 /// array of one object for each parameter, by position. Other keys are kept for other readers and ignored.
 
 /// Puts the settings into the processor's parameters; loadParams() then makes them work, which loads the
-/// model. Values of other types than the parameters' own are a mistake, missing ones are not. Returns false
-/// with the file and the reason in `error`, and leaves the parameters as they were.
-bool readSettings(const QString& path, ProcessorInterface& processor, QString* error);
+/// model. Values of other types than the parameters' own are a mistake, missing ones are not. The
+/// error starts with the file; the parameters are then as they were.
+scribo::Result<void> readSettings(const QString& path, ProcessorInterface& processor);
 
-/// Replaces the file as writeWholeFile() does. Returns false with the file and the reason in `error`.
-bool writeSettings(const QString& path, ProcessorInterface& processor, QString* error);
+/// Replaces the file as a whole or not at all. The error starts with the file.
+scribo::Result<void> writeSettings(const QString& path, ProcessorInterface& processor);

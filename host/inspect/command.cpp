@@ -4,6 +4,7 @@
 #include "parameters.h"
 #include "picturereader.h"
 #include "places.h"
+#include "resulttext.h"
 #include "settingsfile.h"
 
 #include <QCoreApplication>
@@ -58,39 +59,44 @@ int Command::run()
 bool Command::openLog()
 {
     log.setVerbose(options.verbose);
-    QString error;
-    if (log.open(options.log.isEmpty() ? defaultLogFile() : options.log, &error)) {
-        return true;
-    }
-    if (!options.log.isEmpty()) {
-        return fault(error);
+    const auto opened = log.open(options.log.isEmpty() ? defaultLogFile() : options.log);
+    if (opened || !options.log.isEmpty()) {
+        return succeeded(opened);
     }
     // A log that nobody asked for stops nothing.
-    std::fprintf(stderr, "scribo-inspect: no log: %s\n", error.toUtf8().constData());
+    std::fprintf(stderr, "scribo-inspect: no log: %s\n", opened.error().message.c_str());
     return true;
 }
 
 bool Command::readPlan()
 {
-    plan = RegionPlan(options.regions);
-    QString error;
-    return options.regionsFile.isEmpty() || plan.readFile(options.regionsFile, &error) || fault(error);
+    if (options.regionsFile.isEmpty()) {
+        plan = RegionPlan(options.regions);
+        return true;
+    }
+    const auto read = RegionPlan::fromFile(options.regionsFile);
+    if (!read) {
+        return fault(read.error());
+    }
+    plan = *read;
+    return true;
 }
 
 bool Command::loadProcessor()
 {
     const QString programFolder = QCoreApplication::applicationDirPath();
     const QString file = findPlugin(options.plugin, programFolder);
-    QString error;
-    if (!findWorkFolder(options.work, programFolder, &workFolder, &error)) {
-        return fault(error);
+    const auto found = findWorkFolder(options.work, programFolder);
+    if (!found) {
+        return fault(found.error());
     }
+    workFolder = *found;
     // Models are listed, and loaded, relative to the working directory.
     if (!QDir::setCurrent(workFolder)) {
         return fault(workFolder + QStringLiteral(": cannot be entered"));
     }
-    if (!plugin.load(file, &error)) {
-        return fault(error);
+    if (!succeeded(plugin.load(file))) {
+        return false;
     }
     processor = plugin.makeInstance(&tool);
     return processor != nullptr || fault(file + QStringLiteral(": makes no instance"));
@@ -98,34 +104,30 @@ bool Command::loadProcessor()
 
 bool Command::applyOptions()
 {
-    QString error;
-    if (!options.settings.isEmpty() && !readSettings(options.settings, *processor, &error)) {
-        return fault(error);
+    if (!options.settings.isEmpty() && !succeeded(readSettings(options.settings, *processor))) {
+        return false;
     }
     for (const QString& assignment : options.assignments) {
-        if (!setParameter(*processor, assignment, &error)) {
-            return fault(QStringLiteral("--set: ") + error);
+        if (!succeeded(setParameter(*processor, assignment), "--set: ")) {
+            return false;
         }
     }
     if (!applyComparison()) {
         return false;
     }
-    if (!options.model.isEmpty() && !setParameter(*processor, ParameterNumber::model, options.model, &error)) {
-        return fault(QStringLiteral("--model: ") + error);
+    if (!options.model.isEmpty()
+        && !succeeded(setParameter(*processor, ParameterNumber::model, options.model), "--model: ")) {
+        return false;
     }
     const QString switches = QStringLiteral("%1,%2").arg(options.saveOk ? QStringLiteral("on") : QStringLiteral("off"),
         options.saveNg ? QStringLiteral("on") : QStringLiteral("off"));
-    if (options.saveGiven && !setParameter(*processor, ParameterNumber::save, switches, &error)) {
-        return fault(QStringLiteral("--save: ") + error);
-    }
-    return true;
+    return !options.saveGiven || succeeded(setParameter(*processor, ParameterNumber::save, switches), "--save: ");
 }
 
 bool Command::applyComparison()
 {
-    QString error;
     const auto set = [&](int number, const QString& value, const char* option) {
-        return setParameter(*processor, number, value, &error) || fault(QLatin1String(option) + error);
+        return succeeded(setParameter(*processor, number, value), option);
     };
     if (options.compare
         && !set(ParameterNumber::compare, QString::number(static_cast<int>(*options.compare) + 1), "--compare: ")) {
@@ -151,8 +153,7 @@ bool Command::chooseModel()
     if (!selected.isEmpty()) {
         return fault(QStringLiteral("no such model: \"%1\" (%2)").arg(selected, models.join(QStringLiteral(", "))));
     }
-    QString error;
-    return setParameter(*processor, ParameterNumber::model, models.first(), &error) || fault(error);
+    return succeeded(setParameter(*processor, ParameterNumber::model, models.first()));
 }
 
 /// What was asked for must be checked: a verdict OK for a reason that nobody asked for ships bad products.
@@ -206,14 +207,13 @@ bool Command::openArchive()
 
 bool Command::openOutputs()
 {
-    QString error;
-    if (!options.overlay.isEmpty() && !overlays.open(options.overlay, pictures, &error)) {
-        return fault(error);
+    if (!options.overlay.isEmpty() && !succeeded(overlays.open(options.overlay, pictures))) {
+        return false;
     }
     for (const QString& path : std::as_const(options.records)) {
         records.push_back(std::make_unique<RecordFile>());
-        if (!records.back()->open(path, &error)) {
-            return fault(error);
+        if (!succeeded(records.back()->open(path))) {
+            return false;
         }
     }
     return true;
@@ -273,15 +273,20 @@ PictureResult Command::inspectPicture(const PictureFile& picture)
     PictureResult faulty;
     faulty.picture = picture.name;
     faulty.fault = picture.fault;
-    cv::Mat pixels;
-    if (!faulty.fault.isEmpty() || !readPicture(picture.path, &pixels, &faulty.fault)) {
+    if (!faulty.fault.isEmpty()) {
         return faulty;
     }
-    QList<TaughtRegion> regions;
-    if (!plan.regionsFor(picture.name, QSize(pixels.cols, pixels.rows), &regions, &faulty.fault)) {
+    const auto pixels = readPicture(picture.path);
+    if (!pixels) {
+        faulty.fault = scribo::textOf(pixels.error());
         return faulty;
     }
-    return inspector->inspect(picture.name, pixels, regions);
+    const auto regions = plan.regionsFor(picture.name, QSize(pixels->cols, pixels->rows));
+    if (!regions) {
+        faulty.fault = scribo::textOf(regions.error());
+        return faulty;
+    }
+    return inspector->inspect(picture.name, *pixels, *regions);
 }
 
 void Command::report(const PictureResult& result)
@@ -298,14 +303,11 @@ void Command::report(const PictureResult& result)
         return;
     }
     reportUnread(result);
-    QString error;
     for (const auto& file : records) {
-        if (!file->write(result, &error)) {
-            fault(error);
-        }
+        succeeded(file->write(result));
     }
-    if (!options.overlay.isEmpty() && !overlays.write(result.picture, inspector->overlay(), &error)) {
-        fault(error);
+    if (!options.overlay.isEmpty()) {
+        succeeded(overlays.write(result.picture, inspector->overlay()));
     }
     for (const RegionResult& region : result.regions) {
         if (archive) {
@@ -348,9 +350,8 @@ void Command::finish()
     if (archive) {
         finishArchive();
     }
-    QString error;
-    if (!options.saveSettings.isEmpty() && !writeSettings(options.saveSettings, *processor, &error)) {
-        fault(error);
+    if (!options.saveSettings.isEmpty()) {
+        succeeded(writeSettings(options.saveSettings, *processor));
     }
 }
 
@@ -360,6 +361,16 @@ bool Command::fault(const QString& message)
     std::fflush(stdout);
     std::fprintf(stderr, "scribo-inspect: %s\n", message.toUtf8().constData());
     return false;
+}
+
+bool Command::fault(const scribo::Error& error)
+{
+    return fault(scribo::textOf(error));
+}
+
+bool Command::succeeded(const scribo::Result<void>& result, const char* option)
+{
+    return result || fault(QLatin1String(option) + scribo::textOf(result.error()));
 }
 
 void Command::print(const QByteArray& text)

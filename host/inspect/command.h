@@ -10,6 +10,7 @@
 #include "processorplugin.h"
 #include "progressbar.h"
 #include "recordfile.h"
+#include "regionplan.h"
 #include "resulttable.h"
 
 #include <QSet>
@@ -56,8 +57,11 @@ private:
     void finishArchive();
     void finish();
 
-    /// Reports a fault, which makes the exit code.
+    /// Reports a fault, which makes the exit code. Returns false.
     bool fault(const QString& message);
+    bool fault(const scribo::Error& error);
+    /// Whether it succeeded; an error is reported as a fault, behind `option`.
+    bool succeeded(const scribo::Result<void>& result, const char* option = "");
     void print(const QByteArray& text);
 
     Options options;

@@ -10,21 +10,20 @@ namespace {
 
 int run(const QStringList& arguments, HostLog& log)
 {
-    Options options;
-    QString error;
-    if (!parseOptions(arguments, &options, &error)) {
-        std::fprintf(stderr, "scribo-inspect: %s\nTry: scribo-inspect --help\n", error.toUtf8().constData());
+    const auto options = parseOptions(arguments);
+    if (!options) {
+        std::fprintf(stderr, "scribo-inspect: %s\nTry: scribo-inspect --help\n", options.error().message.c_str());
         return ExitCode::fault;
     }
-    if (options.help) {
+    if (options->help) {
         std::fputs(helpText, stdout);
         return ExitCode::allOk;
     }
-    if (options.version) {
+    if (options->version) {
         std::puts("scribo-inspect " SCRIBO_VERSION);
         return ExitCode::allOk;
     }
-    return Command(options, log).run();
+    return Command(*options, log).run();
 }
 
 /// `code`, unless standard output did not take what was printed: what nobody can read is a fault.

@@ -1,7 +1,12 @@
 #include "options.h"
 
+#include "resulttext.h"
+
 #include <QCommandLineParser>
 #include <QFileInfo>
+
+using scribo::failure;
+using scribo::Result;
 
 namespace {
 
@@ -13,9 +18,7 @@ const QStringList flags = {"help", "json", "list-models", "list-params", "quiet"
 class Reader
 {
 public:
-    Reader(Options& options, QString& error)
-        : options(options)
-        , error(error)
+    Reader()
     {
         for (const QString& name : valueOptions) {
             parser.addOption({name, {}, QStringLiteral("VALUE")});
@@ -28,26 +31,25 @@ public:
         parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     }
 
-    bool read(const QStringList& arguments)
+    Result<Options> read(const QStringList& arguments)
     {
         if (!parser.parse(arguments)) {
-            return fail(parser.errorText());
+            return failure(parser.errorText());
         }
         readFlags();
         if (options.help || options.version) {
-            return true;
+            return options;
         }
         readPaths();
-        return checkValues() && readRegions() && readJudging() && readArchive() && checkPictures();
+        return checkValues()
+            .and_then([this] { return readRegions(); })
+            .and_then([this] { return readJudging(); })
+            .and_then([this] { return readArchive(); })
+            .and_then([this] { return checkPictures(); })
+            .map([this] { return options; });
     }
 
 private:
-    bool fail(const QString& reason)
-    {
-        error = reason;
-        return false;
-    }
-
     QString path(const char* name) const
     {
         const QString value = parser.value(QLatin1String(name));
@@ -85,43 +87,44 @@ private:
     }
 
     /// An option without its value, or given twice, is more likely a slip than a wish.
-    bool checkValues()
+    Result<void> checkValues()
     {
         for (const QString& name : valueOptions) {
             const QStringList values = parser.values(name);
             if (values.size() > 1 && !repeatable.contains(name)) {
-                return fail(QStringLiteral("--%1 is given more than once").arg(name));
+                return failure(QStringLiteral("--%1 is given more than once").arg(name));
             }
             if (values.contains(QString()) && name != QLatin1String("reference")) {
-                return fail(QStringLiteral("--%1 needs a value").arg(name));
+                return failure(QStringLiteral("--%1 needs a value").arg(name));
             }
         }
-        return true;
+        return {};
     }
 
-    bool readRegions()
+    Result<void> readRegions()
     {
         for (const QString& text : parser.values("region")) {
-            TaughtRegion region;
-            if (!parseRegion(text, &region.rect)) {
-                return fail(QStringLiteral("--region %1: must be X,Y,WIDTH,HEIGHT in pixels, at least 1 wide and high")
-                                .arg(text));
+            const auto rect = parseRegion(text);
+            if (!rect) {
+                return failure(
+                    QStringLiteral("--region %1: must be X,Y,WIDTH,HEIGHT in pixels, at least 1 wide and high")
+                        .arg(text));
             }
-            options.regions.append(region);
+            options.regions.append({*rect, {}, {}});
         }
         if (!options.regions.isEmpty() && !options.regionsFile.isEmpty()) {
-            return fail(QStringLiteral("--region and --regions exclude each other"));
+            return failure(QStringLiteral("--region and --regions exclude each other"));
         }
-        return true;
+        return {};
     }
 
-    bool readJudging()
+    Result<void> readJudging()
     {
         const QString compare = parser.value("compare");
         const QStringList names = {"off", "fixed", "auto"};
         if (parser.isSet("compare")) {
             if (!names.contains(compare)) {
-                return fail(QStringLiteral("--compare %1: must be off, fixed or auto").arg(compare));
+                return failure(QStringLiteral("--compare %1: must be off, fixed or auto").arg(compare));
             }
             options.compare = static_cast<Comparison>(names.indexOf(compare));
         }
@@ -129,54 +132,53 @@ private:
             options.reference = parser.value("reference");
         }
         options.count = parser.value("count");
-        CountRange range;
-        if (parser.isSet("count") && !parseCount(options.count, &range)) {
-            return fail(QStringLiteral("--count %1: must be MIN:MAX, whole numbers from 0").arg(options.count));
+        if (parser.isSet("count") && !parseCount(options.count)) {
+            return failure(QStringLiteral("--count %1: must be MIN:MAX, whole numbers from 0").arg(options.count));
         }
-        return true;
+        return {};
     }
 
-    bool readArchive()
+    Result<void> readArchive()
     {
         if (parser.isSet("identity")) {
             options.identity = parser.value("identity");
         }
         if (options.identity.contains(QLatin1Char('/'))) {
-            return fail(QStringLiteral("--identity %1: is part of file names, so without \"/\"").arg(options.identity));
+            return failure(
+                QStringLiteral("--identity %1: is part of file names, so without \"/\"").arg(options.identity));
         }
         options.saveGiven = parser.isSet("save");
         for (const QString& word : parser.value("save").split(QLatin1Char(','), Qt::SkipEmptyParts)) {
             if (word != QLatin1String("ok") && word != QLatin1String("ng")) {
-                return fail(QStringLiteral("--save %1: must be ok, ng or ok,ng").arg(parser.value("save")));
+                return failure(QStringLiteral("--save %1: must be ok, ng or ok,ng").arg(parser.value("save")));
             }
             (word == QLatin1String("ok") ? options.saveOk : options.saveNg) = true;
         }
         if (options.saveGiven && options.archive.isEmpty() && options.removable.isEmpty()) {
-            return fail(QStringLiteral("--save needs --archive DIR or --removable DIR"));
+            return failure(QStringLiteral("--save needs --archive DIR or --removable DIR"));
         }
-        return true;
+        return {};
     }
 
-    bool checkPictures()
+    Result<void> checkPictures()
     {
         if (options.pictures.isEmpty() && !options.listModels && !options.listParameters) {
-            return fail(QStringLiteral("no pictures given"));
+            return failure(QStringLiteral("no pictures given"));
         }
         // Made absolute it would be the current folder.
         if (options.pictures.contains(QString())) {
-            return fail(QStringLiteral("an empty argument is no picture or folder"));
+            return failure(QStringLiteral("an empty argument is no picture or folder"));
         }
-        return true;
+        return {};
     }
 
     QCommandLineParser parser;
-    Options& options;
-    QString& error;
+    Options options;
 };
 
 } // namespace
 
-bool parseOptions(const QStringList& arguments, Options* options, QString* error)
+Result<Options> parseOptions(const QStringList& arguments)
 {
-    return Reader(*options, *error).read(arguments);
+    return Reader().read(arguments);
 }

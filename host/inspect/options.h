@@ -1,7 +1,8 @@
 #pragma once
 
 #include "inspectionresult.h"
-#include "regionplan.h"
+#include "result.h"
+#include "taughtregion.h"
 
 #include <QStringList>
 
@@ -47,5 +48,5 @@ struct Options
     bool version = false;
 };
 
-/// Reads the command line, whose first element is the program. Returns false with the reason in `error`.
-bool parseOptions(const QStringList& arguments, Options* options, QString* error);
+/// Reads the command line, whose first element is the program.
+scribo::Result<Options> parseOptions(const QStringList& arguments);

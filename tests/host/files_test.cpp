@@ -1,11 +1,12 @@
+#include "errortext.h"
 #include "fulldisk.h"
+#include "outputfile.h"
 #include "picturelist.h"
 #include "picturereader.h"
 #include "places.h"
 #include "processorplugin.h"
 #include "regionplan.h"
 #include "station.h"
-#include "wholefile.h"
 
 #include <gtest/gtest.h>
 
@@ -25,18 +26,31 @@ const QSize pictureSize(100, 50);
 QString regionsError(const Station& station, const QByteArray& json)
 {
     station.write("regions.json", json);
-    RegionPlan plan;
-    QString error;
-    EXPECT_FALSE(plan.readFile(station.path("regions.json"), &error)) << json.constData();
-    return error.mid(station.path("regions.json").size());
+    const auto plan = RegionPlan::fromFile(station.path("regions.json"));
+    EXPECT_FALSE(plan) << json.constData();
+    return errorText(plan).mid(station.path("regions.json").size());
 }
 
 QList<TaughtRegion> regionsOf(const RegionPlan& plan, const QString& picture)
 {
-    QList<TaughtRegion> regions;
-    QString error;
-    EXPECT_TRUE(plan.regionsFor(picture, pictureSize, &regions, &error)) << qPrintable(error);
-    return regions;
+    const auto regions = plan.regionsFor(picture, pictureSize);
+    EXPECT_EQ(errorText(regions), "");
+    return regions.value_or(QList<TaughtRegion>());
+}
+
+RegionPlan planOf(const Station& station, const QByteArray& json)
+{
+    station.write("r.json", json);
+    const auto plan = RegionPlan::fromFile(station.path("r.json"));
+    EXPECT_EQ(errorText(plan), "");
+    return plan.value_or(RegionPlan());
+}
+
+cv::Mat pictureOf(const Station& station, const QString& name)
+{
+    const auto picture = readPicture(station.path(name));
+    EXPECT_EQ(errorText(picture), "");
+    return picture.value_or(cv::Mat());
 }
 
 } // namespace
@@ -53,10 +67,8 @@ TEST(RegionPlan, TakesTheWholePictureByDefault)
 TEST(RegionPlan, ReadsOneListForAllPictures)
 {
     const Station station;
-    station.write("r.json", R"([[1, 2.5, 30, 20], {"rect": [5, 6, 7, 8], "reference": "Ä,\"1", "count": [2, 9]}])");
-    RegionPlan plan;
-    QString error;
-    ASSERT_TRUE(plan.readFile(station.path("r.json"), &error)) << qPrintable(error);
+    const RegionPlan plan
+        = planOf(station, R"([[1, 2.5, 30, 20], {"rect": [5, 6, 7, 8], "reference": "Ä,\"1", "count": [2, 9]}])");
     const QList<TaughtRegion> regions = regionsOf(plan, "any.png");
     ASSERT_EQ(regions.size(), 2);
     EXPECT_EQ(regions[0].rect, QRectF(1, 2.5, 30, 20));
@@ -70,15 +82,10 @@ TEST(RegionPlan, ReadsOneListForAllPictures)
 TEST(RegionPlan, FindsAPictureByItsGivenNameBeforeItsFileName)
 {
     const Station station;
-    station.write("r.json", R"({"a.png": [[1, 1, 5, 5]], "left/a.png": [[2, 2, 5, 5]]})");
-    RegionPlan plan;
-    QString error;
-    ASSERT_TRUE(plan.readFile(station.path("r.json"), &error)) << qPrintable(error);
+    const RegionPlan plan = planOf(station, R"({"a.png": [[1, 1, 5, 5]], "left/a.png": [[2, 2, 5, 5]]})");
     EXPECT_EQ(regionsOf(plan, "right/a.png")[0].rect.x(), 1);
     EXPECT_EQ(regionsOf(plan, "left/a.png")[0].rect.x(), 2);
-    QList<TaughtRegion> regions;
-    EXPECT_FALSE(plan.regionsFor("b.png", pictureSize, &regions, &error));
-    EXPECT_EQ(error, "has no regions in " + station.path("r.json"));
+    EXPECT_EQ(errorText(plan.regionsFor("b.png", pictureSize)), "has no regions in " + station.path("r.json"));
 }
 
 TEST(RegionPlan, NamesThePlaceOfEveryMistake)
@@ -104,59 +111,39 @@ TEST(RegionPlan, NamesThePlaceOfEveryMistake)
     }
 }
 
-TEST(RegionPlan, KeepsThePlanWhenAFileIsDamaged)
-{
-    const Station station;
-    station.write("r.json", "[[1, 1, 5, 5], [");
-    RegionPlan plan({{QRectF(7, 7, 8, 8), {}, {}}});
-    QString error;
-    EXPECT_FALSE(plan.readFile(station.path("r.json"), &error));
-    EXPECT_EQ(regionsOf(plan, "a.png")[0].rect.x(), 7);
-}
-
 TEST(RegionPlan, RefusesARegionThatHasNoPixelOfThePicture)
 {
     const RegionPlan plan({{QRectF(0, 0, 5, 5), {}, {}}, {QRectF(99.5, 0, 20, 20), {}, {}}});
-    QList<TaughtRegion> regions;
-    QString error;
-    EXPECT_FALSE(plan.regionsFor("a.png", pictureSize, &regions, &error));
-    EXPECT_EQ(error, "region 2 (99.5,0,20,20) lies outside the picture, which is 100 x 50");
+    EXPECT_EQ(errorText(plan.regionsFor("a.png", pictureSize)),
+        "region 2 (99.5,0,20,20) lies outside the picture, which is 100 x 50");
 }
 
 TEST(RegionPlan, KnowsWhetherSomeRegionHasItsOwnReferenceOrCount)
 {
     const Station station;
-    const auto planOf = [&](const QByteArray& json) {
-        station.write("r.json", json);
-        RegionPlan plan;
-        QString error;
-        EXPECT_TRUE(plan.readFile(station.path("r.json"), &error)) << qPrintable(error);
-        return plan;
-    };
     EXPECT_FALSE(RegionPlan().hasReferences());
-    const RegionPlan common = planOf(R"([[1, 1, 5, 5], {"rect": [1, 1, 5, 5], "reference": ""}])");
+    const RegionPlan common = planOf(station, R"([[1, 1, 5, 5], {"rect": [1, 1, 5, 5], "reference": ""}])");
     EXPECT_TRUE(common.hasReferences());
     EXPECT_FALSE(common.hasCounts());
-    const RegionPlan byPicture = planOf(R"({"a": [[1, 1, 5, 5]], "b": [{"rect": [1, 1, 5, 5], "count": [1, 2]}]})");
+    const RegionPlan byPicture
+        = planOf(station, R"({"a": [[1, 1, 5, 5]], "b": [{"rect": [1, 1, 5, 5], "count": [1, 2]}]})");
     EXPECT_FALSE(byPicture.hasReferences());
     EXPECT_TRUE(byPicture.hasCounts());
 }
 
 TEST(RegionPlan, ParsesRegionsAndCountsOfTheCommandLine)
 {
-    QRectF rect;
-    EXPECT_TRUE(parseRegion("1, -2.5,3,4e1", &rect));
-    EXPECT_EQ(rect, QRectF(1, -2.5, 3, 40));
+    EXPECT_EQ(parseRegion("1, -2.5,3,4e1"), QRectF(1, -2.5, 3, 40));
     for (const char* const text :
         {"", "1,2,3", "1,2,3,4,5", "1,2,3,x", "1,2,nan,4", "1,inf,3,4", "1,2,0,4", "1,2,3,-4"}) {
-        EXPECT_FALSE(parseRegion(text, &rect)) << text;
+        EXPECT_FALSE(parseRegion(text)) << text;
     }
-    CountRange range;
-    EXPECT_TRUE(parseCount("3:12", &range));
-    EXPECT_EQ(range.low, 3);
-    EXPECT_EQ(range.high, 12);
+    const auto range = parseCount("3:12");
+    ASSERT_TRUE(range);
+    EXPECT_EQ(range->low, 3);
+    EXPECT_EQ(range->high, 12);
     for (const char* const text : {"", "3", "3:", ":3", "4:3", "-1:3", "1:2:3", "a:b", "0:100000"}) {
-        EXPECT_FALSE(parseCount(text, &range)) << text;
+        EXPECT_FALSE(parseCount(text)) << text;
     }
 }
 
@@ -189,13 +176,10 @@ TEST(PictureReader, GivesRedGreenBlueAndKeepsGrey)
     const Station station;
     station.writePicture("colour.png", cv::Mat(2, 2, CV_8UC3, cv::Scalar(10, 20, 30)));
     station.writePicture("grey.pgm", cv::Mat(2, 2, CV_8UC1, cv::Scalar(40)));
-    cv::Mat picture;
-    QString error;
-    ASSERT_TRUE(readPicture(station.path("colour.png"), &picture, &error)) << qPrintable(error);
-    EXPECT_EQ(picture.at<cv::Vec3b>(0, 0), cv::Vec3b(30, 20, 10));
-    ASSERT_TRUE(readPicture(station.path("grey.pgm"), &picture, &error)) << qPrintable(error);
-    EXPECT_EQ(picture.type(), CV_8UC1);
-    EXPECT_EQ(picture.at<uchar>(0, 0), 40);
+    EXPECT_EQ(pictureOf(station, "colour.png").at<cv::Vec3b>(0, 0), cv::Vec3b(30, 20, 10));
+    const cv::Mat grey = pictureOf(station, "grey.pgm");
+    EXPECT_EQ(grey.type(), CV_8UC1);
+    EXPECT_EQ(grey.at<uchar>(0, 0), 40);
 }
 
 TEST(PictureReader, ScalesSixteenBitsAndLaysTransparencyOnWhite)
@@ -205,17 +189,12 @@ TEST(PictureReader, ScalesSixteenBitsAndLaysTransparencyOnWhite)
     station.writePicture("half.png", cv::Mat(1, 1, CV_16UC1, cv::Scalar(128 * 257)));
     station.writePicture("clear.png", cv::Mat(1, 1, CV_8UC4, cv::Scalar(1, 2, 3, 0)));
     station.writePicture("solid.png", cv::Mat(1, 1, CV_8UC4, cv::Scalar(1, 2, 3, 255)));
-    cv::Mat picture;
-    QString error;
-    ASSERT_TRUE(readPicture(station.path("deep.png"), &picture, &error));
-    EXPECT_EQ(picture.type(), CV_8UC1);
-    EXPECT_EQ(picture.at<uchar>(0, 0), 255);
-    ASSERT_TRUE(readPicture(station.path("half.png"), &picture, &error));
-    EXPECT_EQ(picture.at<uchar>(0, 0), 128);
-    ASSERT_TRUE(readPicture(station.path("clear.png"), &picture, &error));
-    EXPECT_EQ(picture.at<cv::Vec3b>(0, 0), cv::Vec3b(255, 255, 255));
-    ASSERT_TRUE(readPicture(station.path("solid.png"), &picture, &error));
-    EXPECT_EQ(picture.at<cv::Vec3b>(0, 0), cv::Vec3b(3, 2, 1));
+    const cv::Mat deep = pictureOf(station, "deep.png");
+    EXPECT_EQ(deep.type(), CV_8UC1);
+    EXPECT_EQ(deep.at<uchar>(0, 0), 255);
+    EXPECT_EQ(pictureOf(station, "half.png").at<uchar>(0, 0), 128);
+    EXPECT_EQ(pictureOf(station, "clear.png").at<cv::Vec3b>(0, 0), cv::Vec3b(255, 255, 255));
+    EXPECT_EQ(pictureOf(station, "solid.png").at<cv::Vec3b>(0, 0), cv::Vec3b(3, 2, 1));
 }
 
 TEST(PictureReader, SaysWhyAFileIsNoPicture)
@@ -224,12 +203,7 @@ TEST(PictureReader, SaysWhyAFileIsNoPicture)
     station.write("empty.png", {});
     station.write("text.png", "no picture");
     station.writePicture("float.tiff", cv::Mat(2, 2, CV_32FC1, cv::Scalar(0.5)));
-    const auto errorOf = [&](const QString& name) {
-        cv::Mat picture;
-        QString error;
-        EXPECT_FALSE(readPicture(station.path(name), &picture, &error));
-        return error;
-    };
+    const auto errorOf = [&](const QString& name) { return errorText(readPicture(station.path(name))); };
     EXPECT_EQ(errorOf("empty.png"), "is empty");
     EXPECT_EQ(errorOf("text.png"), "is damaged, or not a picture in a known format");
     EXPECT_EQ(errorOf("none.png"), "cannot be opened: No such file or directory");
@@ -243,50 +217,41 @@ TEST(PictureReader, RefusesAFileTooLargeToBeRead)
     QFile file(station.path("large.png"));
     // A file without content takes no room on the disk.
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(qint64(1) << 31));
-    cv::Mat picture;
-    QString error;
-    EXPECT_FALSE(readPicture(file.fileName(), &picture, &error));
-    EXPECT_EQ(error, "is larger than 2 GB, the most that can be read");
+    EXPECT_EQ(errorText(readPicture(file.fileName())), "is larger than 2 GB, the most that can be read");
 }
 
-TEST(WholeFile, TakesThePlaceOfAnEarlierOne)
+TEST(OutputFile, IsWrittenAsAWhole)
 {
     const Station station;
-    QString error;
     for (const char* const bytes : {"old", "new"}) {
-        EXPECT_TRUE(writeWholeFile(station.path("file"), bytes, &error)) << qPrintable(error);
+        EXPECT_EQ(errorText(saveOutput(station.path("file"), bytes)), "");
     }
     EXPECT_EQ(station.read("file"), "new");
-    EXPECT_FALSE(writeWholeFile("/proc/none/file", "new", &error));
-    EXPECT_TRUE(error.startsWith("/proc/none/file: cannot be written: ")) << qPrintable(error);
+    EXPECT_TRUE(errorText(saveOutput("/proc/none/file", "new")).startsWith("/proc/none/file: cannot be written: "));
 }
 
-TEST(WholeFile, LeavesTheEarlierOneWhenTheDiskIsFull)
+TEST(OutputFile, LeavesTheEarlierOneWhenTheDiskIsFull)
 {
     const Station station;
     station.write("file", "old");
-    QString error;
-    bool isWritten = true;
+    scribo::Result<void> saved;
     {
         const FullDisk full;
-        isWritten = writeWholeFile(station.path("file"), "new", &error);
+        saved = saveOutput(station.path("file"), "new");
     }
-    EXPECT_FALSE(isWritten);
-    EXPECT_TRUE(error.startsWith(station.path("file") + ": cannot be written: ")) << qPrintable(error);
+    EXPECT_TRUE(errorText(saved).startsWith(station.path("file") + ": cannot be written: "));
     EXPECT_EQ(station.read("file"), "old");
     EXPECT_EQ(QDir(station.path(".")).entryList(QDir::Files), QStringList{"file"});
 }
 
-TEST(WholeFile, ReplacesOnlyFiles)
+TEST(OutputFile, ReplacesOnlyFiles)
 {
     const Station station;
     ASSERT_EQ(mkfifo(QFile::encodeName(station.path("fifo")).constData(), 0600), 0);
     ASSERT_TRUE(QFile::link(station.path("fifo"), station.path("link")));
     for (const char* const name : {"fifo", "link", "model"}) {
         const QString path = station.path(name);
-        QString error;
-        EXPECT_FALSE(writeWholeFile(path, "new", &error));
-        EXPECT_EQ(error, path + ": is no file that could be replaced");
+        EXPECT_EQ(errorText(saveOutput(path, "new")), path + ": is no file that could be replaced");
         EXPECT_TRUE(QFileInfo::exists(path) && !QFileInfo(path).isFile()) << name;
     }
 }
@@ -297,8 +262,7 @@ TEST(ProcessorPlugin, SaysWhyAFileIsNoProcessor)
     station.write("text.so", "not a library");
     const auto errorOf = [](const QString& file) {
         ProcessorPlugin plugin;
-        QString error;
-        EXPECT_FALSE(plugin.load(file, &error));
+        const QString error = errorText(plugin.load(file));
         EXPECT_EQ(plugin.makeInstance(nullptr), nullptr);
         EXPECT_TRUE(error.startsWith(file + ": ")) << qPrintable(error);
         return error.mid(file.size() + 2);
@@ -326,14 +290,10 @@ TEST(Places, WorksOnlyWhereThereIsAModelFolder)
 {
     const Station station;
     station.write("empty/file", {});
-    QString folder;
-    QString error;
-    EXPECT_TRUE(findWorkFolder(station.path("."), "/program", &folder, &error));
-    EXPECT_FALSE(findWorkFolder(station.path("empty"), "/program", &folder, &error));
-    EXPECT_EQ(error, station.path("empty") + ": has no folder \"model\"");
-    EXPECT_FALSE(findWorkFolder(station.path("none"), "/program", &folder, &error));
-    EXPECT_EQ(error, station.path("none") + ": is not a folder");
+    EXPECT_EQ(errorText(findWorkFolder(station.path("."), "/program")), "");
+    EXPECT_EQ(errorText(findWorkFolder(station.path("empty"), "/program")),
+        station.path("empty") + ": has no folder \"model\"");
+    EXPECT_EQ(errorText(findWorkFolder(station.path("none"), "/program")), station.path("none") + ": is not a folder");
     station.write("work/model/a", {});
-    EXPECT_TRUE(findWorkFolder({}, station.path("bin"), &folder, &error));
-    EXPECT_EQ(folder, station.path("work"));
+    EXPECT_EQ(findWorkFolder({}, station.path("bin")), station.path("work"));
 }

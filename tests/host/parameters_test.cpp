@@ -1,3 +1,4 @@
+#include "errortext.h"
 #include "filetool.h"
 #include "inspector.h"
 #include "parameters.h"
@@ -19,28 +20,21 @@ protected:
     {
         station.write("model/ocr_a_p1_1_v2.trt", {});
         QDir::setCurrent(station.path("."));
-        QString error;
-        ASSERT_TRUE(plugin.load(FAKE_PROCESSOR_FILE, &error)) << qPrintable(error);
+        ASSERT_EQ(errorText(plugin.load(FAKE_PROCESSOR_FILE)), "");
         processor = plugin.makeInstance(&tool);
         ASSERT_NE(processor, nullptr);
     }
 
     void TearDown() override { QDir::setCurrent("/"); }
 
-    QString set(int number, const QString& value)
-    {
-        QString error;
-        const bool isSet = setParameter(*processor, number, value, &error);
-        EXPECT_EQ(isSet, error.isEmpty());
-        return error;
-    }
+    QString set(int number, const QString& value) { return errorText(setParameter(*processor, number, value)); }
 
     /// What is said about a settings file with this content.
     QString settingsError(const QByteArray& json)
     {
         station.write("s.json", json);
-        QString error;
-        EXPECT_FALSE(readSettings(station.path("s.json"), *processor, &error)) << json.constData();
+        const QString error = errorText(readSettings(station.path("s.json"), *processor));
+        EXPECT_NE(error, "") << json.constData();
         EXPECT_EQ(station.read("s.json"), json);
         return error.mid(station.path("s.json").size());
     }
@@ -105,12 +99,10 @@ TEST_F(HostParameters, SaysWhyAValueIsRefusedAndChangesNothing)
 
 TEST_F(HostParameters, ReadsAssignments)
 {
-    QString error;
-    EXPECT_TRUE(setParameter(*processor, "10=a=b", &error));
+    EXPECT_EQ(errorText(setParameter(*processor, "10=a=b")), "");
     EXPECT_EQ(describe(10), "\"a=b\"");
     for (const char* const text : {"10", "=5", "x=5", ""}) {
-        EXPECT_FALSE(setParameter(*processor, text, &error));
-        EXPECT_EQ(error, QString("\"%1\" is not NUMBER=VALUE").arg(text));
+        EXPECT_EQ(errorText(setParameter(*processor, text)), QString("\"%1\" is not NUMBER=VALUE").arg(text));
     }
 }
 
@@ -118,10 +110,9 @@ TEST_F(HostParameters, SettingsComeBackFromTheirFile)
 {
     set(9, "2");
     set(10, "LOT:\"Ä\"");
-    QString error;
-    ASSERT_TRUE(writeSettings(station.path("s.json"), *processor, &error)) << qPrintable(error);
+    ASSERT_EQ(errorText(writeSettings(station.path("s.json"), *processor)), "");
     const auto other = plugin.makeInstance(&tool);
-    ASSERT_TRUE(readSettings(station.path("s.json"), *other, &error)) << qPrintable(error);
+    ASSERT_EQ(errorText(readSettings(station.path("s.json"), *other)), "");
     QJsonObject expected;
     QJsonObject actual;
     processor->saveParams(expected);
@@ -176,16 +167,14 @@ TEST_F(HostParameters, SettingsOfOtherTypesAreDamaged)
 
 TEST_F(HostParameters, SettingsMayLackKeysAndHaveMore)
 {
-    QString error;
     station.write("s.json", settingsOf(4, R"({"values": [true, true], "note": 3}, {"highThresh": -1})"));
-    EXPECT_TRUE(readSettings(station.path("s.json"), *processor, &error)) << qPrintable(error);
+    EXPECT_EQ(errorText(readSettings(station.path("s.json"), *processor)), "");
     EXPECT_EQ(describe(4), "[1 save OK] | [2 save NG]");
 }
 
 TEST_F(HostParameters, UnwritableSettingsAreNamed)
 {
-    QString error;
-    EXPECT_FALSE(writeSettings("/proc/none/s.json", *processor, &error));
+    const QString error = errorText(writeSettings("/proc/none/s.json", *processor));
     EXPECT_TRUE(error.startsWith("/proc/none/s.json: cannot be written: ")) << qPrintable(error);
 }
 

@@ -1,3 +1,4 @@
+#include "errortext.h"
 #include "fulldisk.h"
 #include "overlayfolder.h"
 #include "recordfile.h"
@@ -32,9 +33,8 @@ PictureResult sampleResult()
 QByteArray recordsOf(const Station& station, const QString& name)
 {
     RecordFile file;
-    QString error;
-    EXPECT_TRUE(file.open(station.path(name), &error)) << qPrintable(error);
-    EXPECT_TRUE(file.write(sampleResult(), &error)) << qPrintable(error);
+    EXPECT_EQ(errorText(file.open(station.path(name))), "");
+    EXPECT_EQ(errorText(file.write(sampleResult())), "");
     return station.read(name);
 }
 
@@ -64,11 +64,10 @@ TEST(RecordFile, ReplacesAnEarlierFileAndNamesWhatItCannotWrite)
     station.write("r.jsonl", "old\n");
     EXPECT_FALSE(recordsOf(station, "r.jsonl").contains("old"));
     RecordFile file;
-    QString error;
-    EXPECT_FALSE(file.open("/proc/none/r.csv", &error));
-    EXPECT_EQ(error, "/proc/none/r.csv: cannot be written: No such file or directory");
-    EXPECT_FALSE(file.open(station.path("r.txt"), &error));
-    EXPECT_EQ(error, station.path("r.txt") + ": records go to a .jsonl or a .csv file");
+    EXPECT_EQ(
+        errorText(file.open("/proc/none/r.csv")), "/proc/none/r.csv: cannot be written: No such file or directory");
+    EXPECT_EQ(
+        errorText(file.open(station.path("r.txt"))), station.path("r.txt") + ": records go to a .jsonl or a .csv file");
 }
 
 TEST(RecordFile, NoticesAFullDisk)
@@ -77,10 +76,9 @@ TEST(RecordFile, NoticesAFullDisk)
     ASSERT_TRUE(hasFullDevice());
     ASSERT_TRUE(QFile::link("/dev/full", station.path("full.jsonl")));
     RecordFile file;
-    QString error;
-    ASSERT_TRUE(file.open(station.path("full.jsonl"), &error)) << qPrintable(error);
-    EXPECT_FALSE(file.write(sampleResult(), &error));
-    EXPECT_EQ(error, station.path("full.jsonl") + ": cannot be written: No space left on device");
+    ASSERT_EQ(errorText(file.open(station.path("full.jsonl"))), "");
+    EXPECT_EQ(errorText(file.write(sampleResult())),
+        station.path("full.jsonl") + ": cannot be written: No space left on device");
 }
 
 TEST(ResultTable, ShowsARowForEachRegionAndKeepsEveryRowOneLine)
@@ -156,25 +154,22 @@ TEST(OverlayFolder, DoesNotReplaceThePicturesThemselves)
 {
     Station station;
     OverlayFolder overlays;
-    QString error;
     ASSERT_TRUE(QDir().mkpath(station.path("line")));
     const QList<PictureFile> pictures = {{"line/a.png", station.path("line/a.png"), {}}};
-    EXPECT_FALSE(overlays.open(station.path("line/../line/"), pictures, &error));
-    EXPECT_TRUE(error.endsWith(": holds pictures to inspect, overlays could replace them")) << qPrintable(error);
-    EXPECT_TRUE(overlays.open(station.path("line/overlays"), pictures, &error));
+    EXPECT_EQ(errorText(overlays.open(station.path("line/../line/"), pictures)),
+        station.path("line/../line/") + ": holds pictures to inspect, overlays could replace them");
+    EXPECT_EQ(errorText(overlays.open(station.path("line/overlays"), pictures)), "");
 }
 
 TEST(OverlayFolder, KeepsPicturesOfOneNameApart)
 {
     const Station station;
     OverlayFolder overlays;
-    QString error;
-    ASSERT_TRUE(overlays.open(station.path("a/b"), {}, &error));
+    ASSERT_EQ(errorText(overlays.open(station.path("a/b"), {})), "");
     const QImage image(4, 4, QImage::Format_RGB32);
-    EXPECT_TRUE(overlays.write("left/x.1.png", image, &error));
-    EXPECT_TRUE(overlays.write("right/x.1.jpg", image, &error));
+    EXPECT_EQ(errorText(overlays.write("left/x.1.png", image)), "");
+    EXPECT_EQ(errorText(overlays.write("right/x.1.jpg", image)), "");
     EXPECT_EQ(QImage(station.path("a/b/x.1.png")).size(), QSize(4, 4));
     EXPECT_EQ(QImage(station.path("a/b/x.1_2.png")).size(), QSize(4, 4));
-    EXPECT_FALSE(overlays.open("/dev/null/x", {}, &error));
-    EXPECT_EQ(error, "/dev/null/x: the folder cannot be made");
+    EXPECT_EQ(errorText(overlays.open("/dev/null/x", {})), "/dev/null/x: the folder cannot be made");
 }
