@@ -3,6 +3,7 @@
 #include "adapt.h"
 #include "importer.h"
 #include "onnxmodel.h"
+#include "operations/importtable.h"
 #include "passes/passes.h"
 
 #include <algorithm>
@@ -114,7 +115,8 @@ std::unique_ptr<format::NetworkT> buildNetwork(
         problems->push_back(error);
         return nullptr;
     }
-    std::unique_ptr<NetworkT> network = Importer(model.graph(), opset, options, problems).run();
+    std::unique_ptr<NetworkT> network
+        = Importer(model.graph(), opset, importTable(), options.widths, options.picture.height, problems).run();
     if (!network || !adaptPicture(*network, options.picture, problems)
         || !adaptScores(*network, options.scores, options.widths, problems)) {
         return nullptr;

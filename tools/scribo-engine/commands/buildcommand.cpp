@@ -1,9 +1,11 @@
 #include "arguments.h"
 #include "enginemaker.h"
 #include "modeloptions.h"
-#include "savefile.h"
+#include "resulttext.h"
+#include "samefile.h"
 #include "text.h"
 #include "tool.h"
+#include "wholefile.h"
 
 #include <QElapsedTimer>
 
@@ -46,8 +48,8 @@ ExitCode build(const QString& model, const QString& output, const builder::Build
     if (!makeEngine(file, options, &engine, &problems)) {
         return fail(streams, model, problems);
     }
-    if (!saveFile(output, engine.bytes.data(), engine.bytes.size(), &error)) {
-        return fail(streams, output, {error});
+    if (const auto saved = writeWholeFile(output, engine.bytes.data(), engine.bytes.size()); !saved) {
+        return fail(streams, output, {textOf(saved.error())});
     }
     const QString summary
         = QStringLiteral("%1: %2, %3, widths %4 to %5, built in %6 s\n")

@@ -3,9 +3,11 @@
 #include "modeloptions.h"
 #include "packagecheck.h"
 #include "packagemaker.h"
-#include "savefile.h"
+#include "resulttext.h"
+#include "samefile.h"
 #include "text.h"
 #include "tool.h"
+#include "wholefile.h"
 
 #include <QDir>
 #include <QFile>
@@ -56,18 +58,17 @@ bool save(const MadePackage& package, const PackageFiles& files, QString* proble
 {
     const std::vector<std::uint8_t>& engine = package.engine.bytes;
     const QByteArray& configuration = package.configuration;
-    const auto length = static_cast<std::size_t>(configuration.size());
     // The configuration first: without its engine it does nothing.
     QString path = files.configuration;
-    bool saved = saveFile(path, configuration.constData(), length, problem);
+    Result<void> saved = writeWholeFile(path, configuration);
     if (saved) {
         path = files.engine;
-        saved = saveFile(path, engine.data(), engine.size(), problem);
+        saved = writeWholeFile(path, engine.data(), engine.size());
     }
     if (!saved) {
-        *problem = path + QStringLiteral(": ") + *problem;
+        *problem = path + QStringLiteral(": ") + textOf(saved.error());
     }
-    return saved;
+    return saved.has_value();
 }
 
 /// Checks the package in a folder where no plug-in sees it.

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "buildoptions.h"
 #include "onnxnode.h"
+#include "tensordata.h"
+#include "widthprofile.h"
 
 #include <map>
 #include <memory>
@@ -22,7 +23,7 @@ struct ImportRule
     int fewestInputs;
     int mostInputs;
 };
-/// The rule of every ONNX operation that is supported, by its name.
+/// Rules by the names of their ONNX operations.
 using ImportTable = std::map<std::string, ImportRule>;
 /// For operations that take any number of inputs.
 constexpr int anyNumber = 1 << 20;
@@ -36,8 +37,10 @@ constexpr int anyNumber = 1 << 20;
 class Importer
 {
 public:
-    /// `graph` and `problems` must outlive the importer.
-    Importer(const onnx::GraphProto& graph, int opset, const BuildOptions& options, Problems* problems);
+    /// `openHeight` is that of the picture for a model that leaves it open, 0 where it does not. `graph`, `table` and
+    /// `problems` must outlive the importer.
+    Importer(const onnx::GraphProto& graph, int operationSet, const ImportTable& table, const WidthRange& range,
+        int openHeight, Problems* problems);
 
     /// The network, or null when there were problems.
     std::unique_ptr<format::NetworkT> run();
@@ -104,8 +107,8 @@ private:
 
     const onnx::GraphProto& graph;
     int operationSet;
+    const ImportTable& table;
     WidthRange range;
-    /// For a picture whose height is left open.
     int openHeight;
     Problems* problems;
     std::unique_ptr<format::NetworkT> network = std::make_unique<format::NetworkT>();

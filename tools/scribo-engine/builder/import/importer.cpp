@@ -2,7 +2,6 @@
 
 #include "evaluate.h"
 #include "onnxtensor.h"
-#include "operations/operations.h"
 #include "resulttype.h"
 
 #include <algorithm>
@@ -10,19 +9,6 @@
 namespace scribo::builder {
 
 namespace {
-
-const ImportTable& importTable()
-{
-    static const ImportTable table = [] {
-        ImportTable all;
-        for (auto* add : {addConvolutions, addPooling, addReductions, addRecurrent, addProducts, addActivations,
-                 addElementwise, addNormalisation, addLayout, addSlicing, addResizing, addShapeArithmetic, addLogic}) {
-            add(&all);
-        }
-        return all;
-    }();
-    return table;
-}
 
 /// An engine file ends at 2 GB, and constants that are worked out on the way must not fill the memory.
 constexpr std::size_t mostConstantBytes = std::size_t(1500) << 20;
@@ -60,12 +46,14 @@ void collectReadNames(const onnx::GraphProto& graph, std::unordered_set<std::str
 
 } // namespace
 
-Importer::Importer(const onnx::GraphProto& model, int opset, const BuildOptions& options, Problems* list)
-    : graph(model)
-    , operationSet(opset)
-    , range(options.widths)
-    , openHeight(options.picture.height)
-    , problems(list)
+Importer::Importer(const onnx::GraphProto& graph, int operationSet, const ImportTable& table, const WidthRange& range,
+    int openHeight, Problems* problems)
+    : graph(graph)
+    , operationSet(operationSet)
+    , table(table)
+    , range(range)
+    , openHeight(openHeight)
+    , problems(problems)
 {
     collectReadNames(graph, &readNames);
 }
@@ -193,9 +181,9 @@ bool Importer::readable(const OnnxNode& node, const ImportRule& rule) const
 void Importer::importNode(const OnnxNode& node)
 {
     const bool standard = node.domain().empty() || node.domain() == "ai.onnx";
-    const auto found = importTable().find(node.operation());
+    const auto found = table.find(node.operation());
     bool imported = false;
-    if (!standard || found == importTable().end()) {
+    if (!standard || found == table.end()) {
         const std::string operation = standard ? node.operation() : node.domain() + "." + node.operation();
         problem("operation " + quoted(operation) + " of node " + quoted(node.name()) + " is not supported");
     } else if (readable(node, found->second)) {
