@@ -20,6 +20,7 @@ public:
 
     /// The kind: the class's own name; empty for ParamWrap itself.
     virtual QString typeName();
+    /// Read by the host only. False for every kind.
     virtual bool isSpecial();
     /// Restores the values from `object`. A missing key changes nothing; a value of another JSON type
     /// converts by Qt's rules (to false, 0 or an empty text).
@@ -29,10 +30,10 @@ public:
 
     QString name; ///< the label
     QString tip; ///< the tool-tip; may hold line breaks "\r"
-    bool hostFlag; ///< a display flag of the host's
-    quint32 category; ///< 0 heading, 1 choice, 2 run-time value, 3 edited value
+    bool hostFlag; ///< a display flag, read by the host only
+    quint32 category; ///< for the host: 0 heading, 1 choice, 2 run-time value, 3 edited value
     bool isRunningShow; ///< whether the host shows the field while inspecting; persisted
-    bool auxFlag = false;
+    bool auxFlag = false; ///< for the host; a processor does not change it
 };
 
 /// A heading.

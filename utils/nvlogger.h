@@ -4,8 +4,8 @@
 
 /// Forwards the runtime's diagnostics to glog, so that they stand in one log with the detectors' lines.
 ///
-/// An internal error of the runtime is logged at FATAL, which ends the process: an engine that says so
-/// of itself cannot be trusted with another picture.
+/// An internal error of the runtime is logged at FATAL, which ends the process: no reading of an engine with an
+/// internal error can be trusted.
 class Logger : public nvinfer1::ILogger
 {
 public:

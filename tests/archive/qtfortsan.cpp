@@ -75,7 +75,7 @@ bool QThreadPool::waitForDone(int milliseconds)
     return done;
 }
 
-/// What Qt does within itself is its own affair.
+/// Races inside Qt are not looked for.
 extern "C" __attribute__((visibility("default"))) const char* __tsan_default_options()
 {
     return "ignore_noninstrumented_modules=1";

@@ -1,5 +1,4 @@
-// Model packages that a station should not have got. Every one gives NG items that say why, and the next good one
-// reads.
+// Faulty model packages. Each of them gives NG items that say why, and the next good package reads.
 
 #include "loadedplugin.h"
 #include "scriptedtool.h"

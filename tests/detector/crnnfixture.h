@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-/// A CRNN detector with what it keeps from its users in view.
+/// A CRNN detector whose protected members the tests can reach.
 class CrnnProbe : public CRNNTRTDetector
 {
 public:

@@ -21,9 +21,8 @@ struct NetworkRun
 /// The script of the nvinfer1 and CUDA doubles, and what they were asked to do.
 ///
 /// The doubles stand for an engine with one input and any number of outputs of extents (width / 4, 1,
-/// 4). Everything put on a stream happens when that stream is synchronised, never earlier: who reads
-/// or reuses a buffer too soon, or waits for another stream, is found out. A stream that was never made
-/// is refused.
+/// 4). Everything put on a stream happens when that stream is synchronised, never earlier, so that tests find code that
+/// reads or reuses a buffer too soon or waits for another stream. A stream that was never created is refused.
 struct RuntimeDouble
 {
     // The engine

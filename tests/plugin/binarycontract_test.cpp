@@ -1,5 +1,5 @@
-// What a host keeps compiled in: the order of the virtual tables and of the fields that it edits. All of this
-// repository is built from the same headers, so nothing else would notice a change.
+// What is compiled into a host: the order of the virtual tables and of the fields that it edits. Everything in this
+// repository is built from the same headers, so no other test would notice a change.
 
 #include "processorinterface.h"
 

@@ -14,7 +14,7 @@
 
 #include <deque>
 
-/// What the network is to see: indices into the alphabet, from 1.
+/// What the network reads: indices into the alphabet, from 1.
 using Reading = std::vector<int>;
 
 const Reading a1 = {1, 2};

@@ -4,7 +4,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-/// A working directory of the test's own, with a model folder in it, until the object goes.
+/// A working directory for one test, with a model folder in it, until the object is destroyed.
 class WorkFolder
 {
 public:

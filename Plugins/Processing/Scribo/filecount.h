@@ -12,9 +12,9 @@ int countFiles(const QString& folder);
 
 /// The number of files in folders that grow without limit, for show.
 ///
-/// A count reads the whole folder, at about half a microsecond a file: nothing for a thousand files, 50 ms and more
-/// for a day's pictures of a fast line. So a count that took long is not repeated before fifty times that long has
-/// passed, and until then its result is given again, whatever folder is counted in between.
+/// A count reads the whole folder and takes about half a microsecond a file: little for a thousand files, 50 ms and
+/// more for a day's pictures of a fast line. So a slow count is repeated only after fifty times the time that it took.
+/// Until then its result is returned again, also when other folders are counted in between.
 class PacedFileCount
 {
 public:

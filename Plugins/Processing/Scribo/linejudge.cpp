@@ -38,8 +38,8 @@ bool LineJudge::judge(const std::vector<SOrgAI_ResInfo>& lines, const QRectF& re
     return verdict;
 }
 
-/// For each character of the reference the characters that may stand in its place. A character that is
-/// in several groups gives a pattern for each of them, so groups are best kept apart.
+/// For each character of the reference the characters that may stand in its place. A character that is in several
+/// groups gives a pattern for each of them, so groups should have no character in common.
 QStringList LineJudge::positionPatterns() const
 {
     QStringList patterns;

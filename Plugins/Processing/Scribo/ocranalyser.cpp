@@ -18,14 +18,13 @@ OCRDetector* findDetector(const QString& modelPath, const DetectorConfig& config
         OCRDetector* detector = createDetector(DetectorKind::crnnTrt, modelPath.toStdString(), config);
         return detector->isReady() ? detector : nullptr;
     } catch (const std::exception& exception) {
-        // No thread or no memory to be had: not the model's fault, but no reason to take the host down.
+        // There is no thread or no memory left. That must not end the host's process.
         qWarning().noquote().nospace() << "Creating the detector raised: " << exception.what();
         return nullptr;
     }
 }
 
-/// The detector's answer. What the image library raises on an image that it cannot work with is a
-/// failed detection.
+/// The detector's answer. An exception of the image library counts as a failed detection.
 bool detectCharacters(OCRDetector& detector, const cv::Mat& image, std::vector<std::string>& characters)
 {
     try {
@@ -90,7 +89,8 @@ bool OCRAnalyser::initDetector(const QString& modelPath)
     if (!detector) {
         return fail(qCritical(), "Create object detector failed from file: " + modelPath);
     }
-    // The first run of a network prepares much that later runs reuse. It shall not happen on the line.
+    // The first run of a network takes longer, since it prepares what later runs reuse. So it does not happen on the
+    // line.
     qInfo().nospace() << "Warm up detector with first dummy detection";
     std::vector<std::string> discarded;
     if (!detectCharacters(*detector, cv::Mat::zeros(100, 100, CV_8UC3), discarded)) {
@@ -125,8 +125,8 @@ int OCRAnalyser::execute(const cv::Mat& image, std::vector<SOrgAI_ResInfo>& resu
     return 1;
 }
 
-/// Keeps `message` for the caller and writes it to `log`, which the failing step made, so that the
-/// line carries that step's place.
+/// Keeps `message` for the caller and writes it to `log`, which comes from the failing step, so that the line in the
+/// log names that step's place in the source.
 bool OCRAnalyser::fail(QDebug log, const QString& message)
 {
     state.errorMessage = message;

@@ -20,8 +20,8 @@ class OCRDetector;
 class OCRAnalyser
 {
 public:
-    /// Loads the model from the engine file at `modelPath` and warms its detector up. Does not throw
-    /// for a model that cannot be used: isInitialized() is then false and errorMessage() says why.
+    /// Loads the model from the engine file at `modelPath` and warms its detector up. Does not throw when the model
+    /// cannot be used: isInitialized() is then false, and errorMessage() says why.
     explicit OCRAnalyser(const QString& modelPath);
 
     bool isInitialized() const { return state.initialized; }

@@ -18,7 +18,7 @@ namespace {
 /// A clock that steps back by this many milliseconds was set back; by less, it was corrected.
 constexpr qint64 clockSetBack = 1000;
 
-/// A host may hand over an object that is no Tool; it has no directory and no picture is saved for it.
+/// Null for an object that is not a Tool: it has no directory, and no picture is saved for it.
 Tool* asTool(ToolInterface* tool)
 {
     return dynamic_cast<Tool*>(tool);
@@ -30,7 +30,7 @@ QString written(const QDateTime& time, const QString& format)
     return QLocale::c().toString(time, format);
 }
 
-/// Where the models' folders stand. A removable disk is not limited.
+/// The folder that holds the models' folders. There is no limit on a removable disk.
 struct Base
 {
     QString path;
@@ -74,8 +74,8 @@ PictureArchive::PictureArchive(PluginSettings& settings, ImageConverter converte
     , clock(std::move(clock))
     , queue(std::make_shared<PictureQueue>(converter))
 {
-    // Qt sets its calendar up on first use. Threads that write their first dates at the same time may get empty texts,
-    // and pictures without a time in their names replace each other.
+    // Qt prepares its calendar on first use. Threads that format their first dates at the same time may get empty
+    // texts, and pictures without a time in their names would replace each other.
     static const QCalendar prepared;
 }
 
@@ -149,14 +149,14 @@ void PictureArchive::drainPendingPictures()
     queue->drain();
 }
 
-/// The time in the name of picture `number`. Time and number together always grow, which makes the name unique as long
-/// as the station's clock does not show the same time again.
+/// The time in the name of picture `number`. Time and number together grow with every picture, so a name is unique as
+/// long as the station's clock does not show the same time twice.
 QDateTime PictureArchive::stampFor(int number)
 {
     QDateTime stamp = clock();
     const bool isSetBack = lastReading.isValid() && stamp.msecsTo(lastReading) >= clockSetBack;
     lastReading = stamp;
-    if (lastStamp.isValid() && !isSetBack) { // else the clock's word counts
+    if (lastStamp.isValid() && !isSetBack) { // a clock that was set back is taken at its word
         stamp = std::max(stamp, number > lastNumber ? lastStamp : lastStamp.addMSecs(1));
     }
     lastStamp = stamp;

@@ -24,19 +24,19 @@ struct PluginSettings;
 ///
 ///     BASE/MODEL_TOOL/OK/         BASE/MODEL_TOOL/NG/ng         BASE/MODEL_TOOL/NG/ng_notype
 ///
-/// BASE is "AISavePic/" below the tool's directory, where a folder takes no more pictures once it holds as many
-/// files as the settings allow, until somebody empties it; or "AISavePic_" and the date on a removable disk,
-/// without a cap.
+/// BASE is "AISavePic/" below the tool's directory. A folder there takes no more pictures once it holds as many files
+/// as the settings allow, until somebody empties it. On a removable disk BASE is "AISavePic_" and the date, and there
+/// is no limit.
 ///
-/// The inspecting thread only copies a picture; writers on Qt's global thread pool convert and save it. All
-/// operations but queuePicture() and drainPendingPictures() belong to that one inspecting thread. Destroying the
-/// archive waits for nothing: pictures that were queued are still written, and the destruction of QCoreApplication
-/// waits for them. A program that ends by exit() instead loses what still waits.
+/// The inspecting thread only copies a picture; writers on Qt's global thread pool convert and save it. All operations
+/// except queuePicture() and drainPendingPictures() belong to that one inspecting thread. The destructor does not wait
+/// for writers: queued pictures are still written, and the destructor of QCoreApplication waits for them. A program
+/// that ends with exit() instead loses the pictures that still wait.
 ///
-/// The cap looks at the files in the folder alone. Pictures that are still queued are not among them, so a
-/// folder can come to hold as many more than its limit as may be queued or in a writer's hands just then.
+/// The limit counts the files in the folder only. Pictures that still wait or are being written are not counted, so a
+/// folder may end up with that many files more than its limit.
 ///
-/// Nothing is reported when a picture is not saved: saving never stands in the way of the inspection.
+/// A picture that is not saved is not reported: saving must not disturb the inspection.
 class PictureArchive
 {
 public:
@@ -60,7 +60,7 @@ public:
 
     /// The folder for the picture of `record`, created if it is missing, whatever the switches say. Puts the
     /// number of files in it into the settings.
-    /// Empty when the picture is not to be saved: no model, no base folder, switched off, or the cap reached.
+    /// Empty when the picture is not to be saved: no model, no base folder, switched off, or the limit is reached.
     QString pictureFolder(
         ToolInterface* tool, const QString& modelName, const SOrgAI_ResInfo& record, const QString& toolId);
 
@@ -75,10 +75,9 @@ public:
     /// Saves the picture of one result record; `number` counts the records of the inspection from 1. The name says
     /// tool, number, time and text: C1_T1ROI1_1121_142233_718_LOT4827.bmp.
     ///
-    /// Inspections of one archive never give two pictures the same name while the station's clock goes on: where
-    /// several fall into one millisecond, the later ones are named after the milliseconds that follow. A time that the
-    /// clock shows again, as when summer time ends, can name a later picture like an earlier one, which it then
-    /// replaces.
+    /// While the station's clock goes forward, no two pictures of one archive get the same name: where several fall
+    /// into one millisecond, the later ones get the times of the following milliseconds. When the clock shows a time
+    /// twice, as at the end of summer time, a later picture may get the name of an earlier one and replace it.
     void savePicture(
         Tool* tool, const QString& modelName, const SOrgAI_ResInfo& record, int number, const cv::Mat& image);
 

@@ -23,9 +23,9 @@ QByteArray encodeBmp(const QImage& image)
     return bytes;
 }
 
-/// A name that no other writer uses, in this process or on another machine that shares the folder. It is
-/// hidden, so that it is not counted among the pictures, and its length does not depend on the picture's
-/// name, which may be as long as the file system allows.
+/// A name that no other writer uses, neither in this process nor on another machine that shares the folder. The file is
+/// hidden, so that it is not counted among the pictures. The name's length does not depend on the picture's name, which
+/// may be as long as the file system allows.
 QString temporaryName(const QString& path)
 {
     return QFileInfo(path).path() + QLatin1String("/.scribo-") + QUuid::createUuid().toString(QUuid::Id128);

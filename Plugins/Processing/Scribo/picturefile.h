@@ -7,8 +7,8 @@
 /// replaced. Returns false when it could not be written: then nothing has changed at `path`.
 ///
 /// The file appears under its name only when it is whole. Until then its bytes stand in a hidden file of the
-/// same folder, which is removed on failure. A process that is killed leaves that hidden file behind, and
-/// never a part of a picture under a picture's name. The bytes are left to the operating system's cache, so a
-/// power cut may still cost the pictures of the last seconds: waiting for the disk at every picture would slow
-/// the writers so much that pictures are dropped in daily work.
+/// same folder, which is removed on failure. A process that is killed leaves that hidden file behind, but never a part
+/// of a picture under the picture's name. The operating system writes its cache to the disk later, so a power cut may
+/// lose the pictures of the last seconds. Waiting for the disk after every picture would slow the writers down so much
+/// that pictures are dropped in daily work.
 bool writePictureFile(const QImage& image, const QString& path);

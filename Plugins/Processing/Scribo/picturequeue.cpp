@@ -17,8 +17,8 @@ void PictureQueue::add(const QString& path, const cv::Mat& image)
 {
     const QMutexLocker lock(&pendingPicturesMutex);
     pendingPictures.insert(path, image);
-    // One more than may wait, for the writer that is started with every picture. It would drop the surplus
-    // itself, but while the host keeps all threads of the pool busy no writer runs, and memory is not endless.
+    // One more than may wait, since a writer is started for every picture and takes one. Writers drop the surplus
+    // themselves, but while the host keeps all threads of the pool busy no writer runs, and memory would fill up.
     dropSurplus(maxWaiting + 1);
 }
 

@@ -20,11 +20,11 @@ struct PluginSettings
     bool saveSwitch[2] = {false, false}; ///< save OK pictures, save NG pictures
     int okSavedCount = 0;
     int okSaveLimit = 1000;
-    int okSaveLow = 0;
+    int okSaveLow = 0; ///< shown and kept by the host's editor; the archive does not use it
     int ngSavedCount = 0;
     int ngSaveLimit = 1000;
-    int ngSaveLow = 0;
-    int saveRangeMin = 0;
+    int ngSaveLow = 0; ///< as okSaveLow
+    int saveRangeMin = 0; ///< this and the next two: what the host's editor accepts
     int saveRangeMax = 9999;
     int saveRangeStep = 1;
     QString savePathText;
@@ -36,7 +36,7 @@ struct PluginSettings
     int autoUpdateNeeded = 5;
     int charCountLow = 0;
     int charCountHigh = 99999;
-    int charRangeMin = 0;
+    int charRangeMin = 0; ///< this and the next two: what the host's editor accepts
     int charRangeMax = 99999;
     int charRangeStep = 1;
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Where the region's corners come to lie when it moves with the part.
+/// The region's corners after it has moved with the part.
 std::vector<cv::Point> movedCorners(const PosePair& pose, const cv::Rect& region)
 {
     cv::Mat motion = cv::getRotationMatrix2D({pose.taughtX, pose.taughtY}, pose.currentAngle - pose.taughtAngle, 1.0);

@@ -28,8 +28,7 @@ std::optional<Span> clipped(double regionStart, double regionLength, int extent)
         span.length = extent - span.start;
     }
 
-    // nearbyint: halves to even. Start and length are rounded on their own, so that the end can come
-    // to lie a pixel outside.
+    // nearbyint rounds halves to even. Start and length are rounded separately, so the end may lie one pixel outside.
     const int start = static_cast<int>(std::nearbyint(span.start));
     const int end = std::min(start + static_cast<int>(std::nearbyint(span.length)), extent);
     if (end <= start) {

@@ -13,14 +13,14 @@ struct RegionCut
     cv::Rect pixels; ///< the same in whole pixels, halves rounded to the even neighbour; what is cut out
 };
 
-/// Whether `region` is there to be inspected: one below a pixel in either direction is not.
+/// Whether `region` is inspected at all: regions below one pixel in width or height are skipped.
 bool isInspected(const QRectF& region);
 
 /// The part of a picture of size `picture` that the inspection region `region` asks for.
 ///
-/// Nothing for a region that is not to be inspected, and for one that cannot be cut out: of which no whole
-/// pixel lies in the picture, or with a coordinate that is not a number. A left or upper edge outside the
-/// picture moves to its edge without making the region smaller.
+/// Nothing for a region that is skipped, and for one that cannot be cut out because no whole pixel of it lies in the
+/// picture or a coordinate is not a number. A left or upper edge outside the picture moves to the picture's edge, which
+/// does not make the region smaller.
 std::optional<RegionCut> cutRegion(const QRectF& region, const cv::Size& picture);
 
 /// `region` in whole pixels, halves rounded to the even neighbour, wherever it lies: the box of a region that cannot be

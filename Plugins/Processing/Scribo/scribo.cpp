@@ -67,7 +67,7 @@ void Scribo::loadParams(const QJsonObject& settingsObject)
     if (settings.modelFiles.contains(settings.selectedModel)) {
         createAnalyser();
     }
-    // Again, so that nothing that loading the model did stands over what was saved.
+    // Restored a second time: the saved values win over what loading the model has changed.
     parameters.fromJson(values);
 }
 
@@ -137,7 +137,7 @@ QString Scribo::description()
 
 QPixmap Scribo::titleImage()
 {
-    // Pixmaps belong to the window system: where there is none, making one would end the process.
+    // Without a window system, creating a pixmap would end the process.
     if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr) {
         return {};
     }
@@ -243,8 +243,8 @@ void Scribo::addModelEntry()
     }
 }
 
-/// The verdict last, where nothing can fail behind it: an item recorded by halves would be recorded again as failed,
-/// and the verdicts of the cycle's later items would answer for the ones before them.
+/// Adds the verdict last, when nothing else can fail. An item that is recorded only in part would be recorded again as
+/// failed, and with two verdicts for one item those of later items would be found under wrong indices.
 void Scribo::recordItem(int index, const InspectedItem& item)
 {
     cycle.lines[index] = item.lines;

@@ -75,7 +75,7 @@ public:
     void reserved36() override { }
     LimitPairs limitPairs() override;
 
-    /// The operations of the picture archive, see PictureArchive.
+    /// The operations of the picture archive, for code that uses it without an inspection. See PictureArchive.
     void refreshSaveLocation();
     QStringList findRemovableMounts();
     QString pictureFolder(ToolInterface* tool, const SOrgAI_ResInfo& record, const QString& toolId);
@@ -86,7 +86,7 @@ public:
     /// ARGB32. Null for any other type. Thread-safe.
     static QImage cvMat2QImage(const cv::Mat& mat);
 
-    /// Bit i: item i of the cycle was OK. Items beyond 31 have no bit.
+    /// Bit i: item i of the cycle was OK. Items beyond 31 have no bit. The plug-in itself does not read it.
     quint32 okMask() const { return cycle.okMask; }
     /// The models that took part in the cycle, once each: "type" is "检测数" (detection count), "model" the
     /// number of the model's classes.
@@ -102,7 +102,7 @@ private:
         QJsonArray modelEntries;
         QMap<int, QList<SOrgAI_ResInfo>> lines; ///< by item index
         QMap<int, QList<int>> mismatches; ///< by item index
-        // Each item's own count and text. A record gives those of the item processed last instead.
+        // Each item's own count and text, for those who need them later: a record has the ones of the last item.
         QMap<int, int> charCounts; ///< by item index
         QMap<int, QString> texts; ///< by item index
         std::vector<quint8> resultFlags; ///< 0 or 1, in the order of processing

@@ -16,7 +16,7 @@
 #include <system_error>
 #include <utility>
 
-// Deprecated in TensorRT 8.6 in favour of calls by tensor name, but in all of TensorRT 8.
+// Deprecated in TensorRT 8.6 in favour of calls by tensor name, but present in every version of TensorRT 8.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 namespace {
@@ -29,8 +29,8 @@ constexpr int widthExtent = 3;
 constexpr std::int64_t floatBytes = sizeof(float);
 constexpr std::int64_t tooManyBytes = std::numeric_limits<std::int32_t>::max();
 
-/// The whole file; nothing when it cannot be opened or does not fit into memory. A folder or a pipe,
-/// which have no length to go by, count as not opened.
+/// The whole file; nothing when it cannot be opened or does not fit into memory. A folder or a pipe has no length and
+/// counts as not opened.
 std::optional<std::vector<char>> readFile(const std::string& path)
 {
     std::error_code error;
@@ -69,7 +69,7 @@ std::int64_t inputByteSize(const nvinfer1::Dims& dims)
     return byteSizeOf(dims, widthExtent + 1);
 }
 
-/// Negative for the dimensions with which the runtime answers a question that it cannot answer.
+/// Negative when the runtime could not tell the dimensions.
 std::int64_t outputByteSize(const nvinfer1::Dims& dims)
 {
     if (dims.nbDims < 0) {
@@ -271,7 +271,7 @@ bool CRNNTRTDetector::detect(cv::Mat image, std::vector<std::string>& characters
 /// The network's input size that keeps the image's aspect ratio, within the widths that can be run.
 cv::Size CRNNTRTDetector::networkSize(const cv::Mat& image) const
 {
-    // Limited before it becomes an integer, since a hair-thin image asks for more than one can hold.
+    // Limited before it becomes an integer: the width that a very flat image asks for does not fit into one.
     const double wanted = static_cast<double>(image.cols) / image.rows * config.height;
     return {static_cast<int>(std::min<double>(std::max<double>(wanted, modellimits::narrowestWidth), config.width)),
         config.height};
@@ -305,7 +305,7 @@ bool CRNNTRTDetector::copyInput(const cv::Mat& image)
         planes.emplace_back(image.rows, image.cols, CV_32F, inputHost + planeElements * channel);
     }
     cv::split(image, planes);
-    // An earlier, wider picture reached into the planes beyond the third, which the copy includes.
+    // The copy includes planes beyond the third, where an earlier, wider picture may have left values.
     const std::int64_t split = planeElements * inputPlanes;
     std::fill(inputHost + split, inputHost + std::max(split, inputSize / floatBytes), 0.0F);
 
@@ -347,7 +347,8 @@ bool CRNNTRTDetector::updateOutputShapes()
         OutputTensor& output = outputs[i];
         const nvinfer1::Dims dims = context->getBindingDimensions(static_cast<std::int32_t>(i) + 1);
         setShape(output, dims, dims.d[0]);
-        // What is copied and what the decoder reads: an engine that outgrew its full-width shape is not believed.
+        // Both what is copied and what the decoder reads must fit. An engine whose output is larger than it was at the
+        // full width is not trusted.
         const std::int64_t decoded
             = std::int64_t{std::max(output.timeSteps, 0)} * std::max(output.numClasses, 0) * floatBytes;
         if (output.byteSize < 0 || std::max(output.byteSize, decoded) > outputCapacities[i]) {

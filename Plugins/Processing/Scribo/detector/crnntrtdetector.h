@@ -13,9 +13,9 @@
 /// A CRNN network in a TensorRT engine file: one input (batch, channels, height, width) whose width
 /// follows the picture's aspect ratio, outputs (time, batch, class).
 ///
-/// All buffers are made at construction for the configured width, the largest that is ever run, and
-/// are never freed: copies on the stream may still be under way when a detector goes, and after the
-/// driver's own end there is nothing left to hand them back to. Detectors live as long as the process.
+/// All buffers are allocated at construction for the configured width, which is the largest width of any run. They are
+/// never freed: copies on the stream may still be running when a detector is destroyed, and at the end of the process
+/// the driver may already have shut down. Detectors live as long as the process.
 class CRNNTRTDetector : public OCRDetector
 {
 public:

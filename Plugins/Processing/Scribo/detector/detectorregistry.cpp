@@ -15,7 +15,7 @@ struct Registry
     std::map<std::string, std::unique_ptr<OCRDetector>> detectors;
 };
 
-/// Never destroyed: at the process's end the driver below the detectors may be gone before them.
+/// Never destroyed: at the end of the process the driver may shut down before the detectors do.
 Registry& registry()
 {
     static auto* const instance = new Registry;

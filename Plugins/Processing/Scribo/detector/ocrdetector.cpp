@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t maxQueuedRequests = 100;
 constexpr std::uint32_t waitForRoomMs = std::numeric_limits<std::uint32_t>::max();
-/// How long the idle worker waits before it looks whether it shall stop.
+/// How long the idle worker waits before it checks whether to stop.
 constexpr std::uint32_t pollMs = 1;
 
 /// The models are trained on values from -1 to 1: value / 127.5 - 1.
@@ -71,7 +71,8 @@ bool OCRDetector::infer(cv::Mat /*image*/, const cv::Size& /*sourceSize*/, std::
 bool OCRDetector::setConfidenceThreshold(float threshold)
 {
     LOG(INFO) << "Setting object detector class confidence threshold to " << threshold;
-    // Plug-in instances on different threads share a detector and may all set it: no lock, but no torn value.
+    // Plug-in instances on different threads share a detector and may set this at the same time. An atomic store needs
+    // no lock and leaves no mixture of two values.
     __atomic_store(&config.confThreshold, &threshold, __ATOMIC_RELAXED);
     return true;
 }

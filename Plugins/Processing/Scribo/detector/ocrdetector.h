@@ -19,6 +19,7 @@ struct OutputTensor
     std::string name;
     std::int32_t timeSteps = 0; ///< rows that the decoder reads
     std::int32_t numClasses = 0; ///< scores in each of them
+    // The other extents, kept for decoders of outputs of another layout. Greedy CTC does not need them.
     std::int32_t dim1 = 0; ///< second extent: the batch of a (time, batch, class) output
     std::int32_t dim3 = 0; ///< fourth extent
     std::int64_t byteSize = 0;
@@ -32,20 +33,20 @@ struct OutputTensor
 /// The worker alone touches the network and `outputs` once the detector is built, so inference takes
 /// no lock. An exception on the worker is logged at FATAL, which ends the process.
 ///
-/// Not to be destroyed while a caller waits in detect().
+/// Do not destroy a detector while a caller waits in detect().
 class OCRDetector
 {
 public:
-    /// Starts the worker. Throws std::system_error when there is no thread to be had.
+    /// Starts the worker. Throws std::system_error when no thread can be created.
     explicit OCRDetector(DetectorConfig config);
-    /// Stops the worker once it has finished the request in hand; those still queued are dropped.
+    /// Waits until the worker has finished its current request, and stops it. Requests that still wait are dropped.
     virtual ~OCRDetector();
     OCRDetector(const OCRDetector&) = delete;
     OCRDetector& operator=(const OCRDetector&) = delete;
 
     /// Reads the text in `image` into `characters`, one UTF-8 string per character in reading order.
-    /// False, with a line in the log, when it could not. What the image library raises passes through.
-    /// The base cannot read anything and leaves `characters` as they are.
+    /// Returns false, with a line in the log, when that fails. Exceptions of the image library pass through.
+    /// The base class reads nothing: it returns false and leaves `characters` as they are.
     virtual bool detect(cv::Mat image, std::vector<std::string>& characters);
 
     /// Whether the engine is loaded and usable.
@@ -63,8 +64,9 @@ protected:
         std::vector<std::string> characters;
     };
 
-    /// Runs the network on a pre-processed `image`, made from one of `sourceSize` pixels, and decodes
-    /// the result into `characters`. Called by the worker only. The base does nothing and succeeds.
+    /// Runs the network on a pre-processed `image` and decodes the result into `characters`. `sourceSize` is the size
+    /// of the image before pre-processing: detectors that find boxes need it. Called by the worker only. The base class
+    /// does nothing and returns true.
     virtual bool infer(cv::Mat image, const cv::Size& sourceSize, std::vector<std::string>& characters);
 
     /// Queues a pre-processed `image` (pixels shared, not copied) for infer() and waits for its answer,
