@@ -1,6 +1,7 @@
 #include "plc/plcserver.h"
 
 #include "engine/lineengine.h"
+#include "line/askedcommands.h"
 #include "line/engine/collectingsink.h"
 #include "line/engine/scriptedsource.h"
 #include "line/freeport.h"
@@ -25,42 +26,6 @@ using testing::ElementsAre;
 
 constexpr quint16 trigger = 1;
 constexpr quint16 job = 2;
-
-/// Keeps what the PLC asks for.
-class AskedCommands : public LineCommands
-{
-public:
-    std::uint64_t trigger() override
-    {
-        const std::lock_guard lock(mutex);
-        asked.append(QStringLiteral("trigger"));
-        return ++sequence;
-    }
-    Result<void> selectJob(int number) override
-    {
-        const std::lock_guard lock(mutex);
-        asked.append(QStringLiteral("job %1").arg(number));
-        return number == 7 ? Result<void>() : failure("there is no such job");
-    }
-    Result<void> selectJob(const QString& name) override { return failure(name.toStdString()); }
-    void setLot(const QString& lot) override
-    {
-        const std::lock_guard lock(mutex);
-        asked.append(QStringLiteral("lot ") + lot);
-    }
-    void setCounter(std::int64_t /*counter*/) override { }
-
-    QStringList all() const
-    {
-        const std::lock_guard lock(mutex);
-        return asked;
-    }
-
-private:
-    mutable std::mutex mutex;
-    QStringList asked;
-    std::uint64_t sequence = 100;
-};
 
 /// A PLC, as far as Modbus shows it.
 class Plc
@@ -159,7 +124,7 @@ protected:
     }
 
     PlcOptions options;
-    AskedCommands commands;
+    test::AskedCommands commands;
     std::unique_ptr<PlcServer> server;
     std::unique_ptr<Plc> plc;
 };
