@@ -14,6 +14,7 @@ struct DetectorConfig
     std::int32_t batch = 1;
     bool letter_box = false; ///< keep the picture's aspect ratio and pad, instead of stretching it
     std::int32_t classNum = 0; ///< number of classes that the model reports
+    // From here to fixedInt3, and anchors below: for other kinds of detectors. A text recogniser only carries them.
     std::int32_t fixedInt1 = 10;
     std::int32_t fixedInt2 = -1;
     float confThreshold = 0.5F; ///< class confidence threshold, 0 to 1

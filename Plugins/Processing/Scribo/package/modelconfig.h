@@ -13,6 +13,7 @@
 struct ClassInfo
 {
     std::string name; ///< UTF-8
+    // Part of the file's format, for models that judge by class. Nothing here reads them.
     bool as_ok = false;
     std::int32_t ok_num = 0;
 };
