@@ -1,46 +1,22 @@
 #include "scribo.h"
 
+#include "qtlogcapture.h"
+
 #include <opencv2/imgproc.hpp>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
 
-struct LogLine
+using testing::IsEmpty;
+
+void expectOneLine(QtLogCapture& log, const char* text)
 {
-    QtMsgType type;
-    QString text;
-    QString file;
-    QString function;
-};
-
-/// Collects what is logged while it lives.
-class LogCapture
-{
-public:
-    LogCapture()
-    {
-        lines.clear();
-        before = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext& context, const QString& text) {
-            lines.append({type, text, QString::fromUtf8(context.file), QString::fromUtf8(context.function)});
-        });
-    }
-    ~LogCapture() { qInstallMessageHandler(before); }
-
-    static inline QList<LogLine> lines;
-
-private:
-    QtMessageHandler before;
-};
-
-void expectOneLine(const QString& text)
-{
-    ASSERT_EQ(LogCapture::lines.size(), 1);
-    const LogLine& line = LogCapture::lines.first();
-    EXPECT_EQ(line.type, QtDebugMsg);
-    EXPECT_EQ(line.text, text);
-    EXPECT_TRUE(line.file.endsWith("scribo.cpp"));
-    EXPECT_EQ(line.function, "static QImage Scribo::cvMat2QImage(const cv::Mat&)");
+    const std::vector<QtLogCapture::Line> lines = log.take();
+    ASSERT_THAT(lines, testing::ElementsAre(QtLogCapture::Line{QtDebugMsg, text, "", ""}));
+    EXPECT_EQ(lines[0].file, "scribo.cpp");
+    EXPECT_EQ(lines[0].function, "static QImage Scribo::cvMat2QImage(const cv::Mat&)");
 }
 
 cv::Mat noise(int width, int height, int type)
@@ -68,7 +44,7 @@ std::vector<cv::Mat> shapes(int type)
 
 TEST(ImageConversion, GreyBecomesIndexedWithAGreyTable)
 {
-    const LogCapture log;
+    QtLogCapture log;
     for (const cv::Mat& mat : shapes(CV_8UC1)) {
         const QImage image = Scribo::cvMat2QImage(mat);
         ASSERT_EQ(image.format(), QImage::Format_Indexed8);
@@ -83,12 +59,12 @@ TEST(ImageConversion, GreyBecomesIndexedWithAGreyTable)
             }
         }
     }
-    EXPECT_TRUE(log.lines.isEmpty());
+    EXPECT_THAT(log.take(), IsEmpty());
 }
 
 TEST(ImageConversion, ThreeChannelsExchangeRedAndBlue)
 {
-    const LogCapture log;
+    QtLogCapture log;
     for (const cv::Mat& mat : shapes(CV_8UC3)) {
         const QImage image = Scribo::cvMat2QImage(mat);
         ASSERT_EQ(image.format(), QImage::Format_RGB888);
@@ -100,7 +76,7 @@ TEST(ImageConversion, ThreeChannelsExchangeRedAndBlue)
             }
         }
     }
-    EXPECT_TRUE(log.lines.isEmpty());
+    EXPECT_THAT(log.take(), IsEmpty());
 }
 
 TEST(ImageConversion, ABluePixelStaysBlue)
@@ -111,9 +87,9 @@ TEST(ImageConversion, ABluePixelStaysBlue)
 TEST(ImageConversion, FourChannelsAreTakenAsTheyAre)
 {
     for (const cv::Mat& mat : shapes(CV_8UC4)) {
-        const LogCapture log;
+        QtLogCapture log;
         const QImage image = Scribo::cvMat2QImage(mat);
-        expectOneLine("CV_8UC4");
+        expectOneLine(log, "CV_8UC4");
         ASSERT_EQ(image.format(), QImage::Format_ARGB32);
         ASSERT_EQ(image.size(), QSize(mat.cols, mat.rows));
         for (int y = 0; y < mat.rows; ++y) {
@@ -128,9 +104,9 @@ TEST(ImageConversion, FourChannelsAreTakenAsTheyAre)
 TEST(ImageConversion, AnyOtherTypeGivesNoImage)
 {
     for (const int type : {CV_32FC1, CV_16UC1, CV_8SC1, CV_8UC2, CV_64FC3, CV_16UC3, CV_8UC(5)}) {
-        const LogCapture log;
+        QtLogCapture log;
         EXPECT_TRUE(Scribo::cvMat2QImage(cv::Mat::zeros(3, 4, type)).isNull()) << type;
-        expectOneLine("ERROR: Mat could not be converted to QImage.");
+        expectOneLine(log, "ERROR: Mat could not be converted to QImage.");
     }
 }
 

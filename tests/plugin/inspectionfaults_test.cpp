@@ -2,7 +2,7 @@
 
 #include "inspectionfixture.h"
 
-#include "detector/qtlogcapture.h"
+#include "qtlogcapture.h"
 
 #include <QImage>
 #include <QPainter>
