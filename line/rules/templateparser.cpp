@@ -1,7 +1,7 @@
 #include "rules/templateparser.h"
 
 #include "rules/dateparser.h"
-#include "rules/templatefault.h"
+#include "rules/templatepiece.h"
 
 #include <algorithm>
 

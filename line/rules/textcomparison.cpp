@@ -28,11 +28,21 @@ AcceptedText keptOf(const AcceptedText& accepted, const CharacterRules& characte
     return kept;
 }
 
+/// So many texts are tried with the patterns. A line with one or two match parts and a separator needs some dozens.
+constexpr int mostTries = 1000;
+
 /// A text within a sentence. Quotes show spaces at its ends, and that it is empty.
 QString shown(const QString& text)
 {
     return text.isEmpty() || text.trimmed() != text ? QStringLiteral("\"%1\"").arg(text) : text;
 }
+
+/// A difference and a sentence about it.
+struct Found
+{
+    TextDifference difference = TextDifference::none;
+    QString sentence;
+};
 
 /// Compares one reading, without its ignored characters.
 class Comparer
@@ -48,9 +58,10 @@ public:
     TextComparison run()
     {
         bool isUndecided = false;
+        int triesLeft = mostTries;
         for (const AcceptedText& text : expected.texts()) {
             accepted.push_back(keptOf(text, characters));
-            const Outcome outcome = matchText(reading, accepted.back(), expected.patterns(), characters);
+            const Outcome outcome = matchText(reading, accepted.back(), expected.patterns(), characters, &triesLeft);
             if (outcome == Outcome::fits) {
                 return {TextDifference::none, QString(), text.text()};
             }
@@ -85,61 +96,63 @@ private:
                 nearest = i;
             }
         }
-        return expected.hasMatch() ? explainedMatch(nearest, best) : explainedText(nearest, best);
+        if (!expected.hasMatch()) {
+            return explainedText(nearest, best);
+        }
+        const Found first = firstDifference(accepted[nearest], best);
+        return different(nearest, first.difference, first.sentence);
     }
 
     TextComparison explainedText(std::size_t text, const TextAlignment& alignment) const
     {
         const int tooMany = reading.size() - accepted[text].text().size();
-        const QString first = firstDifference(accepted[text], alignment);
+        const Found first = firstDifference(accepted[text], alignment);
         if (tooMany == 0) {
-            return different(text, TextDifference::text, first);
+            return different(text, first.difference, first.sentence);
         }
         const int count = std::abs(tooMany);
         const QString reason = QStringLiteral("%1 %2 too %3: %4")
                                    .arg(count)
                                    .arg(count == 1 ? QStringLiteral("character") : QStringLiteral("characters"),
-                                       tooMany > 0 ? QStringLiteral("many") : QStringLiteral("few"), first);
+                                       tooMany > 0 ? QStringLiteral("many") : QStringLiteral("few"), first.sentence);
         return different(text, TextDifference::count, reason);
     }
 
-    TextComparison explainedMatch(std::size_t text, const TextAlignment& alignment) const
-    {
-        const TextDifference difference = alignment.cost == 0 ? TextDifference::pattern : TextDifference::text;
-        return different(text, difference, firstDifference(accepted[text], alignment));
-    }
-
-    /// One sentence about the first place that differs.
-    QString firstDifference(const AcceptedText& text, const TextAlignment& alignment) const
+    /// The first place that differs.
+    Found firstDifference(const AcceptedText& text, const TextAlignment& alignment) const
     {
         if (!alignment.before.isEmpty()) {
-            return QStringLiteral("%1 at the start is not expected").arg(shown(alignment.before));
+            return {
+                TextDifference::text, QStringLiteral("%1 at the start is not expected").arg(shown(alignment.before))};
         }
         for (std::size_t i = 0; i < text.parts.size(); ++i) {
-            const QString sentence = partDifference(text.parts[i], alignment.read[i], alignment.agrees[i]);
-            if (!sentence.isEmpty()) {
-                return sentence;
+            const Found found = partDifference(text.parts[i], alignment.read[i], alignment.agrees[i]);
+            if (found.difference != TextDifference::none) {
+                return found;
             }
         }
         if (!alignment.after.isEmpty()) {
-            return QStringLiteral("%1 at the end is not expected").arg(shown(alignment.after));
+            return {TextDifference::text, QStringLiteral("%1 at the end is not expected").arg(shown(alignment.after))};
         }
-        // The alignment gave each match part something that fits, but not the matcher: it knows more ways.
-        return QStringLiteral("%1 does not fit").arg(shown(reading));
+        // Each part agrees as the alignment divides the reading, but then the reading would fit.
+        return {TextDifference::text, QStringLiteral("%1 does not fit").arg(shown(reading))};
     }
 
-    QString partDifference(const TextPart& part, const QString& read, bool agrees) const
+    Found partDifference(const TextPart& part, const QString& read, bool agrees) const
     {
         if (part.kind == PartKind::match) {
             const bool fits = expected.patterns()[part.pattern].match(read) == Outcome::fits;
-            return fits ? QString() : QStringLiteral("%1 does not fit %2").arg(shown(read), part.text);
+            return fits
+                ? Found()
+                : Found{TextDifference::pattern, QStringLiteral("%1 does not fit %2").arg(shown(read), part.text)};
         }
         if (agrees) {
             return {};
         }
-        return read.isEmpty()
-            ? QStringLiteral("%1 is missing, expected %2").arg(partName(part.kind), shown(part.text))
-            : QStringLiteral("%1 is %2, expected %3").arg(partName(part.kind), shown(read), shown(part.text));
+        return {TextDifference::text,
+            read.isEmpty()
+                ? QStringLiteral("%1 is missing, expected %2").arg(partName(part.kind), shown(part.text))
+                : QStringLiteral("%1 is %2, expected %3").arg(partName(part.kind), shown(read), shown(part.text))};
     }
 
     const QString reading;

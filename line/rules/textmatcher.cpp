@@ -8,18 +8,16 @@ namespace {
 
 using Outcome = MatchPattern::Outcome;
 
-/// Lines have one or two match parts with a separator between them: some dozens.
-constexpr int mostTries = 1000;
-
 class TextMatcher
 {
 public:
     TextMatcher(const QString& reading, const AcceptedText& accepted, const std::vector<MatchPattern>& patterns,
-        const CharacterRules& characters)
+        const CharacterRules& characters, int* triesLeft)
         : reading(reading)
         , parts(accepted.parts)
         , patterns(patterns)
         , characters(characters)
+        , triesLeft(triesLeft)
     {
     }
 
@@ -99,7 +97,7 @@ private:
 
     bool fits(int pattern, int begin, int end)
     {
-        if (isUndecided || ++tries > mostTries) {
+        if (isUndecided || --*triesLeft < 0) {
             isUndecided = true;
             return false;
         }
@@ -112,19 +110,19 @@ private:
     const std::vector<TextPart>& parts;
     const std::vector<MatchPattern>& patterns;
     const CharacterRules& characters;
-    int tries = 0;
+    int* triesLeft;
     bool isUndecided = false;
 };
 
 } // namespace
 
 MatchPattern::Outcome matchText(const QString& reading, const AcceptedText& accepted,
-    const std::vector<MatchPattern>& patterns, const CharacterRules& characters)
+    const std::vector<MatchPattern>& patterns, const CharacterRules& characters, int* triesLeft)
 {
     if (reading.size() > MatchPattern::longestText) {
         return Outcome::undecided;
     }
-    return TextMatcher(reading, accepted, patterns, characters).run();
+    return TextMatcher(reading, accepted, patterns, characters, triesLeft).run();
 }
 
 } // namespace scribo::line

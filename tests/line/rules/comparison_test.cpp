@@ -152,7 +152,7 @@ TEST(MatchComparison, NamesThePartThatDiffers)
     EXPECT_EQ(reason(serial, "SN  11.2026", TextDifference::pattern), "\"\" does not fit [A-Z]\\d{4}");
     EXPECT_EQ(reason(serial, "SN A1234 10.2026", TextDifference::text), "month is 10, expected 11");
     EXPECT_EQ(reason(serial, "SM A1234 11.2026", TextDifference::text), "text is \"SM \", expected \"SN \"");
-    EXPECT_EQ(reason(serial, "SN A123 10.2026", TextDifference::text), "A123 does not fit [A-Z]\\d{4}");
+    EXPECT_EQ(reason(serial, "SN A123 10.2026", TextDifference::pattern), "A123 does not fit [A-Z]\\d{4}");
     EXPECT_EQ(reason(serial, "SN A1234 11.2026X", TextDifference::text), "X at the end is not expected");
     EXPECT_EQ(reason(serial, "-SN A1234 11.2026", TextDifference::text), "- at the start is not expected");
     EXPECT_EQ(reason(serial, "", TextDifference::count), "nothing was read");
