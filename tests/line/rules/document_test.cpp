@@ -26,7 +26,10 @@ TextSettings settingsOf(const QStringList& lines)
 }
 
 /// The text between the backquotes of a cell.
-QString code(const QString& cell) { return cell.section(QLatin1Char('`'), 1, 1); }
+QString code(const QString& cell)
+{
+    return cell.section(QLatin1Char('`'), 1, 1);
+}
 
 TEST(Document, ShowsWhatIsPrinted)
 {
@@ -43,8 +46,8 @@ TEST(Document, ShowsWhatIsPrinted)
         }
         const QString text = code(line.section(QLatin1Char('|'), 1, 1));
         const QString printed = code(line.section(QLatin1Char('|'), 2, 2));
-        EXPECT_EQ(testing::expandedAll(text, context, settings).join(QLatin1Char('\n')).toStdString(),
-            printed.toStdString())
+        EXPECT_EQ(
+            testing::expandedAll(text, context, settings).join(QLatin1Char('\n')).toStdString(), printed.toStdString())
             << text.toStdString();
         ++examples;
     }
