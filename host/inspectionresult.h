@@ -6,6 +6,8 @@
 #include <QRectF>
 #include <QString>
 
+namespace scribo::host {
+
 /// A text line that was judged NG, as the processor's result record gives it.
 struct NgLine
 {
@@ -45,10 +47,8 @@ struct RegionResult
 };
 
 /// The outcome of one picture, which is one cycle of the processor.
-struct PictureResult
+struct InspectionResult
 {
-    QString picture; ///< the name by which the user gave it
-    QString fault; ///< why it was not inspected; empty: it was
     bool isOk = false; ///< all regions were OK
     double milliseconds = 0; ///< the regions' together
     QList<RegionResult> regions;
@@ -69,3 +69,5 @@ inline QString verdictText(bool isOk)
 {
     return isOk ? QStringLiteral("OK") : QStringLiteral("NG");
 }
+
+} // namespace scribo::host

@@ -2,10 +2,13 @@
 
 #include "parameternumbers.h"
 #include "parameters.h"
+#include "pictureimage.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QPainter>
+
+namespace scribo::host {
 
 namespace {
 
@@ -28,13 +31,6 @@ QList<NgLine> ngLinesOf(const QVariantMap& record)
         lines.append({boxes[i].toRect(), scores.value(i).toDouble(), types.value(i).toString()});
     }
     return lines;
-}
-
-QImage toImage(const cv::Mat& picture)
-{
-    const auto format = picture.channels() == 1 ? QImage::Format_Grayscale8 : QImage::Format_RGB888;
-    return QImage(picture.data, picture.cols, picture.rows, static_cast<int>(picture.step), format)
-        .convertToFormat(QImage::Format_RGB32);
 }
 
 /// Keeps a parameter as it is now, and puts it back at the end.
@@ -96,29 +92,33 @@ Comparison comparisonOf(ProcessorInterface& processor)
     return isChosen(mode, 2) ? Comparison::automatic : Comparison::off;
 }
 
-Inspector::Inspector(ProcessorInterface& processor, FileTool& tool)
-    : processor(processor)
-    , tool(tool)
+Result<std::unique_ptr<Inspector>> Inspector::make(const ProcessorPlugin& plugin)
 {
+    std::unique_ptr<Inspector> inspector(new Inspector);
+    auto processor = plugin.makeInstance(&inspector->tool);
+    if (!processor) {
+        return tl::unexpected(processor.error());
+    }
+    inspector->instance = std::move(*processor);
+    return inspector;
 }
 
-PictureResult Inspector::inspect(const QString& name, const cv::Mat& picture, const QList<TaughtRegion>& regions)
+InspectionResult Inspector::inspect(
+    const cv::Mat& picture, const QList<TaughtRegion>& regions, const std::optional<PosePair>& pose)
 {
     QList<QRectF> rects;
     for (const TaughtRegion& region : regions) {
         rects.append(region.rect);
     }
-    tool.setPicture(picture);
-    tool.setRegions(rects);
+    tool.setCycle(picture, rects, pose);
     itemCount = regions.size();
 
-    PictureResult result;
-    result.picture = name;
+    InspectionResult result;
     for (int i = 0; i < regions.size(); ++i) {
         result.regions.append(inspectRegion(i, regions[i]));
         result.milliseconds += result.regions.last().milliseconds;
     }
-    result.isOk = processor.isResultOk(-1);
+    result.isOk = instance->isResultOk(-1);
     return result;
 }
 
@@ -127,9 +127,9 @@ RegionResult Inspector::inspectRegion(int index, const TaughtRegion& region)
     RegionResult result;
     result.index = index;
     result.rect = region.rect;
-    result.comparison = comparisonOf(processor);
-    KeptParameter reference(processor, ParameterNumber::reference);
-    KeptParameter count(processor, ParameterNumber::count);
+    result.comparison = comparisonOf(*instance);
+    KeptParameter reference(*instance, ParameterNumber::reference);
+    KeptParameter count(*instance, ParameterNumber::count);
     if (region.reference && result.comparison == Comparison::fixed) {
         reference.change({{valuesKey, *region.reference}});
     }
@@ -144,19 +144,19 @@ void Inspector::inspectItem(int index, RegionResult* result)
 {
     QElapsedTimer timer;
     timer.start();
-    processor.process(&tool, index);
+    instance->process(&tool, index);
     result->milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
     result->time = QDateTime::currentDateTime();
 
-    const QVariantMap record = processor.resultRecord(index);
+    const QVariantMap record = instance->resultRecord(index);
     result->text = record[QStringLiteral("resString")].toString();
     result->count = record.value(QStringLiteral("charCount"), -1).toInt();
     result->ngLines = ngLinesOf(record);
     // With the model switched off nothing is read and the processor keeps no item, which is OK by definition.
-    const QJsonObject enable = parameterState(processor, ParameterNumber::enable);
+    const QJsonObject enable = parameterState(*instance, ParameterNumber::enable);
     const bool isDisabled = isChosen(enable, 1) && !isChosen(enable, 0);
-    result->isOk = processor.isResultOk(isDisabled ? -1 : index);
-    result->reference = parameterState(processor, ParameterNumber::reference)[valuesKey].toString();
+    result->isOk = instance->isResultOk(isDisabled ? -1 : index);
+    result->reference = parameterState(*instance, ParameterNumber::reference)[valuesKey].toString();
     result->archiving = archivingOf(result->isOk);
 }
 
@@ -164,21 +164,26 @@ void Inspector::inspectItem(int index, RegionResult* result)
 /// limit; a removable disk has none.
 Archiving Inspector::archivingOf(bool isOk)
 {
-    const QJsonObject save = parameterState(processor, ParameterNumber::save);
+    const QJsonObject save = parameterState(*instance, ParameterNumber::save);
     if (!tool.savingAllowed() || !isChosen(save, isOk ? 0 : 1)) {
         return Archiving::off;
     }
-    const QJsonObject limit = parameterState(processor, isOk ? ParameterNumber::okLimit : ParameterNumber::ngLimit);
+    const QJsonObject limit = parameterState(*instance, isOk ? ParameterNumber::okLimit : ParameterNumber::ngLimit);
     const bool isFull = limit[valuesKey].toInt() >= limit[highKey].toInt();
     return isFull && tool.removableDiskPath().isEmpty() ? Archiving::capped : Archiving::queued;
 }
 
 QImage Inspector::overlay()
 {
-    QImage image = toImage(tool.image(0));
+    QImage image = pictureImage(tool.image(0));
+    if (image.isNull()) {
+        return image;
+    }
     QPainter painter(&image);
     for (int i = 0; i < itemCount; ++i) {
-        processor.drawResult(&painter, i);
+        instance->drawResult(&painter, i);
     }
     return image;
 }
+
+} // namespace scribo::host

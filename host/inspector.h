@@ -1,39 +1,52 @@
 #pragma once
 
-#include "filetool.h"
 #include "inspectionresult.h"
-#include "processorinterface.h"
+#include "picturetool.h"
+#include "processorplugin.h"
 #include "taughtregion.h"
 
 #include <QImage>
 
+namespace scribo::host {
+
 /// How the processor is set to compare readings.
 Comparison comparisonOf(ProcessorInterface& processor);
 
-/// Takes pictures through a processor: each picture is a cycle, each of its regions an item of it.
+/// Takes pictures in memory through a processor of its own: each picture is a cycle, each of its regions an item of it.
+/// It knows nothing of files.
 ///
-/// The processor's settings live as long as its instance, so automatic comparison goes on learning from one
-/// picture to the next.
+/// The processor's settings live as long as the inspector, so automatic comparison goes on learning from one picture to
+/// the next. One thread at a time uses an inspector; different ones may work on different threads at the same time.
 class Inspector
 {
 public:
-    /// `processor` must be an instance made for `tool`, with its settings loaded.
-    Inspector(ProcessorInterface& processor, FileTool& tool);
+    /// Makes the processor, with its default settings and no model loaded. The error starts with the plug-in's file.
+    static Result<std::unique_ptr<Inspector>> make(const ProcessorPlugin& plugin);
 
-    /// Inspects one picture, as readPicture() gives it. A region's own reference and count stand in for those
-    /// of the settings while it is inspected; the reference only with fixed comparison, since automatic
-    /// comparison learns its own.
-    PictureResult inspect(const QString& name, const cv::Mat& picture, const QList<TaughtRegion>& regions);
+    /// To set parameters; see parameters.h and settings.h.
+    ProcessorInterface& processor() { return *instance; }
+    void setArchive(const ArchivePlace& place) { tool.setArchive(place); }
+
+    /// Inspects one picture: 8 bits, one channel or three (red, green, blue). The picture must not change meanwhile. A
+    /// region's own reference and count stand in for those of the settings while it is inspected; the reference only
+    /// with fixed comparison, since automatic comparison learns its own. With `pose` the processor turns and shifts the
+    /// regions with the part.
+    InspectionResult inspect(
+        const cv::Mat& picture, const QList<TaughtRegion>& regions, const std::optional<PosePair>& pose = std::nullopt);
 
     /// The picture that was inspected last, at its own size, with what the processor draws over it.
     QImage overlay();
 
 private:
+    Inspector() = default;
+
     RegionResult inspectRegion(int index, const TaughtRegion& region);
     void inspectItem(int index, RegionResult* result);
     Archiving archivingOf(bool isOk);
 
-    ProcessorInterface& processor;
-    FileTool& tool;
+    PictureTool tool;
+    std::unique_ptr<ProcessorInterface> instance; // made for `tool`, so it goes first
     int itemCount = 0; ///< of the picture inspected last
 };
+
+} // namespace scribo::host

@@ -2,6 +2,8 @@
 
 #include "paramwrap.h"
 
+namespace scribo::host {
+
 /// The kinds of parameters, told apart by the names that they give themselves.
 
 inline bool isKind(ParamWrap& parameter, const char* name)
@@ -24,3 +26,5 @@ inline bool isWhole(ParamWrap& parameter)
 {
     return isLine(parameter) && static_cast<LineEditParam&>(parameter).valueType == LineEditParam::IntValue;
 }
+
+} // namespace scribo::host

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace scribo::host {
+
 /// The processor's parameters that a host works with itself, by their number from 1 in the parameter list.
 /// Settings are persisted by position, so these numbers never change.
 namespace ParameterNumber {
@@ -14,3 +16,5 @@ constexpr int reference = 10;
 constexpr int count = 13;
 
 } // namespace ParameterNumber
+
+} // namespace scribo::host

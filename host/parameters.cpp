@@ -10,6 +10,8 @@
 
 #include <optional>
 
+namespace scribo::host {
+
 namespace {
 
 const QString valuesKey = QStringLiteral("values");
@@ -44,7 +46,7 @@ void setState(ParamWrap& parameter, const QString& key, const QJsonValue& value)
 
 // Drop-down lists
 
-scribo::Result<void> setSelection(ComboBoxParam_ByValue& parameter, const QString& value)
+Result<void> setSelection(ComboBoxParam_ByValue& parameter, const QString& value)
 {
     const QStringList& entries = *parameter.itemValues;
     QStringList matches = entries.filter(QRegularExpression(QLatin1Char('^') + QRegularExpression::escape(value)));
@@ -56,7 +58,7 @@ scribo::Result<void> setSelection(ComboBoxParam_ByValue& parameter, const QStrin
         return {};
     }
     const QString choices = entries.isEmpty() ? QStringLiteral("there are none") : entries.join(QStringLiteral(", "));
-    return scribo::failure(matches.size() > 1 && !value.isEmpty()
+    return failure(matches.size() > 1 && !value.isEmpty()
             ? QStringLiteral("%1 %2 stands for several: %3").arg(parameter.name, quoted(value), matches.join(", "))
             : QStringLiteral("no such %1: %2 (%3)").arg(parameter.name, quoted(value), choices));
 }
@@ -75,7 +77,7 @@ std::optional<bool> parseSwitch(const QString& text)
     return std::nullopt;
 }
 
-scribo::Result<void> setSwitches(RadioBoxParam& parameter, const QString& value)
+Result<void> setSwitches(RadioBoxParam& parameter, const QString& value)
 {
     const QStringList words = value.split(QLatin1Char(','));
     QJsonArray values;
@@ -85,16 +87,15 @@ scribo::Result<void> setSwitches(RadioBoxParam& parameter, const QString& value)
         }
     }
     if (words.size() != parameter.count || values.size() != parameter.count) {
-        return scribo::failure(
-            QStringLiteral("%1 must be \"on\" or \"off\" for each of %2 choices, separated by commas")
-                .arg(quoted(value))
-                .arg(parameter.count));
+        return failure(QStringLiteral("%1 must be \"on\" or \"off\" for each of %2 choices, separated by commas")
+                           .arg(quoted(value))
+                           .arg(parameter.count));
     }
     setState(parameter, valuesKey, values);
     return {};
 }
 
-scribo::Result<void> setChoice(RadioBoxParam& parameter, const QString& value)
+Result<void> setChoice(RadioBoxParam& parameter, const QString& value)
 {
     bool isNumber = false;
     int chosen = value.toInt(&isNumber) - 1;
@@ -105,7 +106,7 @@ scribo::Result<void> setChoice(RadioBoxParam& parameter, const QString& value)
         }
     }
     if (!isNumber || chosen < 0 || chosen >= parameter.count) {
-        return scribo::failure(
+        return failure(
             QStringLiteral("%1 is none of the choices: %2").arg(quoted(value), describeParameter(parameter)));
     }
     QJsonArray values;
@@ -119,7 +120,7 @@ scribo::Result<void> setChoice(RadioBoxParam& parameter, const QString& value)
 // Numbers and texts
 
 /// The number as the parameter's type has it, within the parameter's range.
-scribo::Result<QJsonValue> parseNumber(const LineEditParam& parameter, const QString& text)
+Result<QJsonValue> parseNumber(const LineEditParam& parameter, const QString& text)
 {
     bool isNumber = false;
     QJsonValue value;
@@ -129,19 +130,19 @@ scribo::Result<QJsonValue> parseNumber(const LineEditParam& parameter, const QSt
         value = text.trimmed().toDouble(&isNumber);
     }
     if (!isNumber || !qIsFinite(value.toDouble())) {
-        return scribo::failure(quoted(text) + QStringLiteral(" is not a number"));
+        return failure(quoted(text) + QStringLiteral(" is not a number"));
     }
     const bool hasRange = parameter.rangeMin != nullptr && parameter.rangeMax != nullptr;
     if (hasRange && (value.toDouble() < *parameter.rangeMin || value.toDouble() > *parameter.rangeMax)) {
-        return scribo::failure(QStringLiteral("%1 is not between %2 and %3")
-                                   .arg(text.trimmed())
-                                   .arg(*parameter.rangeMin)
-                                   .arg(*parameter.rangeMax));
+        return failure(QStringLiteral("%1 is not between %2 and %3")
+                           .arg(text.trimmed())
+                           .arg(*parameter.rangeMin)
+                           .arg(*parameter.rangeMax));
     }
     return value;
 }
 
-scribo::Result<void> setLimits(LimitLineEditParam& parameter, const QStringList& limits)
+Result<void> setLimits(LimitLineEditParam& parameter, const QStringList& limits)
 {
     const auto low = parseNumber(parameter, limits[0]);
     const auto high = low ? parseNumber(parameter, limits[1]) : low;
@@ -149,15 +150,14 @@ scribo::Result<void> setLimits(LimitLineEditParam& parameter, const QStringList&
         return tl::unexpected(high.error());
     }
     if (low->toDouble() > high->toDouble()) {
-        return scribo::failure(
-            QStringLiteral("the lower limit %1 is above the upper limit %2").arg(limits[0], limits[1]));
+        return failure(QStringLiteral("the lower limit %1 is above the upper limit %2").arg(limits[0], limits[1]));
     }
     setState(parameter, QStringLiteral("lowThresh"), *low);
     setState(parameter, QStringLiteral("highThresh"), *high);
     return {};
 }
 
-scribo::Result<void> setLine(LineEditParam& parameter, const QString& value)
+Result<void> setLine(LineEditParam& parameter, const QString& value)
 {
     if (parameter.valueType == LineEditParam::StringValue) {
         setState(parameter, valuesKey, value);
@@ -166,7 +166,7 @@ scribo::Result<void> setLine(LineEditParam& parameter, const QString& value)
     if (parameter.valueType == LineEditParam::BoolValue) {
         const auto isOn = parseSwitch(value);
         if (!isOn) {
-            return scribo::failure(quoted(value) + QStringLiteral(" must be \"on\" or \"off\""));
+            return failure(quoted(value) + QStringLiteral(" must be \"on\" or \"off\""));
         }
         setState(parameter, valuesKey, *isOn);
         return {};
@@ -183,10 +183,10 @@ scribo::Result<void> setLine(LineEditParam& parameter, const QString& value)
     return {};
 }
 
-scribo::Result<void> setValue(ParamWrap& parameter, const QString& value)
+Result<void> setValue(ParamWrap& parameter, const QString& value)
 {
     if (parameter.category == runTimeCategory) {
-        return scribo::failure("is written by the processor itself");
+        return failure("is written by the processor itself");
     }
     if (isKind(parameter, "ComboBoxParam_ByValue")) {
         return setSelection(static_cast<ComboBoxParam_ByValue&>(parameter), value);
@@ -200,7 +200,7 @@ scribo::Result<void> setValue(ParamWrap& parameter, const QString& value)
     if (isLine(parameter)) {
         return setLine(static_cast<LineEditParam&>(parameter), value);
     }
-    return scribo::failure("is a heading, which has no value");
+    return failure("is a heading, which has no value");
 }
 
 // Descriptions
@@ -252,19 +252,19 @@ QString describeParameter(ParamWrap& parameter)
     return {};
 }
 
-scribo::Result<void> setParameter(ProcessorInterface& processor, int number, const QString& value)
+Result<void> setParameter(ProcessorInterface& processor, int number, const QString& value)
 {
     ParamWrap* const parameter = findParameter(processor, number);
-    const scribo::Result<void> result = parameter == nullptr
-        ? scribo::failure("the processor has no such parameter (see --list-params)")
+    const Result<void> result = parameter == nullptr
+        ? failure("the processor has no such parameter (see --list-params)")
         : setValue(*parameter, value);
     if (!result) {
-        return scribo::failure(QStringLiteral("parameter %1: %2").arg(number).arg(scribo::textOf(result.error())));
+        return failure(QStringLiteral("parameter %1: %2").arg(number).arg(textOf(result.error())));
     }
     return {};
 }
 
-scribo::Result<void> setParameter(ProcessorInterface& processor, const QString& assignment)
+Result<void> setParameter(ProcessorInterface& processor, const QString& assignment)
 {
     const int equals = assignment.indexOf(QLatin1Char('='));
     bool isNumber = false;
@@ -272,7 +272,7 @@ scribo::Result<void> setParameter(ProcessorInterface& processor, const QString& 
     if (equals > 0 && isNumber) {
         return setParameter(processor, number, assignment.mid(equals + 1));
     }
-    return scribo::failure(quoted(assignment) + QStringLiteral(" is not NUMBER=VALUE"));
+    return failure(quoted(assignment) + QStringLiteral(" is not NUMBER=VALUE"));
 }
 
 QStringList modelNames(ProcessorInterface& processor)
@@ -283,3 +283,5 @@ QStringList modelNames(ProcessorInterface& processor)
     }
     return *static_cast<ComboBoxParam_ByValue*>(parameter)->itemValues;
 }
+
+} // namespace scribo::host

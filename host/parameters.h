@@ -7,6 +7,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace scribo::host {
+
 /// The processor's parameters by their number from 1, as texts that people read and write.
 
 /// The parameter in its persisted form; empty when there is no such parameter.
@@ -25,10 +27,12 @@ QString describeParameter(ParamWrap& parameter);
 ///
 /// Headings, and values that the processor itself writes, cannot be set. After an error the parameter is as
 /// it was.
-scribo::Result<void> setParameter(ProcessorInterface& processor, int number, const QString& value);
+Result<void> setParameter(ProcessorInterface& processor, int number, const QString& value);
 
 /// The same for "NUMBER=VALUE".
-scribo::Result<void> setParameter(ProcessorInterface& processor, const QString& assignment);
+Result<void> setParameter(ProcessorInterface& processor, const QString& assignment);
 
 /// The models that the processor offers, in its order; empty when it has no such list.
 QStringList modelNames(ProcessorInterface& processor);
+
+} // namespace scribo::host

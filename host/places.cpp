@@ -6,6 +6,8 @@
 #include <QFileInfo>
 #include <QStringList>
 
+namespace scribo::host {
+
 namespace {
 
 bool hasModelFolder(const QString& folder)
@@ -31,14 +33,14 @@ QString findPlugin(const QString& given, const QString& programFolder)
     return QDir::cleanPath(programFolder + QStringLiteral("/../lib/scribo/libScribo.so"));
 }
 
-scribo::Result<QString> findWorkFolder(const QString& given, const QString& programFolder)
+Result<QString> findWorkFolder(const QString& given, const QString& programFolder)
 {
     if (!given.isEmpty()) {
         const QString folder = QFileInfo(given).absoluteFilePath();
         if (hasModelFolder(folder)) {
             return folder;
         }
-        return scribo::failure(given
+        return failure(given
             + (QFileInfo(folder).isDir() ? QStringLiteral(": has no folder \"model\"")
                                          : QStringLiteral(": is not a folder")));
     }
@@ -52,6 +54,8 @@ scribo::Result<QString> findWorkFolder(const QString& given, const QString& prog
             return candidate;
         }
     }
-    return scribo::failure(QStringLiteral("no folder \"model\" in ") + candidates.join(QStringLiteral(", "))
+    return failure(QStringLiteral("no folder \"model\" in ") + candidates.join(QStringLiteral(", "))
         + QStringLiteral(": use --work DIR"));
 }
+
+} // namespace scribo::host

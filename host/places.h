@@ -4,6 +4,8 @@
 
 #include <QString>
 
+namespace scribo::host {
+
 /// The processor plug-in to load: `given` if it is not empty, else the file that the environment variable
 /// SCRIBO_PLUGIN names, else the one that was built or installed together with the program in
 /// `programFolder`. Returns an absolute path, to a file that need not exist; relative ones belong to the
@@ -13,4 +15,6 @@ QString findPlugin(const QString& given, const QString& programFolder);
 /// The folder to work in, whose folder "model" holds the models: `given` if it is not empty, else the
 /// current directory if it has such a folder, else the one that was built or installed together with the
 /// program. An error when there is none.
-scribo::Result<QString> findWorkFolder(const QString& given, const QString& programFolder);
+Result<QString> findWorkFolder(const QString& given, const QString& programFolder);
+
+} // namespace scribo::host

@@ -3,27 +3,51 @@
 #include "resulttext.h"
 
 #include <QFileInfo>
+#include <QPluginLoader>
 
-scribo::Result<void> ProcessorPlugin::load(const QString& file)
+#include <mutex>
+
+namespace scribo::host {
+
+namespace {
+
+/// Held while an instance is made: the plug-in's own must not be called by two threads at a time.
+std::mutex making;
+
+} // namespace
+
+ProcessorPlugin::ProcessorPlugin(const QString& file, ProcessorInterface* root)
+    : file(file)
+    , root(root)
 {
-    root = nullptr;
+}
+
+Result<ProcessorPlugin> ProcessorPlugin::load(const QString& file)
+{
     if (!QFileInfo(file).isFile()) {
-        return scribo::failure(file + QStringLiteral(": there is no such plug-in"));
+        return failure(file + QStringLiteral(": there is no such plug-in"));
     }
-    loader.setFileName(file);
+    QPluginLoader loader(file); // which unloads nothing when it goes
     QObject* const object = loader.instance();
     if (object == nullptr) {
-        return scribo::failure(file + QStringLiteral(": cannot be loaded: ") + loader.errorString());
+        return failure(file + QStringLiteral(": cannot be loaded: ") + loader.errorString());
     }
-    root = qobject_cast<ProcessorInterface*>(object);
+    auto* const root = qobject_cast<ProcessorInterface*>(object);
     if (root == nullptr) {
-        return scribo::failure(file + QStringLiteral(": is a Qt plug-in, but not a processor (")
+        return failure(file + QStringLiteral(": is a Qt plug-in, but not a processor (")
             + QString::fromLatin1(qobject_interface_iid<ProcessorInterface*>()) + QLatin1Char(')'));
     }
-    return {};
+    return ProcessorPlugin(file, root);
 }
 
-std::unique_ptr<ProcessorInterface> ProcessorPlugin::makeInstance(Tool* tool) const
+Result<std::unique_ptr<ProcessorInterface>> ProcessorPlugin::makeInstance(Tool* tool) const
 {
-    return std::unique_ptr<ProcessorInterface>(root != nullptr ? root->clone(tool, false) : nullptr);
+    const std::lock_guard lock(making);
+    std::unique_ptr<ProcessorInterface> instance(root->clone(tool, false));
+    if (instance == nullptr) {
+        return failure(file + QStringLiteral(": makes no instance"));
+    }
+    return instance;
 }
+
+} // namespace scribo::host

@@ -8,8 +8,7 @@
 
 #include <algorithm>
 
-using scribo::failure;
-using scribo::Result;
+namespace scribo::host {
 
 namespace {
 
@@ -91,9 +90,11 @@ Result<QList<TaughtRegion>> readRegionList(const QJsonValue& value)
     for (int i = 0; i < array.size(); ++i) {
         const auto region = readRegion(array[i]);
         if (!region) {
-            return failure(QStringLiteral("region %1: %2").arg(i + 1).arg(scribo::textOf(region.error())));
+            return failure(QStringLiteral("region %1: %2").arg(i + 1).arg(textOf(region.error())));
         }
         regions.append(*region);
     }
     return regions;
 }
+
+} // namespace scribo::host

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace scribo::host {
+
 namespace {
 
 QString describe(const QRectF& rect)
@@ -66,17 +68,19 @@ std::optional<QRectF> parseRegion(const QString& text)
     return makeRect(numbers);
 }
 
-scribo::Result<void> checkInside(const QList<TaughtRegion>& regions, const QSize& size)
+Result<void> checkInside(const QList<TaughtRegion>& regions, const QSize& size)
 {
     const QRectF whole(QPointF(0, 0), size);
     for (int i = 0; i < regions.size(); ++i) {
         if (!isInspected(regions[i].rect.intersected(whole))) {
-            return scribo::failure(QStringLiteral("region %1 (%2) lies outside the picture, which is %3 x %4")
-                                       .arg(i + 1)
-                                       .arg(describe(regions[i].rect))
-                                       .arg(size.width())
-                                       .arg(size.height()));
+            return failure(QStringLiteral("region %1 (%2) lies outside the picture, which is %3 x %4")
+                               .arg(i + 1)
+                               .arg(describe(regions[i].rect))
+                               .arg(size.width())
+                               .arg(size.height()));
         }
     }
     return {};
 }
+
+} // namespace scribo::host

@@ -10,6 +10,8 @@
 #include <array>
 #include <optional>
 
+namespace scribo::host {
+
 /// How many characters a reading may have, both ends included.
 struct CountRange
 {
@@ -45,4 +47,6 @@ std::optional<CountRange> parseCount(const QString& text);
 std::optional<QRectF> parseRegion(const QString& text);
 
 /// Fails, and names the first such region, when one has less than a pixel of a picture of `size`.
-scribo::Result<void> checkInside(const QList<TaughtRegion>& regions, const QSize& size);
+Result<void> checkInside(const QList<TaughtRegion>& regions, const QSize& size);
+
+} // namespace scribo::host

@@ -1,11 +1,12 @@
-#include "command.h"
+#include "inspect/command.h"
 
+#include "files/picturereader.h"
+#include "files/settingsfile.h"
 #include "parameternumbers.h"
 #include "parameters.h"
-#include "picturereader.h"
 #include "places.h"
 #include "resulttext.h"
-#include "settingsfile.h"
+#include "settings.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -15,6 +16,8 @@
 #include <cstdio>
 
 #include <unistd.h>
+
+namespace scribo::host {
 
 Command::Command(const Options& options, HostLog& log)
     : options(options)
@@ -41,11 +44,7 @@ int Command::run()
         return ExitCode::fault;
     }
 
-    QJsonObject settings;
-    processor->saveParams(settings);
-    processor->loadParams(settings); // all at once, so that a model is loaded once
-
-    inspector = std::make_unique<Inspector>(*processor, tool);
+    activateSettings(*processor);
     inspectAll();
     finish();
     if (hadFault) {
@@ -95,11 +94,13 @@ bool Command::loadProcessor()
     if (!QDir::setCurrent(workFolder)) {
         return fault(workFolder + QStringLiteral(": cannot be entered"));
     }
-    if (!succeeded(plugin.load(file))) {
-        return false;
+    auto made = ProcessorPlugin::load(file).and_then(&Inspector::make);
+    if (!made) {
+        return fault(made.error());
     }
-    processor = plugin.makeInstance(&tool);
-    return processor != nullptr || fault(file + QStringLiteral(": makes no instance"));
+    inspector = std::move(*made);
+    processor = &inspector->processor();
+    return true;
 }
 
 bool Command::applyOptions()
@@ -185,7 +186,8 @@ bool Command::checkComparison()
 
 bool Command::openArchive()
 {
-    tool.setIdentity(options.identity);
+    ArchivePlace place{options.identity, {}, {}, false};
+    inspector->setArchive(place);
     const bool isRemovable = !options.removable.isEmpty();
     const QString folder = isRemovable ? options.removable : options.archive;
     if (folder.isEmpty()) {
@@ -198,9 +200,8 @@ bool Command::openArchive()
     if (!QDir().mkpath(folder)) {
         return fault(folder + QStringLiteral(": the folder cannot be made"));
     }
-    tool.setArchiveFolder(options.archive);
-    tool.setRemovableFolder(options.removable);
-    tool.allowSaving(true);
+    place = {options.identity, options.archive, options.removable, true};
+    inspector->setArchive(place);
     archive = std::make_unique<ArchiveAccount>(options.archive, options.removable, options.identity);
     return true;
 }
@@ -257,7 +258,7 @@ void Command::inspectAll()
     progress = std::make_unique<ProgressBar>(stderr, isatty(fileno(stderr)) == 1, options.quiet ? 0 : pictures.size());
     for (int i = 0; i < pictures.size(); ++i) {
         progress->show(i);
-        const PictureResult result = inspectPicture(pictures[i]);
+        const PictureResult result{pictures[i].name, inspectPicture(pictures[i])};
         progress->hide();
         report(result);
         // A file is there sooner than an item on the line: without the pause pictures would be dropped that a
@@ -268,25 +269,20 @@ void Command::inspectAll()
     }
 }
 
-PictureResult Command::inspectPicture(const PictureFile& picture)
+Result<InspectionResult> Command::inspectPicture(const PictureFile& picture)
 {
-    PictureResult faulty;
-    faulty.picture = picture.name;
-    faulty.fault = picture.fault;
-    if (!faulty.fault.isEmpty()) {
-        return faulty;
+    if (!picture.fault.isEmpty()) {
+        return failure(picture.fault);
     }
     const auto pixels = readPicture(picture.path);
     if (!pixels) {
-        faulty.fault = scribo::textOf(pixels.error());
-        return faulty;
+        return tl::unexpected(pixels.error());
     }
     const auto regions = plan.regionsFor(picture.name, QSize(pixels->cols, pixels->rows));
     if (!regions) {
-        faulty.fault = scribo::textOf(regions.error());
-        return faulty;
+        return tl::unexpected(regions.error());
     }
-    return inspector->inspect(picture.name, *pixels, *regions);
+    return inspector->inspect(*pixels, *regions);
 }
 
 void Command::report(const PictureResult& result)
@@ -298,27 +294,17 @@ void Command::report(const PictureResult& result)
     if (table) {
         print(table->rows(result).toUtf8());
     }
-    if (!result.fault.isEmpty()) {
-        fault(result.picture + QStringLiteral(": ") + result.fault);
+    if (!result.inspection) {
+        fault(result.picture + QStringLiteral(": ") + textOf(result.inspection.error()));
         return;
     }
-    reportUnread(result);
-    for (const auto& file : records) {
-        succeeded(file->write(result));
-    }
-    if (!options.overlay.isEmpty()) {
-        succeeded(overlays.write(result.picture, inspector->overlay()));
-    }
-    for (const RegionResult& region : result.regions) {
-        if (archive) {
-            archive->add(region);
-        }
-    }
+    reportUnread(result.picture, *result.inspection);
+    write(result.picture, *result.inspection);
 }
 
-/// A region that could not be read is NG, but what is to be seen to is the reason: a model that could not be
-/// loaded, mostly, and then it is the same for every region.
-void Command::reportUnread(const PictureResult& result)
+/// A region that could not be read is NG, and the reason needs attention. Mostly the model could not be loaded, and
+/// then the reason is the same for every region.
+void Command::reportUnread(const QString& picture, const InspectionResult& result)
 {
     for (const RegionResult& region : result.regions) {
         const QString message = unreadMessage(region).trimmed();
@@ -327,9 +313,24 @@ void Command::reportUnread(const PictureResult& result)
         }
         hadFault = true;
         if (!reported.contains(message)) {
-            fault(QStringLiteral("%1: not read: %2").arg(result.picture, message));
+            fault(QStringLiteral("%1: not read: %2").arg(picture, message));
         }
         reported.insert(message);
+    }
+}
+
+void Command::write(const QString& picture, const InspectionResult& result)
+{
+    for (const auto& file : records) {
+        succeeded(file->write(picture, result));
+    }
+    if (!options.overlay.isEmpty()) {
+        succeeded(overlays.write(picture, inspector->overlay()));
+    }
+    if (archive) {
+        for (const RegionResult& region : result.regions) {
+            archive->add(region);
+        }
     }
 }
 
@@ -363,14 +364,14 @@ bool Command::fault(const QString& message)
     return false;
 }
 
-bool Command::fault(const scribo::Error& error)
+bool Command::fault(const Error& error)
 {
-    return fault(scribo::textOf(error));
+    return fault(textOf(error));
 }
 
-bool Command::succeeded(const scribo::Result<void>& result, const char* option)
+bool Command::succeeded(const Result<void>& result, const char* option)
 {
-    return result || fault(QLatin1String(option) + scribo::textOf(result.error()));
+    return result || fault(QLatin1String(option) + textOf(result.error()));
 }
 
 void Command::print(const QByteArray& text)
@@ -378,3 +379,5 @@ void Command::print(const QByteArray& text)
     std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
     std::fflush(stdout);
 }
+
+} // namespace scribo::host

@@ -1,22 +1,22 @@
 #pragma once
 
-#include "archiveaccount.h"
-#include "filetool.h"
-#include "hostlog.h"
+#include "files/archiveaccount.h"
+#include "files/hostlog.h"
+#include "files/overlayfolder.h"
+#include "files/picturelist.h"
+#include "files/recordfile.h"
+#include "files/regionplan.h"
+#include "inspect/options.h"
 #include "inspector.h"
-#include "options.h"
-#include "overlayfolder.h"
-#include "picturelist.h"
-#include "processorplugin.h"
-#include "progressbar.h"
-#include "recordfile.h"
-#include "regionplan.h"
-#include "resulttable.h"
+#include "terminal/progressbar.h"
+#include "terminal/resulttable.h"
 
 #include <QSet>
 
 #include <memory>
 #include <vector>
+
+namespace scribo::host {
 
 /// What scribo-inspect returns to the shell.
 namespace ExitCode {
@@ -51,17 +51,18 @@ private:
     void listParameters();
 
     void inspectAll();
-    PictureResult inspectPicture(const PictureFile& picture);
+    Result<InspectionResult> inspectPicture(const PictureFile& picture);
     void report(const PictureResult& result);
-    void reportUnread(const PictureResult& result);
+    void reportUnread(const QString& picture, const InspectionResult& result);
+    void write(const QString& picture, const InspectionResult& result);
     void finishArchive();
     void finish();
 
     /// Reports a fault, which makes the exit code. Returns false.
     bool fault(const QString& message);
-    bool fault(const scribo::Error& error);
+    bool fault(const Error& error);
     /// Whether it succeeded; an error is reported as a fault, behind `option`.
-    bool succeeded(const scribo::Result<void>& result, const char* option = "");
+    bool succeeded(const Result<void>& result, const char* option = "");
     void print(const QByteArray& text);
 
     Options options;
@@ -69,10 +70,8 @@ private:
     QList<PictureFile> pictures;
     RegionPlan plan;
     QString workFolder;
-    ProcessorPlugin plugin;
-    FileTool tool;
-    std::unique_ptr<ProcessorInterface> processor; // made for `tool`, so it goes first
     std::unique_ptr<Inspector> inspector;
+    ProcessorInterface* processor = nullptr; ///< the inspector's
     OverlayFolder overlays;
     std::vector<std::unique_ptr<RecordFile>> records;
     std::unique_ptr<ArchiveAccount> archive;
@@ -82,3 +81,5 @@ private:
     QSet<QString> reported; ///< messages that are not repeated with every picture
     bool hadFault = false;
 };
+
+} // namespace scribo::host

@@ -1,4 +1,6 @@
-#include "help.h"
+#include "inspect/help.h"
+
+namespace scribo::host {
 
 const char helpText[] = R"(Usage: scribo-inspect [OPTION]... PICTURE|FOLDER...
 Reads and judges the printed text in pictures through the processor plug-in.
@@ -30,3 +32,5 @@ running   --work DIR           working directory, with the folder "model"
 
 Exit: 0 all OK, 1 some NG, 2 a fault (named; the other pictures are inspected).
 )";
+
+} // namespace scribo::host

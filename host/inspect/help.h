@@ -1,4 +1,8 @@
 #pragma once
 
+namespace scribo::host {
+
 /// What --help prints; fits on one screen.
 extern const char helpText[];
+
+} // namespace scribo::host

@@ -1,10 +1,12 @@
-#include "command.h"
-#include "help.h"
+#include "inspect/command.h"
+#include "inspect/help.h"
 
 #include <QGuiApplication>
 #include <QTextCodec>
 
 #include <cstdio>
+
+using namespace scribo::host;
 
 namespace {
 

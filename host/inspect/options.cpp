@@ -1,12 +1,11 @@
-#include "options.h"
+#include "inspect/options.h"
 
 #include "resulttext.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
 
-using scribo::failure;
-using scribo::Result;
+namespace scribo::host {
 
 namespace {
 
@@ -182,3 +181,5 @@ Result<Options> parseOptions(const QStringList& arguments)
 {
     return Reader().read(arguments);
 }
+
+} // namespace scribo::host

@@ -8,6 +8,8 @@
 
 #include <optional>
 
+namespace scribo::host {
+
 /// The command line of scribo-inspect. Files and folders are absolute, since the command changes its working
 /// directory; empty: not given.
 struct Options
@@ -49,4 +51,6 @@ struct Options
 };
 
 /// Reads the command line, whose first element is the program.
-scribo::Result<Options> parseOptions(const QStringList& arguments);
+Result<Options> parseOptions(const QStringList& arguments);
+
+} // namespace scribo::host

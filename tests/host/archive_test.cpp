@@ -1,10 +1,12 @@
-#include "archiveaccount.h"
+#include "files/archiveaccount.h"
 #include "station.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QDir>
+
+using namespace scribo::host;
 
 using testing::HasSubstr;
 

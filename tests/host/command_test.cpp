@@ -1,5 +1,5 @@
-#include "progressbar.h"
 #include "station.h"
+#include "terminal/progressbar.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,6 +10,8 @@
 
 #include <pty.h>
 #include <unistd.h>
+
+using namespace scribo::host;
 
 using testing::HasSubstr;
 using testing::Not;

@@ -50,7 +50,7 @@ void FakeProcessor::saveParams(QJsonObject& settings)
     settings["paramsWrap"] = values;
 }
 
-QString FakeProcessor::nextReading(const cv::Mat& picture)
+QString FakeProcessor::nextReading(Tool& tool, int index)
 {
     QFile file("readings");
     if (!file.open(QIODevice::ReadOnly)) {
@@ -59,9 +59,15 @@ QString FakeProcessor::nextReading(const cv::Mat& picture)
     const QStringList readings = QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
     const QString reading = readings[std::min(processed, readings.size() - 1)];
     ++processed;
+    if (reading == "@pose") {
+        PosePair pose;
+        const bool hasPose = tool.upstreamPose("upstream", index, &pose);
+        return hasPose ? QString("%1,%2").arg(pose.currentX).arg(pose.currentY) : "no pose";
+    }
     if (reading != "@pixel") {
         return reading;
     }
+    const cv::Mat picture = tool.image(index);
     if (picture.channels() == 1) {
         return QString::number(picture.at<uchar>(0, 0));
     }
@@ -87,7 +93,7 @@ void FakeProcessor::process(Tool* tool, int index)
     if (enable[1]) {
         return; // nothing is inspected, and no item recorded
     }
-    const QString reading = nextReading(tool->image(index));
+    const QString reading = nextReading(*tool, index);
     Item item;
     item.box = tool->regions(index).first().toRect();
     if (reading.startsWith('!')) {

@@ -8,8 +8,8 @@
 ///
 /// The models are the files "model/*.trt" of the working directory. The reading of the n-th item is the n-th
 /// line of the file "readings" there (the last one again at its end): a text; "!MESSAGE" for a region that cannot
-/// be read; "@pixel" for the red, green and blue of the picture's first pixel. A reading "(lost)" never reaches
-/// the archive.
+/// be read; "@pixel" for the red, green and blue of the picture's first pixel; "@pose" for where the part is, its x
+/// and y. A reading "(lost)" never reaches the archive.
 class FakeProcessor : public QObject, public ProcessorInterface
 {
     Q_OBJECT
@@ -66,7 +66,7 @@ private:
         QString text;
     };
 
-    QString nextReading(const cv::Mat& picture);
+    QString nextReading(Tool& tool, int index);
     bool judge();
     void archivePicture(Tool* tool, bool isOk);
 

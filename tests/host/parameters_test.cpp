@@ -1,34 +1,16 @@
-#include "errortext.h"
-#include "filetool.h"
-#include "inspector.h"
-#include "parameters.h"
-#include "processorplugin.h"
-#include "settingsfile.h"
-#include "station.h"
+#include "files/settingsfile.h"
+#include "inspectorfixture.h"
+#include "settings.h"
 
-#include <gtest/gtest.h>
-
-#include <QDir>
 #include <QJsonArray>
+
+using namespace scribo::host;
 
 namespace {
 
-class HostParameters : public testing::Test
+class HostParameters : public InspectorFixture
 {
 protected:
-    void SetUp() override
-    {
-        station.write("model/ocr_a_p1_1_v2.trt", {});
-        QDir::setCurrent(station.path("."));
-        ASSERT_EQ(errorText(plugin.load(FAKE_PROCESSOR_FILE)), "");
-        processor = plugin.makeInstance(&tool);
-        ASSERT_NE(processor, nullptr);
-    }
-
-    void TearDown() override { QDir::setCurrent("/"); }
-
-    QString set(int number, const QString& value) { return errorText(setParameter(*processor, number, value)); }
-
     /// What is said about a settings file with this content.
     QString settingsError(const QByteArray& json)
     {
@@ -38,13 +20,6 @@ protected:
         EXPECT_EQ(station.read("s.json"), json);
         return error.mid(station.path("s.json").size());
     }
-
-    QString describe(int number) { return describeParameter(*processor->params()->at(number - 1)); }
-
-    Station station;
-    FileTool tool;
-    ProcessorPlugin plugin;
-    std::unique_ptr<ProcessorInterface> processor;
 };
 
 /// Settings that leave all parameters before this one as they are.
@@ -111,20 +86,17 @@ TEST_F(HostParameters, SettingsComeBackFromTheirFile)
     set(9, "2");
     set(10, "LOT:\"Ä\"");
     ASSERT_EQ(errorText(writeSettings(station.path("s.json"), *processor)), "");
-    const auto other = plugin.makeInstance(&tool);
-    ASSERT_EQ(errorText(readSettings(station.path("s.json"), *other)), "");
-    QJsonObject expected;
-    QJsonObject actual;
-    processor->saveParams(expected);
-    other->saveParams(actual);
+    const auto other = makeInspector();
+    ASSERT_EQ(errorText(readSettings(station.path("s.json"), other->processor())), "");
+    const QJsonObject expected = currentSettings(*processor);
+    const QJsonObject actual = currentSettings(other->processor());
     EXPECT_EQ(actual, expected);
     EXPECT_EQ(actual["paramsWrap"].toArray()[9].toObject()["values"].toString(), "LOT:\"Ä\"");
 }
 
 TEST_F(HostParameters, DamagedSettingsChangeNothing)
 {
-    QJsonObject before;
-    processor->saveParams(before);
+    const QJsonObject before = currentSettings(*processor);
     EXPECT_TRUE(settingsError(R"({"paramsWrap": [{}, )").startsWith(":1:"));
     EXPECT_EQ(settingsError("[]"), ": not a settings file: the array \"paramsWrap\" is missing");
     EXPECT_EQ(settingsError(R"({"paramsWrap": 3})"), ": not a settings file: the array \"paramsWrap\" is missing");
@@ -132,15 +104,12 @@ TEST_F(HostParameters, DamagedSettingsChangeNothing)
         ": \"paramsWrap\": parameter 2 is not an object");
     EXPECT_EQ(settingsError(R"({"paramsWrap": [{},{},{},{},{},{},{},{},{},{},{},{},{},{}]})"),
         ": settings of 14 parameters, but the processor has 13");
-    QJsonObject after;
-    processor->saveParams(after);
-    EXPECT_EQ(after, before);
+    EXPECT_EQ(currentSettings(*processor), before);
 }
 
 TEST_F(HostParameters, SettingsOfOtherTypesAreDamaged)
 {
-    QJsonObject before;
-    processor->saveParams(before);
+    const QJsonObject before = currentSettings(*processor);
     const auto expectDemand = [&](int number, const QByteArray& entry, const QString& demand) {
         EXPECT_EQ(settingsError(settingsOf(number, entry)),
             QString(": \"paramsWrap\": parameter %1: %2").arg(number).arg(demand));
@@ -160,9 +129,7 @@ TEST_F(HostParameters, SettingsOfOtherTypesAreDamaged)
         expectDemand(
             13, QByteArray(R"({"highThresh": 9, "lowThresh": )") + low + '}', "\"lowThresh\" must be a whole number");
     }
-    QJsonObject after;
-    processor->saveParams(after);
-    EXPECT_EQ(after, before);
+    EXPECT_EQ(currentSettings(*processor), before);
 }
 
 TEST_F(HostParameters, SettingsMayLackKeysAndHaveMore)
@@ -176,66 +143,4 @@ TEST_F(HostParameters, UnwritableSettingsAreNamed)
 {
     const QString error = errorText(writeSettings("/proc/none/s.json", *processor));
     EXPECT_TRUE(error.startsWith("/proc/none/s.json: cannot be written: ")) << qPrintable(error);
-}
-
-TEST_F(HostParameters, ARegionsReferenceAndCountCountForThatRegionOnly)
-{
-    set(9, "2");
-    set(10, "CD");
-    station.write("readings", "AB\nCD\nEFG\n");
-    Inspector inspector(*processor, tool);
-    const PictureResult result = inspector.inspect("p", cv::Mat::zeros(50, 100, CV_8UC1),
-        {{QRectF(0, 0, 9, 9), QString("AB"), {}}, {QRectF(9, 0, 9, 9), {}, {}},
-            {QRectF(18, 0, 9, 9), QString("EFG"), CountRange{1, 2}}});
-    ASSERT_EQ(result.regions.size(), 3);
-    EXPECT_TRUE(result.regions[0].isOk);
-    EXPECT_EQ(result.regions[0].reference, "AB");
-    EXPECT_TRUE(result.regions[1].isOk);
-    EXPECT_FALSE(result.regions[2].isOk);
-    EXPECT_FALSE(result.isOk);
-    EXPECT_EQ(describe(10), "\"CD\"");
-    EXPECT_EQ(describe(13), "3 (limits 0:99999)");
-    ASSERT_EQ(result.regions[2].ngLines.size(), 1);
-    EXPECT_EQ(result.regions[2].ngLines[0].box, QRect(18, 0, 9, 9));
-}
-
-TEST_F(HostParameters, ADisabledModelIsOk)
-{
-    set(3, "2");
-    Inspector inspector(*processor, tool);
-    const PictureResult result
-        = inspector.inspect("p", cv::Mat::zeros(50, 100, CV_8UC1), {{QRectF(0, 0, 9, 9), {}, {}}});
-    EXPECT_TRUE(result.isOk);
-    EXPECT_TRUE(result.regions[0].isOk);
-    EXPECT_EQ(result.regions[0].count, -1);
-}
-
-TEST_F(HostParameters, TheOverlayIsDrawnOnACopyInTrueColours)
-{
-    station.write("readings", "@pixel\n");
-    cv::Mat picture(50, 100, CV_8UC3, cv::Scalar(200, 100, 50));
-    Inspector inspector(*processor, tool);
-    const PictureResult result = inspector.inspect("p", picture, {{QRectF(0, 0, 10, 10), {}, {}}});
-    EXPECT_EQ(result.regions[0].text, "200,100,50");
-    const QImage overlay = inspector.overlay();
-    EXPECT_EQ(overlay.size(), QSize(100, 50));
-    EXPECT_EQ(overlay.pixelColor(5, 5), QColor(Qt::green));
-    EXPECT_EQ(overlay.pixelColor(50, 25), QColor(200, 100, 50));
-    EXPECT_EQ(picture.at<cv::Vec3b>(5, 5), cv::Vec3b(200, 100, 50));
-}
-
-TEST(FileTool, HandsOutOneRegionAnItemAndNoPose)
-{
-    FileTool tool;
-    tool.setRegions({QRectF(1, 1, 2, 2), QRectF(3, 3, 4, 4)});
-    EXPECT_EQ(tool.regions(1), QList<QRectF>{QRectF(3, 3, 4, 4)});
-    EXPECT_TRUE(tool.regions(2).isEmpty());
-    EXPECT_TRUE(tool.regions(-1).isEmpty());
-    PosePair pose;
-    EXPECT_FALSE(tool.upstreamPose("any", 0, &pose));
-    tool.setArchiveFolder("/some/folder");
-    EXPECT_EQ(tool.toolDirectory(), "/some/folder/");
-    tool.setRemovableFolder("/media/disk/");
-    EXPECT_EQ(tool.removableDiskPath(), "/media/disk");
-    EXPECT_FALSE(tool.savingAllowed());
 }

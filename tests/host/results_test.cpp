@@ -1,18 +1,20 @@
 #include "errortext.h"
+#include "files/overlayfolder.h"
+#include "files/recordfile.h"
 #include "fulldisk.h"
-#include "overlayfolder.h"
-#include "recordfile.h"
-#include "resulttable.h"
 #include "station.h"
-#include "terminalcolumns.h"
+#include "terminal/resulttable.h"
+#include "terminal/terminalcolumns.h"
 
 #include <QDir>
 
 #include <gtest/gtest.h>
 
+using namespace scribo::host;
+
 namespace {
 
-PictureResult sampleResult()
+InspectionResult sampleInspection()
 {
     RegionResult region;
     region.rect = QRectF(1, 2, 30, 20);
@@ -23,18 +25,19 @@ PictureResult sampleResult()
     region.comparison = Comparison::fixed;
     region.reference = "X";
     region.ngLines = {{QRect(1, 2, 3, 4), 0.5, "A,\"Ü\n"}};
-    PictureResult result;
-    result.picture = "a,b \"c\".png";
+    InspectionResult result;
     result.milliseconds = 1.25;
     result.regions = {region};
     return result;
 }
 
+const QString pictureName = QStringLiteral("a,b \"c\".png");
+
 QByteArray recordsOf(const Station& station, const QString& name)
 {
     RecordFile file;
     EXPECT_EQ(errorText(file.open(station.path(name))), "");
-    EXPECT_EQ(errorText(file.write(sampleResult())), "");
+    EXPECT_EQ(errorText(file.write(pictureName, sampleInspection())), "");
     return station.read(name);
 }
 
@@ -77,20 +80,20 @@ TEST(RecordFile, NoticesAFullDisk)
     ASSERT_TRUE(QFile::link("/dev/full", station.path("full.jsonl")));
     RecordFile file;
     ASSERT_EQ(errorText(file.open(station.path("full.jsonl"))), "");
-    EXPECT_EQ(errorText(file.write(sampleResult())),
+    EXPECT_EQ(errorText(file.write(pictureName, sampleInspection())),
         station.path("full.jsonl") + ": cannot be written: No space left on device");
 }
 
 TEST(ResultTable, ShowsARowForEachRegionAndKeepsEveryRowOneLine)
 {
-    PictureResult result = sampleResult();
+    PictureResult result{pictureName, sampleInspection()};
     RegionResult second;
     second.index = 1;
     second.isOk = true;
     second.text = "REV(3)";
     second.count = 6;
     second.milliseconds = 12;
-    result.regions.append(second);
+    result.inspection->regions.append(second);
     const ResultTable table({result.picture});
     EXPECT_EQ(table.header(), "picture      text                  count  verdict       ms\n");
     EXPECT_EQ(table.rows(result),
@@ -112,41 +115,38 @@ TEST(ResultTable, CountsColumnsAsATerminalDoes)
 
 TEST(ResultTable, SaysWhatWasNotRead)
 {
-    PictureResult result = sampleResult();
-    result.picture = "a.png";
-    result.regions[0].text.clear();
-    result.regions[0].count = -1;
-    result.regions[0].ngLines[0].score = -1;
+    PictureResult result{"a.png", sampleInspection()};
+    RegionResult& region = result.inspection->regions[0];
+    region.text.clear();
+    region.count = -1;
+    region.ngLines[0].score = -1;
     EXPECT_EQ(ResultTable({}).rows(result), "a.png    (not read)                -  NG           1.3\n");
-    EXPECT_EQ(unreadMessage(result.regions[0]), "A,\"Ü\n");
-    result.fault = "is damaged";
+    EXPECT_EQ(unreadMessage(region), "A,\"Ü\n");
+    result.inspection = scribo::failure("is damaged");
     EXPECT_EQ(ResultTable({}).rows(result), "a.png                                 fault           \n");
 }
 
 TEST(ResultTable, GivesProgramsOneObjectAPicture)
 {
-    EXPECT_EQ(toJsonLine(sampleResult()),
+    EXPECT_EQ(toJsonLine({pictureName, sampleInspection()}),
         "{\"milliseconds\":1.25,\"picture\":\"a,b \\\"c\\\".png\",\"regions\":[{\"compare\":\"fixed\",\"count\":5,"
         "\"index\":0,\"milliseconds\":1.25,\"ng\":[{\"box\":[1,2,3,4],\"score\":0.5,\"text\":\"A,\\\"Ü\\n\"}],"
         "\"rect\":[1,2,30,20],\"reference\":\"X\",\"text\":\"A,\\\"Ü\\n\",\"verdict\":\"NG\"}],\"verdict\":\"NG\"}");
-    PictureResult result;
-    result.picture = "a.png";
-    result.fault = "is empty";
-    EXPECT_EQ(toJsonLine(result), "{\"fault\":\"is empty\",\"picture\":\"a.png\",\"verdict\":\"FAULT\"}");
+    EXPECT_EQ(toJsonLine({"a.png", scribo::failure("is empty")}),
+        "{\"fault\":\"is empty\",\"picture\":\"a.png\",\"verdict\":\"FAULT\"}");
 }
 
 TEST(Totals, CountsVerdictsAndTakesTheMiddleTime)
 {
     Totals totals;
     EXPECT_EQ(totals.summary(), "0 pictures: 0 OK, 0 NG, 0 faults; median - ms");
-    PictureResult result;
     for (const double milliseconds : {9.0, 1.0, 2.0, 4.0}) {
+        InspectionResult result;
         result.milliseconds = milliseconds;
         result.isOk = milliseconds != 9.0;
-        totals.add(result);
+        totals.add({"a.png", result});
     }
-    result.fault = "is empty";
-    totals.add(result);
+    totals.add({"b.png", scribo::failure("is empty")});
     EXPECT_EQ(totals.summary(), "5 pictures: 3 OK, 1 NG, 1 fault; median 3.0 ms");
 }
 

@@ -7,7 +7,7 @@
 
 #include <opencv2/core/mat.hpp>
 
-/// A working directory with one model, and the command running in it over the fake processor.
+/// A working directory with one model, in which the command runs over the fake processor.
 class Station
 {
 public:
