@@ -25,7 +25,7 @@ public:
     virtual ~ToolInterface() = default;
 
     /// The mount point of the removable disk that pictures go to, while it is mounted; empty: save on the system
-    /// disk. Folders are made where this points and never count as full, whatever disk is there.
+    /// disk. Folders are made below this path without a limit. Whether a disk is there is not checked.
     virtual QString removableDiskPath() = 0;
 };
 

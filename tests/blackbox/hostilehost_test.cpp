@@ -1,5 +1,5 @@
-// A host that does everything wrong. Whatever it hands over, the plug-in answers; nothing reaches the
-// host as an exception and the next good item is judged as if nothing had been.
+// A host that does everything wrong. The plug-in answers all the same: nothing reaches the host as an exception, and
+// the next good item is judged as usual.
 
 #include "loadedplugin.h"
 #include "scriptedtool.h"

@@ -161,7 +161,7 @@ void ItemInspection::failRegion(const cv::Rect& box)
     item.lines.append(messageLine(faultMessage(), box));
 }
 
-/// Why a region could not be read: without a model no region can be, whatever else is wrong with it.
+/// Why a region could not be read. Without a model that is the reason, even when something else is wrong, too.
 QString ItemInspection::faultMessage() const
 {
     if (!equipment.analyser) {
@@ -175,8 +175,8 @@ bool ItemInspection::hasLoadedModel() const
     return equipment.analyser && equipment.analyser->isInitialized();
 }
 
-/// Hands the region's picture to the archive, once for each line that the region added to the item: lines without a
-/// picture are counted all the same. What goes wrong there changes nothing about the item.
+/// Hands the region's picture to the archive, once for each line that the region added to the item. Lines without a
+/// picture are counted, too. A fault in the archive does not change the item.
 void ItemInspection::archiveRegion(const cv::Mat& image, int firstLine)
 {
     try {

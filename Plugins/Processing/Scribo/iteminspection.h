@@ -36,7 +36,7 @@ struct InspectedItem
 class ItemInspection
 {
 public:
-    /// What an inspection works with, whatever the item is. Everything must outlive the inspection.
+    /// What the inspections of all items share. Everything must outlive the inspection.
     struct Equipment
     {
         PluginSettings& settings; ///< switches, reference and limits; receives what was read

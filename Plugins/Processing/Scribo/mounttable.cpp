@@ -67,7 +67,7 @@ QStringList MountTable::findRemovableMounts()
     if (!file.open(QIODevice::ReadOnly)) {
         return {};
     }
-    // Files below /proc say that they are empty; readAll() reads to the end all the same.
+    // Files below /proc report a size of 0, but readAll() reads them to the end.
     const QByteArray table = file.readAll();
     if (table == mountsSnapshot) {
         return removableMounts;

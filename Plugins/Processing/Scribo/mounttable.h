@@ -19,7 +19,7 @@ public:
     /// Answers whether a file of the given name exists.
     using FileTest = std::function<bool(const QString&)>;
 
-    /// `path` names the table. It is read anew at every question, since disks come and go.
+    /// `path` names the table. It is read at every call, since disks come and go.
     explicit MountTable(QString path = QStringLiteral("/proc/mounts"), FileTest fileExists = {});
 
     /// The mount points of the removable disks, in the order of the table, as the table writes them: the

@@ -24,6 +24,6 @@ bool isInspected(const QRectF& region);
 std::optional<RegionCut> cutRegion(const QRectF& region, const cv::Size& picture);
 
 /// `region` in whole pixels, halves rounded to the even neighbour, wherever it lies: the box of a region that cannot be
-/// cut out. Edges beyond the range of an integer move to its end, so that right and bottom edge are integers too. What
-/// is not a number reads as 0.
+/// cut out. Position, extent and the right and lower edges are kept within the range of an integer. What is not a
+/// number becomes 0.
 cv::Rect wholePixels(const QRectF& region);

@@ -13,5 +13,5 @@
 /// The record without content: all keys, each value empty or 0.
 QVariantMap makeResultTemplate();
 
-/// The record of an item with these judged lines. The text of a line stands where other processors name a defect.
+/// The record of an item with these judged lines. Where other processors name a defect, it has the line's text.
 QVariantMap makeResultRecord(const QList<SOrgAI_ResInfo>& lines, int charCount, const QString& recognisedText);

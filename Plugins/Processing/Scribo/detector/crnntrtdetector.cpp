@@ -83,7 +83,7 @@ bool isAllocatable(std::int64_t bytes)
     return bytes >= 0 && bytes < tooManyBytes;
 }
 
-/// Host memory for one tensor, zeroed; never freed. Null when there is none to be had.
+/// Host memory for one tensor, zeroed; never freed. Null when there is not enough memory.
 float* allocateHost(std::int64_t bytes)
 {
     return isAllocatable(bytes) ? new (std::nothrow) float[static_cast<std::size_t>(bytes / floatBytes)]() : nullptr;
