@@ -29,7 +29,7 @@ AcceptedText keptOf(const AcceptedText& accepted, const CharacterRules& characte
 }
 
 /// So many texts are tried with the patterns. A line with one or two match parts and a separator needs some dozens.
-constexpr int mostTries = 1000;
+constexpr int mostTries = 250;
 
 /// A text within a sentence. Quotes show spaces at its ends, and that it is empty.
 QString shown(const QString& text)
