@@ -3,7 +3,7 @@
 // `process` and enqueueV2.
 
 #include "benchhost.h"
-#include "loadedengine.h"
+#include "filebytes.h"
 #include "ocranalyser.h"
 #include "scriptedtool.h"
 
@@ -38,13 +38,12 @@ class BareEngine
 public:
     bool load(const QString& path)
     {
-        scribo::tool::FileBytes file;
-        QString error;
+        const auto file = scribo::tool::FileBytes::read(path);
         runtime.reset(nvinfer1::createInferRuntime(logger));
-        if (!runtime || !file.read(path, &error)) {
+        if (!runtime || !file) {
             return false;
         }
-        engine.reset(runtime->deserializeCudaEngine(file.data(), file.size()));
+        engine.reset(runtime->deserializeCudaEngine(file->data(), file->size()));
         context.reset(engine ? engine->createExecutionContext() : nullptr);
         if (!context || cudaStreamCreate(&stream) != cudaSuccess) {
             return false;

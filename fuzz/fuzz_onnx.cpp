@@ -1,4 +1,4 @@
-// Whatever bytes come in, the importer gives a network that makes a readable engine, or problems.
+// Whatever bytes come in, the importer gives a network that makes a readable engine, or faults.
 
 #include "build.h"
 #include "format/enginefile.h"
@@ -30,15 +30,14 @@ BuildOptions optionsFor(std::size_t size)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    Problems problems;
-    const auto network = buildNetwork(bytes, size, optionsFor(size), &problems);
+    const auto network = buildNetwork(bytes, size, optionsFor(size));
     if (!network) {
-        if (problems.empty()) {
+        if (network.error().empty()) {
             std::abort();
         }
         return 0;
     }
-    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(*network);
+    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(**network);
     constexpr std::size_t alignment = scribo::format::engineAlignment;
     const std::unique_ptr<void, void (*)(void*)> memory(
         std::aligned_alloc(alignment, (engine.size() / alignment + 1) * alignment), std::free);

@@ -1,6 +1,7 @@
 // Runs an engine in Scribo's CPU runtime, as worker.py describes it.
 #include "enginerunner.h"
-#include "loadedengine.h"
+#include "filebytes.h"
+#include "resulttext.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -13,9 +14,9 @@
 
 namespace {
 
+using scribo::textOf;
 using scribo::tool::EngineRunner;
 using scribo::tool::FileBytes;
-using scribo::tool::RunOutput;
 
 double microseconds(const QElapsedTimer& timer)
 {
@@ -58,11 +59,12 @@ public:
     {
         QElapsedTimer timer;
         timer.start();
-        bytes = std::make_unique<FileBytes>();
+        bytes = FileBytes::read(path);
         runner = std::make_unique<EngineRunner>();
-        QString error;
-        if (!bytes->read(path, &error) || !runner->load(bytes->data(), bytes->size(), &error)) {
-            fail(error);
+        const auto loaded
+            = bytes.and_then([this](const FileBytes& engine) { return runner->load(engine.data(), engine.size()); });
+        if (!loaded) {
+            fail(textOf(loaded.error()));
         }
         return {microseconds(timer)};
     }
@@ -71,23 +73,24 @@ public:
     {
         const std::vector<float> picture = readValues(words.at(0));
         const int width = words.at(3).toInt();
-        std::vector<RunOutput> outputs;
+        std::vector<float> scores;
         QList<double> times;
         for (int i = 0; i < words.at(4).toInt(); ++i) {
             QElapsedTimer timer;
             timer.start();
-            QString error;
-            if (!runner->run(width, picture, &outputs, &error)) {
-                fail(error);
+            auto outputs = runner->run(width, picture);
+            if (!outputs) {
+                fail(textOf(outputs.error()));
             }
             times.append(microseconds(timer));
+            scores = std::move(outputs->front().values);
         }
-        writeValues(words.at(5), outputs.at(0).values);
+        writeValues(words.at(5), scores);
         return times;
     }
 
 private:
-    std::unique_ptr<FileBytes> bytes;
+    scribo::Result<FileBytes> bytes = scribo::failure("no engine is loaded");
     std::unique_ptr<EngineRunner> runner;
 };
 

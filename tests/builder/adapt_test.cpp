@@ -22,6 +22,7 @@ using testing::ElementsAre;
 using testing::FloatNear;
 using testing::Pointwise;
 using Integers = std::vector<std::int64_t>;
+using scribo::Faults;
 using Floats = std::vector<float>;
 
 constexpr int width = 12;
@@ -30,31 +31,32 @@ constexpr std::size_t plane = 8 * width;
 RunOutput runModel(
     const ModelMaker& model, const BuildOptions& options, const Floats& picture, Integers* input = nullptr)
 {
-    Problems problems;
     const std::string bytes = model.bytes();
-    const auto network = buildNetwork(bytes.data(), bytes.size(), options, &problems);
-    EXPECT_TRUE(network) << testing::PrintToString(problems);
-    if (!network) {
+    const auto built = buildNetwork(bytes.data(), bytes.size(), options);
+    if (!built) {
+        ADD_FAILURE() << testing::PrintToString(built.error());
         return {};
     }
+    const scribo::format::NetworkT& network = **built;
     if (input) {
-        *input = network->tensors[static_cast<std::size_t>(network->inputs.front())]->dims;
+        *input = network.tensors[static_cast<std::size_t>(network.inputs.front())]->dims;
     }
-    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(*network);
+    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(network);
     EngineRunner runner;
-    std::vector<RunOutput> outputs;
-    QString error;
-    EXPECT_TRUE(runner.load(engine.data(), engine.size(), &error) && runner.run(width, picture, &outputs, &error))
-        << error.toStdString();
-    return outputs.empty() ? RunOutput() : outputs.front();
+    const auto outputs = runner.load(engine.data(), engine.size()).and_then([&] { return runner.run(width, picture); });
+    if (!outputs || outputs->empty()) {
+        ADD_FAILURE() << (outputs ? "no outputs" : outputs.error().message);
+        return {};
+    }
+    return outputs->front();
 }
 
-Problems problemsWith(const ModelMaker& model, const BuildOptions& options)
+Faults faultsWith(const ModelMaker& model, const BuildOptions& options)
 {
-    Problems problems;
     const std::string bytes = model.bytes();
-    EXPECT_FALSE(buildNetwork(bytes.data(), bytes.size(), options, &problems));
-    return problems;
+    const auto network = buildNetwork(bytes.data(), bytes.size(), options);
+    EXPECT_FALSE(network);
+    return network ? Faults() : network.error();
 }
 
 BuildOptions atTestWidth()
@@ -180,17 +182,17 @@ TEST(AdaptPictureFaults, ChannelsThatDoNotFit)
     BuildOptions options = atTestWidth();
     options.picture.channels = Channels::Grey;
     EXPECT_THAT(
-        problemsWith(modelOf(3, 0), options), ElementsAre("input 'x' has 3 channels, not the 1 of a grey picture"));
+        faultsWith(modelOf(3, 0), options), ElementsAre("input 'x' has 3 channels, not the 1 of a grey picture"));
     options.picture.channels = Channels::Bgr;
-    EXPECT_THAT(problemsWith(modelOf(1, 0), options),
-        ElementsAre("input 'x' has 1 channels, not the 3 of a picture in colour"));
+    EXPECT_THAT(
+        faultsWith(modelOf(1, 0), options), ElementsAre("input 'x' has 1 channels, not the 3 of a picture in colour"));
     options.picture = {0, Channels::Rgb, {{0, 1}}};
-    EXPECT_THAT(problemsWith(modelOf(5, 0), options),
-        ElementsAre("input 'x' has 5 channels, not the 3 of a picture in colour"));
+    EXPECT_THAT(
+        faultsWith(modelOf(5, 0), options), ElementsAre("input 'x' has 5 channels, not the 3 of a picture in colour"));
     options.picture.channels = Channels::Rgb;
     options.picture.ranges = {{0, 1}, {0, 1}};
-    EXPECT_THAT(problemsWith(modelOf(3, 0), options),
-        ElementsAre("input 'x' has 3 channels, but 2 ranges of values are given"));
+    EXPECT_THAT(
+        faultsWith(modelOf(3, 0), options), ElementsAre("input 'x' has 3 channels, but 2 ranges of values are given"));
 }
 
 TEST(AdaptPictureFaults, WeightsThatDoNotFit)
@@ -199,15 +201,15 @@ TEST(AdaptPictureFaults, WeightsThatDoNotFit)
     const PictureOptions adaptations[] = {{0, Channels::Bgr, {{}}}, {0, Channels::Rgb, {{0, 1}}}};
     for (const PictureOptions& adaptation : adaptations) {
         options.picture = adaptation;
-        EXPECT_THAT(problemsWith(convolutionOf(3, {1, 1, 1, 1}, 1), options),
+        EXPECT_THAT(faultsWith(convolutionOf(3, {1, 1, 1, 1}, 1), options),
             ElementsAre("at width 12: Convolution 'first': weights of 1x1x1x1 in 1 group(s) do not fit 1x3x8x12"));
-        EXPECT_THAT(problemsWith(convolutionOf(3, {4, 5, 3, 3}, 4), options),
+        EXPECT_THAT(faultsWith(convolutionOf(3, {4, 5, 3, 3}, 4), options),
             ElementsAre("at width 12: Convolution 'first': weights of 4x5x3x3 in 1 group(s) do not fit 1x3x8x12"));
-        EXPECT_THAT(problemsWith(convolutionOf(3, {4, 3, 3, 3}, 1), options),
+        EXPECT_THAT(faultsWith(convolutionOf(3, {4, 3, 3, 3}, 1), options),
             ElementsAre("at width 12: Convolution 'first': a bias of 1 does not fit 4x3x3x3"));
     }
     options.picture = {0, Channels::Grey, {{}}};
-    EXPECT_THAT(problemsWith(convolutionOf(1, {4, 3, 3, 3}, 4), options),
+    EXPECT_THAT(faultsWith(convolutionOf(1, {4, 3, 3, 3}, 4), options),
         ElementsAre("at width 12: Convolution 'first': weights of 4x3x3x3 in 1 group(s) do not fit 1x1x8x12"));
 }
 
@@ -220,7 +222,7 @@ TEST(AdaptPictureHeight, IsGivenWhereTheModelLeavesItOpen)
     model.inputShape({1, 3, -1, -1});
     EXPECT_EQ(runModel(model, options, picture()).values, fixed.values);
     model.inputShape({1, 3, 16, -1});
-    EXPECT_THAT(problemsWith(model, options), ElementsAre("input 'x' has a height of 16, not 8"));
+    EXPECT_THAT(faultsWith(model, options), ElementsAre("input 'x' has a height of 16, not 8"));
 }
 
 /// A model that gives 2 x 12 x 8 numbers of its picture in a layout of three axes.
@@ -293,11 +295,10 @@ TEST(AdaptScores, TurningMeetsTheModelsOwnTranspose)
     const RunOutput wanted = runModel(model, options, picture());
     options.scores.layout = "ntk";
     EXPECT_EQ(runModel(model, options, picture()).values, wanted.values);
-    Problems problems;
     const std::string bytes = model.bytes();
-    const auto network = buildNetwork(bytes.data(), bytes.size(), options, &problems);
+    const auto network = buildNetwork(bytes.data(), bytes.size(), options);
     ASSERT_TRUE(network);
-    const auto transposes = std::count_if(network->operations.begin(), network->operations.end(),
+    const auto transposes = std::count_if((*network)->operations.begin(), (*network)->operations.end(),
         [](const auto& one) { return one->kind.type == scribo::format::OperationKind::Transpose; });
     EXPECT_EQ(transposes, 1);
 }
@@ -309,14 +310,14 @@ TEST(AdaptScores, KeepsTheNameAndEveryOutput)
     setAttribute(model.node("Softmax", {"y"}, {"z"}), "axis", std::int64_t(2));
     BuildOptions options = {{width, width + 4}, "test.onnx"};
     options.scores.layout = "ntk";
-    Problems problems;
     const std::string bytes = model.bytes();
-    const auto network = buildNetwork(bytes.data(), bytes.size(), options, &problems);
-    ASSERT_TRUE(network) << testing::PrintToString(problems);
+    const auto network = buildNetwork(bytes.data(), bytes.size(), options);
+    ASSERT_TRUE(network) << testing::PrintToString(network.error());
     std::vector<std::string> names;
-    for (int output : network->outputs) {
-        names.push_back(network->tensors[static_cast<std::size_t>(output)]->name);
-        EXPECT_EQ(network->tensors[static_cast<std::size_t>(output)]->dims, (Integers{-1, 1, 5}));
+    for (int output : (*network)->outputs) {
+        const auto& tensor = *(*network)->tensors[static_cast<std::size_t>(output)];
+        names.push_back(tensor.name);
+        EXPECT_EQ(tensor.dims, (Integers{-1, 1, 5}));
     }
     EXPECT_THAT(names, ElementsAre("y", "z"));
 }
@@ -325,13 +326,13 @@ TEST(AdaptScoresFaults, LayoutsThatDoNotFit)
 {
     BuildOptions options = {{width, width + 4}, "test.onnx"};
     options.scores.layout = "ttk";
-    EXPECT_THAT(problemsWith(scoresIn("ntk"), options),
+    EXPECT_THAT(faultsWith(scoresIn("ntk"), options),
         ElementsAre("layout 'ttk' is not made of t (steps), n (batch) and k (classes)"));
     options.scores.layout = "nkt";
-    EXPECT_THAT(problemsWith(modelOf(3, 0), options),
+    EXPECT_THAT(faultsWith(modelOf(3, 0), options),
         ElementsAre("output 'y' has 4 dimensions; steps, batch and classes are three"));
     options.scores.layout = "nkt";
-    EXPECT_THAT(problemsWith(scoresIn("ntk"), options),
+    EXPECT_THAT(faultsWith(scoresIn("ntk"), options),
         ElementsAre("output 'y' has a number of classes that depends on the width"));
 }
 

@@ -1,4 +1,4 @@
-// ONNX files that were cut short or changed: never more than problems, and never an engine that
+// ONNX files that were cut short or changed: never more than faults, and never an engine that
 // cannot be read.
 
 #include "build.h"
@@ -20,16 +20,15 @@ std::string readModel(const std::string& name)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// Builds from `bytes`; what comes out is a readable engine or a list of problems.
+/// Builds from `bytes`; what comes out is a readable engine or a list of faults.
 void buildOrRefuse(const std::string& bytes)
 {
-    scribo::builder::Problems problems;
-    const auto network = scribo::builder::buildNetwork(bytes.data(), bytes.size(), {{32, 48}, "damaged"}, &problems);
-    ASSERT_EQ(network == nullptr, !problems.empty());
+    const auto network = scribo::builder::buildNetwork(bytes.data(), bytes.size(), {{32, 48}, "damaged"});
     if (!network) {
+        ASSERT_FALSE(network.error().empty());
         return;
     }
-    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(*network);
+    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(**network);
     const std::size_t alignment = scribo::format::engineAlignment;
     const std::unique_ptr<void, void (*)(void*)> memory(
         std::aligned_alloc(alignment, (engine.size() / alignment + 1) * alignment), std::free);

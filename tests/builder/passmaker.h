@@ -112,10 +112,9 @@ public:
 
     Profile profile()
     {
-        Profile found;
-        std::string error;
-        EXPECT_TRUE(profileNetwork(network, {4, 12}, &found, &error)) << error;
-        return found;
+        const auto found = profileNetwork(network, {4, 12});
+        EXPECT_TRUE(found) << found.error().message;
+        return found.value_or(Profile());
     }
 
     NetworkT network;

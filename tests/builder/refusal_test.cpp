@@ -1,6 +1,6 @@
 // Operations that are refused, each with the reason.
 
-#include "problemsof.h"
+#include "faultsof.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -213,9 +213,9 @@ class Refused : public testing::TestWithParam<Refusal>
 TEST_P(Refused, WithItsNodeAndReason)
 {
     const Refusal& refusal = GetParam();
-    const Problems problems = problemsOfNode(refusal.operation, refusal.inputs, refusal.prepare, refusal.opset);
+    const Faults faults = faultsOfNode(refusal.operation, refusal.inputs, refusal.prepare, refusal.opset);
     EXPECT_THAT(
-        problems, ElementsAre("operation '" + std::string(refusal.operation) + "' of node 'node': " + refusal.reason));
+        faults, ElementsAre("operation '" + std::string(refusal.operation) + "' of node 'node': " + refusal.reason));
 }
 
 INSTANTIATE_TEST_SUITE_P(Nodes, Refused, testing::ValuesIn(refusals), [](const auto& one) { return one.param.what; });

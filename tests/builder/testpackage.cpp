@@ -23,11 +23,10 @@ TestPackage::TestPackage()
 void TestPackage::writeEngine(const ModelMaker& model, const QString& name, int minimumWidth, int maximumWidth) const
 {
     const std::string bytes = model.bytes();
-    scribo::builder::Problems problems;
-    const auto network = scribo::builder::buildNetwork(
-        bytes.data(), bytes.size(), {{minimumWidth, maximumWidth}, "small.onnx"}, &problems);
-    ASSERT_TRUE(network) << testing::PrintToString(problems);
-    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(*network);
+    const auto network
+        = scribo::builder::buildNetwork(bytes.data(), bytes.size(), {{minimumWidth, maximumWidth}, "small.onnx"});
+    ASSERT_TRUE(network) << testing::PrintToString(network.error());
+    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(**network);
     writeFile(name, QByteArray(reinterpret_cast<const char*>(engine.data()), static_cast<int>(engine.size())));
 }
 

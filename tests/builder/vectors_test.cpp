@@ -41,11 +41,10 @@ std::vector<std::string> folderNames(const fs::path& folder, const std::string& 
 TensorT readTensorFile(const fs::path& path)
 {
     onnx::TensorProto proto;
-    TensorT tensor;
-    std::string error;
     EXPECT_TRUE(proto.ParseFromString(readFile(path))) << path;
-    EXPECT_TRUE(scribo::builder::readTensor(proto, &tensor, &error)) << path << error;
-    return tensor;
+    const auto tensor = scribo::builder::readTensor(proto);
+    EXPECT_TRUE(tensor) << path << tensor.error().message;
+    return tensor.value_or(TensorT());
 }
 
 /// The folder of the models: the ones of the source tree, or the ones that property_test.py has drawn.
@@ -109,23 +108,20 @@ TEST_P(Vectors, EqualPyTorch)
     const std::vector<DataSet> dataSets = readDataSets(folder);
     ASSERT_FALSE(dataSets.empty());
     const std::string model = readFile(folder / "model.onnx");
-    scribo::builder::Problems problems;
-    const auto network
-        = scribo::builder::buildNetwork(model.data(), model.size(), {widthsOf(dataSets), "model.onnx"}, &problems);
-    ASSERT_TRUE(network) << testing::PrintToString(problems);
-    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(*network);
+    const auto network = scribo::builder::buildNetwork(model.data(), model.size(), {widthsOf(dataSets), "model.onnx"});
+    ASSERT_TRUE(network) << testing::PrintToString(network.error());
+    const std::vector<std::uint8_t> engine = scribo::format::writeEngine(**network);
     scribo::tool::EngineRunner runner;
-    QString error;
-    ASSERT_TRUE(runner.load(engine.data(), engine.size(), &error)) << error.toStdString();
+    const auto loaded = runner.load(engine.data(), engine.size());
+    ASSERT_TRUE(loaded) << loaded.error().message;
     for (const DataSet& set : dataSets) {
         SCOPED_TRACE("width " + std::to_string(set.width()));
-        std::vector<scribo::tool::RunOutput> outputs;
-        ASSERT_TRUE(runner.run(set.width(), scribo::builder::floatValues(set.input), &outputs, &error))
-            << error.toStdString();
-        ASSERT_EQ(outputs.size(), set.outputs.size());
-        for (std::size_t i = 0; i < outputs.size(); ++i) {
-            ASSERT_EQ(outputs[i].extents, set.outputs[i].dims);
-            EXPECT_LE(largestDifference(outputs[i].values, scribo::builder::floatValues(set.outputs[i])), 1e-4);
+        const auto outputs = runner.run(set.width(), scribo::builder::floatValues(set.input));
+        ASSERT_TRUE(outputs) << outputs.error().message;
+        ASSERT_EQ(outputs->size(), set.outputs.size());
+        for (std::size_t i = 0; i < outputs->size(); ++i) {
+            ASSERT_EQ((*outputs)[i].extents, set.outputs[i].dims);
+            EXPECT_LE(largestDifference((*outputs)[i].values, scribo::builder::floatValues(set.outputs[i])), 1e-4);
         }
     }
 }

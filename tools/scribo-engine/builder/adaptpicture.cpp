@@ -44,19 +44,17 @@ std::vector<float> channelWeights(Channels channels, std::size_t count)
     return weights;
 }
 
-std::optional<Mixture> mixture(const PictureOptions& options, std::size_t channels, std::string* problem)
+Result<Mixture> mixture(const PictureOptions& options, std::size_t channels)
 {
     const bool grey = options.channels == Channels::Grey;
     const std::size_t wanted = grey ? 1 : 3;
     if (channels != wanted) {
-        *problem = "has " + std::to_string(channels) + " channels, not the " + std::to_string(wanted) + " of "
-            + (grey ? "a grey picture" : "a picture in colour");
-        return std::nullopt;
+        return failure("has " + std::to_string(channels) + " channels, not the " + std::to_string(wanted) + " of "
+            + (grey ? "a grey picture" : "a picture in colour"));
     }
     if (options.ranges.size() != 1 && options.ranges.size() != channels) {
-        *problem = "has " + std::to_string(channels) + " channels, but " + std::to_string(options.ranges.size())
-            + " ranges of values are given";
-        return std::nullopt;
+        return failure("has " + std::to_string(channels) + " channels, but " + std::to_string(options.ranges.size())
+            + " ranges of values are given");
     }
     Mixture mixture = {grey ? 3 : channels, channels, channelWeights(options.channels, channels), {}};
     for (std::size_t i = 0; i < channels; ++i) {
@@ -145,18 +143,16 @@ void prepend(NetworkT& network, const Mixture& mixture)
 
 } // namespace
 
-bool adaptPicture(NetworkT& network, const PictureOptions& options, Problems* problems)
+Result<void> adaptPicture(NetworkT& network, const PictureOptions& options)
 {
     if (isDefault(options)) {
-        return true;
+        return {};
     }
     const int input = network.inputs.front();
     TensorT& picture = *network.tensors[static_cast<std::size_t>(input)];
-    std::string problem;
-    const auto mix = mixture(options, static_cast<std::size_t>(picture.dims[1]), &problem);
+    const auto mix = mixture(options, static_cast<std::size_t>(picture.dims[1]));
     if (!mix) {
-        problems->push_back("input '" + picture.name + "' " + problem);
-        return false;
+        return failure("input '" + picture.name + "' " + mix.error().message);
     }
     std::vector<OperationT*> readers;
     for (const auto& operation : network.operations) {
@@ -166,13 +162,13 @@ bool adaptPicture(NetworkT& network, const PictureOptions& options, Problems* pr
     }
     if (!std::all_of(readers.begin(), readers.end(), [&](const auto* one) { return absorbs(network, *one, *mix); })) {
         prepend(network, *mix);
-        return true;
+        return {};
     }
     for (OperationT* reader : readers) {
         absorb(network, *reader, *mix);
     }
     network.tensors[static_cast<std::size_t>(input)]->dims[1] = static_cast<std::int64_t>(mix->from);
-    return true;
+    return {};
 }
 
 } // namespace scribo::builder

@@ -35,9 +35,9 @@ bool isDefault(const ScoreOptions& options)
 class OutputEnd
 {
 public:
-    OutputEnd(NetworkT& edited, int& outputIndex)
-        : network(edited)
-        , output(outputIndex)
+    OutputEnd(NetworkT& network, int& output)
+        : network(network)
+        , output(output)
     {
     }
 
@@ -72,33 +72,31 @@ TensorT blankFirst(std::int64_t classes)
 
 } // namespace
 
-bool adaptScores(NetworkT& network, const ScoreOptions& options, const WidthRange& widths, Problems* problems)
+Checked<void> adaptScores(NetworkT& network, const ScoreOptions& options, const WidthRange& widths)
 {
     if (isDefault(options)) {
-        return true;
+        return {};
     }
     const auto order = permutation(options.layout);
     if (!order) {
-        problems->push_back("layout '" + options.layout + "' is not made of t (steps), n (batch) and k (classes)");
-        return false;
+        return faulty(Faults{"layout '" + options.layout + "' is not made of t (steps), n (batch) and k (classes)"});
     }
-    Profile profile;
-    std::string error;
-    if (!profileNetwork(network, widths, &profile, &error)) {
-        problems->push_back(error);
-        return false;
+    const Result<Profile> profile = profileNetwork(network, widths);
+    if (!profile) {
+        return faulty(profile.error());
     }
+    Faults faults;
     for (int& output : network.outputs) {
         const std::string title = "output '" + network.tensors[static_cast<std::size_t>(output)]->name + "' ";
-        const Extents extents = profile[static_cast<std::size_t>(output)].extents;
+        const Extents extents = (*profile)[static_cast<std::size_t>(output)].extents;
         if (extents.size() != order->size()) {
-            problems->push_back(
+            faults.push_back(
                 title + "has " + std::to_string(extents.size()) + " dimensions; steps, batch and classes are three");
             continue;
         }
         const std::int64_t classes = extents[static_cast<std::size_t>((*order)[classAxis])];
         if (classes < 1) {
-            problems->push_back(title + "has a number of classes that depends on the width");
+            faults.push_back(title + "has a number of classes that depends on the width");
             continue;
         }
         OutputEnd end(network, output);
@@ -114,7 +112,10 @@ bool adaptScores(NetworkT& network, const ScoreOptions& options, const WidthRang
             end.append(format::SoftmaxT());
         }
     }
-    return problems->empty();
+    if (!faults.empty()) {
+        return faulty(std::move(faults));
+    }
+    return {};
 }
 
 } // namespace scribo::builder

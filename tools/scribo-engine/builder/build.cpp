@@ -13,35 +13,48 @@ namespace scribo::builder {
 
 namespace {
 
-bool checkWidths(const WidthRange& widths, Problems* problems)
+Result<void> checkWidths(const WidthRange& widths)
 {
     if (widths.minimum >= 1 && widths.minimum <= widths.maximum && widths.maximum <= largestWidth) {
-        return true;
+        return {};
     }
-    problems->push_back("widths from " + std::to_string(widths.minimum) + " to " + std::to_string(widths.maximum)
+    return failure("widths from " + std::to_string(widths.minimum) + " to " + std::to_string(widths.maximum)
         + " make no sense; the smallest must be at least 1, the largest not below it and at most "
         + std::to_string(largestWidth));
-    return false;
+}
+
+/// The network as it was trained.
+Checked<std::unique_ptr<NetworkT>> importModel(const void* bytes, std::size_t size, const BuildOptions& options)
+{
+    const Result<onnx::ModelProto> model = parseModel(bytes, size);
+    if (!model) {
+        return faulty(model.error());
+    }
+    const Result<int> opset = operationSet(*model);
+    if (!opset) {
+        return faulty(opset.error());
+    }
+    return Importer(model->graph(), *opset, importTable(), options.widths, options.picture.height).run();
 }
 
 /// Folds until nothing changes: a folded shape is a constant, from which more can be worked out.
-bool foldAll(NetworkT& network, const WidthRange& widths, std::string* error)
+Result<void> foldAll(NetworkT& network, const WidthRange& widths)
 {
     bool changed = true;
     while (changed) {
         removeDead(network);
-        Profile profile;
-        if (!profileNetwork(network, widths, &profile, error)) {
-            return false;
+        const Result<Profile> profile = profileNetwork(network, widths);
+        if (!profile) {
+            return failure(profile.error().message);
         }
-        changed = composeLayerNormalisation(network, profile);
-        changed |= simplifyScalars(network, profile);
-        changed |= foldShapes(network, profile);
+        changed = composeLayerNormalisation(network, *profile);
+        changed |= simplifyScalars(network, *profile);
+        changed |= foldShapes(network, *profile);
         changed |= foldConstants(network);
         changed |= hoistTransposes(network);
         changed |= removeIdentities(network);
     }
-    return true;
+    return {};
 }
 
 void fuseAll(NetworkT& network)
@@ -61,79 +74,75 @@ void fuseAll(NetworkT& network)
     removeDead(network);
 }
 
-/// Checks that every weight is a number: one that is not, from a training that went wrong, would spoil some readings
-/// and leave others. Infinite ones are in use, as masks.
-bool checkWeights(const NetworkT& network, Problems* problems)
+/// A fault for every constant with a weight that is not a number. After a training that went wrong, such a weight
+/// spoils some readings and leaves others. Infinite weights are in use, as masks.
+Faults faultsOfWeights(const NetworkT& network)
 {
+    Faults faults;
     for (const auto& tensor : network.tensors) {
         if (!isConstant(*tensor) || tensor->type != format::ElementType::Float32) {
             continue;
         }
         const std::vector<float> values = floatValues(*tensor);
         if (std::any_of(values.begin(), values.end(), [](float value) { return std::isnan(value); })) {
-            problems->push_back("constant '" + tensor->name + "' holds a value that is not a number");
+            faults.push_back("constant '" + tensor->name + "' holds a value that is not a number");
         }
     }
-    return problems->empty();
+    return faults;
 }
 
-/// Writes the extents of the outputs, and checks that each hangs on the picture.
-bool finishOutputs(NetworkT& network, const WidthRange& widths, Problems* problems)
+/// Writes the extents of the outputs. A fault for each output that does not depend on the picture.
+Faults finishOutputs(NetworkT& network, const WidthRange& widths)
 {
-    Profile profile;
-    std::string error;
-    if (!profileNetwork(network, widths, &profile, &error)) {
-        problems->push_back(error);
-        return false;
+    const Result<Profile> profile = profileNetwork(network, widths);
+    if (!profile) {
+        return {profile.error().message};
     }
+    Faults faults;
     for (int output : network.outputs) {
         TensorT& tensor = *network.tensors[static_cast<std::size_t>(output)];
         if (isConstant(tensor)) {
-            problems->push_back("output '" + tensor.name + "' is not computed from the picture");
+            faults.push_back("output '" + tensor.name + "' is not computed from the picture");
         }
-        tensor.dims = profile[static_cast<std::size_t>(output)].extents;
+        tensor.dims = (*profile)[static_cast<std::size_t>(output)].extents;
     }
-    return problems->empty();
+    return faults;
 }
 
 } // namespace
 
-std::unique_ptr<format::NetworkT> buildNetwork(
-    const void* bytes, std::size_t size, const BuildOptions& options, Problems* problems)
+Checked<std::unique_ptr<format::NetworkT>> buildNetwork(
+    const void* bytes, std::size_t size, const BuildOptions& options)
 {
-    onnx::ModelProto model;
-    std::string error;
-    if (!checkWidths(options.widths, problems)) {
-        return nullptr;
+    if (const Result<void> possible = checkWidths(options.widths); !possible) {
+        return faulty(possible.error());
     }
-    if (!parseModel(bytes, size, &model, &error)) {
-        problems->push_back(error);
-        return nullptr;
+    auto imported = importModel(bytes, size, options);
+    if (!imported) {
+        return imported;
     }
-    const int opset = operationSet(model, &error);
-    if (opset == 0) {
-        problems->push_back(error);
-        return nullptr;
+    NetworkT& network = **imported;
+    if (const Result<void> adapted = adaptPicture(network, options.picture); !adapted) {
+        return faulty(adapted.error());
     }
-    std::unique_ptr<NetworkT> network
-        = Importer(model.graph(), opset, importTable(), options.widths, options.picture.height, problems).run();
-    if (!network || !adaptPicture(*network, options.picture, problems)
-        || !adaptScores(*network, options.scores, options.widths, problems)) {
-        return nullptr;
+    if (Checked<void> adapted = adaptScores(network, options.scores, options.widths); !adapted) {
+        return faulty(std::move(adapted.error()));
     }
-    if (!foldAll(*network, options.widths, &error)) {
-        problems->push_back(error);
-        return nullptr;
+    if (const Result<void> folded = foldAll(network, options.widths); !folded) {
+        return faulty(folded.error());
     }
-    fuseAll(*network);
-    if (!checkWeights(*network, problems) || !finishOutputs(*network, options.widths, problems)) {
-        return nullptr;
+    fuseAll(network);
+    if (Faults faults = faultsOfWeights(network); !faults.empty()) {
+        return faulty(std::move(faults));
     }
-    network->minimum_width = options.widths.minimum;
-    network->maximum_width = options.widths.maximum;
-    network->builder = "scribo-engine " SCRIBO_VERSION;
-    network->source = options.source;
-    return network;
+    if (Faults faults = finishOutputs(network, options.widths); !faults.empty()) {
+        return faulty(std::move(faults));
+    }
+    network.minimum_width = options.widths.minimum;
+    network.maximum_width = options.widths.maximum;
+    network.builder = "scribo-engine " SCRIBO_VERSION;
+    network.source = options.source;
+    return imported;
 }
 
 } // namespace scribo::builder

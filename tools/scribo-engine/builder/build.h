@@ -1,7 +1,9 @@
 #pragma once
 
 #include "buildoptions.h"
-#include "onnxnode.h"
+#include "faults.h"
+
+#include "engine_generated.h"
 
 #include <cstddef>
 #include <memory>
@@ -9,9 +11,9 @@
 namespace scribo::builder {
 
 /// The network of the ONNX model in the `size` bytes at `bytes`, folded, fused and with its shapes
-/// checked at every width of the options. Null, with a sentence for everything that stands in the
-/// way in `problems`, when there is none. Throws nothing but std::bad_alloc.
-std::unique_ptr<format::NetworkT> buildNetwork(
-    const void* bytes, std::size_t size, const BuildOptions& options, Problems* problems);
+/// checked at every width of the options; or everything in the model that stands in the way. Throws
+/// nothing but std::bad_alloc.
+Checked<std::unique_ptr<format::NetworkT>> buildNetwork(
+    const void* bytes, std::size_t size, const BuildOptions& options);
 
 } // namespace scribo::builder

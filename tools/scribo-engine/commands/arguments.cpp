@@ -1,11 +1,13 @@
 #include "arguments.h"
 
+#include "resulttext.h"
+
 namespace scribo::tool {
 
-Arguments::Arguments(const char* name, const char* text, const char* file)
-    : command(name)
-    , help(text)
-    , wantedFile(file)
+Arguments::Arguments(const char* command, const char* help, const char* wantedFile)
+    : command(command)
+    , help(help)
+    , wantedFile(wantedFile)
 {
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, {}});
 }
@@ -33,15 +35,19 @@ std::optional<ExitCode> Arguments::read(const QStringList& arguments, Streams st
     return std::nullopt;
 }
 
-std::optional<int> Arguments::number(const QString& option, Streams streams) const
+Result<int> Arguments::number(const QString& option) const
 {
     bool isNumber = false;
     const int result = value(option).toInt(&isNumber);
     if (!isNumber) {
-        wrongUsage(QStringLiteral("--%1 needs a whole number, not '%2'").arg(option, value(option)), streams);
-        return std::nullopt;
+        return failure(QStringLiteral("--%1 needs a whole number, not '%2'").arg(option, value(option)));
     }
     return result;
+}
+
+ExitCode Arguments::wrongUsage(const Error& error, Streams streams) const
+{
+    return wrongUsage(textOf(error), streams);
 }
 
 ExitCode Arguments::wrongUsage(const QString& reason, Streams streams) const

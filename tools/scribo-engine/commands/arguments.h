@@ -12,8 +12,8 @@ namespace scribo::tool {
 class Arguments
 {
 public:
-    /// `help` is what --help shows; `file` says what the command works on ("MODEL.onnx").
-    Arguments(const char* command, const char* help, const char* file);
+    /// `help` is what --help shows; `wantedFile` says what the command works on ("MODEL.onnx").
+    Arguments(const char* command, const char* help, const char* wantedFile);
 
     void addOption(const QCommandLineOption& option) { parser.addOption(option); }
 
@@ -26,10 +26,11 @@ public:
     bool isSet(const QString& option) const { return parser.isSet(option); }
     QString value(const QString& option) const { return parser.value(option); }
     QStringList values(const QString& option) const { return parser.values(option); }
-    /// The value as a whole number; nothing, told to the streams, when it is none.
-    std::optional<int> number(const QString& option, Streams streams) const;
+    /// The value as a whole number; the error says that it is none.
+    Result<int> number(const QString& option) const;
 
     /// Tells the streams what is wrong with how the command was called.
+    ExitCode wrongUsage(const Error& error, Streams streams) const;
     ExitCode wrongUsage(const QString& reason, Streams streams) const;
 
 private:

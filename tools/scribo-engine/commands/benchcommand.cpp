@@ -2,6 +2,7 @@
 #include "enginereport.h"
 #include "enginerunner.h"
 #include "loadedengine.h"
+#include "resulttext.h"
 #include "text.h"
 #include "tool.h"
 
@@ -45,25 +46,32 @@ QList<int> usualWidths(const format::Network& network)
     return widths.isEmpty() ? QList<int>{network.minimum_width(), network.maximum_width()} : widths;
 }
 
-/// The widths asked for, or the usual ones. Empty, told to the streams, when one cannot be timed.
-QList<int> widthsToTime(const Arguments& command, const format::Network& network, Streams streams)
+/// The widths asked for, or the usual ones; an error when one cannot be timed.
+Result<QList<int>> widthsToTime(const Arguments& command, const format::Network& network)
 {
     QList<int> widths;
     for (const QString& text : command.values(QStringLiteral("width"))) {
         bool isNumber = false;
         const int width = text.toInt(&isNumber);
         if (!isNumber || width < network.minimum_width() || width > network.maximum_width()) {
-            command.wrongUsage(
-                QStringLiteral("--width needs a whole number from %1 to %2, the engine's widths, not '%3'")
-                    .arg(network.minimum_width())
-                    .arg(network.maximum_width())
-                    .arg(text),
-                streams);
-            return {};
+            return failure(QStringLiteral("--width needs a whole number from %1 to %2, the engine's widths, not '%3'")
+                               .arg(network.minimum_width())
+                               .arg(network.maximum_width())
+                               .arg(text));
         }
         widths << width;
     }
     return widths.isEmpty() ? usualWidths(network) : widths;
+}
+
+/// The runs of each width; an error when there cannot be so many.
+Result<int> runsOf(const Arguments& command)
+{
+    const Result<int> runs = command.number(QStringLiteral("runs"));
+    if (runs && (*runs < 1 || *runs > maximumRuns)) {
+        return failure(QStringLiteral("--runs must lie between 1 and %1").arg(maximumRuns));
+    }
+    return runs;
 }
 
 /// A row for each operation that takes any time, in the order in which they run.
@@ -84,78 +92,66 @@ QString profileTable(const EngineReport& report, const std::vector<double>& spen
     return table(rows);
 }
 
-/// Times all widths. False, with a sentence in `error`, when one cannot be planned.
-bool timeWidths(cpu::EngineTimer* timer, const EngineReport* report, const QList<int>& widths, int runs, QString* text,
-    QString* error)
+/// The times of all widths as tables, with profiles where there is a report; an error when a width cannot be planned.
+Result<QString> timesOf(cpu::EngineTimer& timer, const EngineReport* report, const QList<int>& widths, int runs)
 {
     QList<QStringList> rows = {{"width", "first run", "median", "best", "two threads", "choice", "plan"}};
     QString profiles;
     for (int width : widths) {
-        const Result<cpu::WidthTimes> timed = timer->time(width, runs);
-        if (!timed) {
-            *error = QString::fromStdString(timed.error().message);
-            return false;
+        const Result<cpu::WidthTimes> times = timer.time(width, runs);
+        if (!times) {
+            return tl::unexpected<Error>(times.error());
         }
-        const cpu::WidthTimes& times = *timed;
-        rows << QStringList{QString::number(width), millisecondsText(times.first), millisecondsText(times.median),
-            millisecondsText(times.best), times.helped > 0 ? millisecondsText(times.helped) : QStringLiteral("-"),
-            countText(static_cast<std::size_t>(times.threads), "thread"), bytesText(times.planBytes)};
+        rows << QStringList{QString::number(width), millisecondsText(times->first), millisecondsText(times->median),
+            millisecondsText(times->best), times->helped > 0 ? millisecondsText(times->helped) : QStringLiteral("-"),
+            countText(static_cast<std::size_t>(times->threads), "thread"), bytesText(times->planBytes)};
         if (report) {
-            profiles += QStringLiteral("\nwidth %1\n").arg(width) + profileTable(*report, timer->profile(runs));
+            profiles += QStringLiteral("\nwidth %1\n").arg(width) + profileTable(*report, timer.profile(runs));
         }
     }
-    *text = table(rows) + profiles;
-    return true;
-}
-
-ExitCode fail(Streams streams, const QString& file, const QString& error)
-{
-    streams.err << file.toStdString() << ": " << error.toStdString() << "\n";
-    return Failure;
+    return table(rows) + profiles;
 }
 
 } // namespace
 
 ExitCode benchCommand(const QStringList& arguments, Streams streams)
 {
-    const QString runs = QStringLiteral("runs");
     const QString profile = QStringLiteral("profile");
     Arguments command("bench", help, "ENGINE.trt");
     command.addOption({QStringLiteral("width"), {}, QStringLiteral("W")});
-    command.addOption({runs, {}, QStringLiteral("N"), QStringLiteral("100")});
+    command.addOption({QStringLiteral("runs"), {}, QStringLiteral("N"), QStringLiteral("100")});
     command.addOption(QCommandLineOption(profile));
     if (const auto over = command.read(arguments, streams)) {
         return *over;
     }
-    const std::optional<int> count = command.number(runs, streams);
+    const Result<int> count = runsOf(command);
     if (!count) {
-        return WrongUsage;
+        return command.wrongUsage(count.error(), streams);
     }
-    if (*count < 1 || *count > maximumRuns) {
-        return command.wrongUsage(QStringLiteral("--runs must lie between 1 and %1").arg(maximumRuns), streams);
+    const Result<LoadedEngine> engine = LoadedEngine::read(command.file());
+    if (!engine) {
+        return failed(streams, command.file(), engine.error());
     }
-    LoadedEngine engine;
-    EngineReport report;
+    const Result<EngineReport> report = describeEngine(engine->network());
+    if (!report) {
+        return failed(streams, command.file(), report.error());
+    }
     cpu::EngineTimer timer(testPicture);
-    QString error;
-    if (!engine.read(command.file(), &error) || !describeEngine(engine.network(), &report, &error)) {
-        return fail(streams, command.file(), error);
+    if (const Result<void> loaded = timer.load(engine->file().data(), engine->file().size()); !loaded) {
+        return failed(streams, command.file(), loaded.error());
     }
-    if (const Result<void> loaded = timer.load(engine.file().data(), engine.file().size()); !loaded) {
-        return fail(streams, command.file(), QString::fromStdString(loaded.error().message));
+    const Result<QList<int>> widths = widthsToTime(command, engine->network());
+    if (!widths) {
+        return command.wrongUsage(widths.error(), streams);
     }
-    const QList<int> widths = widthsToTime(command, engine.network(), streams);
-    if (widths.isEmpty()) {
-        return WrongUsage;
-    }
-    QString text;
-    if (!timeWidths(&timer, command.isSet(profile) ? &report : nullptr, widths, *count, &text, &error)) {
-        return fail(streams, command.file(), error);
+    const Result<QString> text = timesOf(timer, command.isSet(profile) ? &*report : nullptr, *widths, *count);
+    if (!text) {
+        return failed(streams, command.file(), text.error());
     }
     streams.out << command.file().toStdString() << ": loaded in " << millisecondsText(timer.loadTime()).toStdString()
                 << "; " << bytesText(timer.weightBytes()).toStdString() << " of weights in the kernels' order; "
                 << countText(static_cast<std::size_t>(*count), "run").toStdString() << " a width\n\n"
-                << text.toStdString();
+                << text->toStdString();
     return Success;
 }
 

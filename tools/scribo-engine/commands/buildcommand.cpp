@@ -1,7 +1,6 @@
 #include "arguments.h"
 #include "enginemaker.h"
 #include "modeloptions.h"
-#include "resulttext.h"
 #include "samefile.h"
 #include "text.h"
 #include "tool.h"
@@ -26,34 +25,24 @@ and a dynamic width, as PyTorch exports it with dynamic_axes; opsets 7 to 21 are
 Everything in the model that is not supported is listed.
 )";
 
-ExitCode fail(Streams streams, const QString& path, const QStringList& reasons)
-{
-    for (const QString& reason : reasons) {
-        streams.err << path.toStdString() << ": " << reason.toStdString() << "\n";
-    }
-    return Failure;
-}
-
 ExitCode build(const QString& model, const QString& output, const builder::BuildOptions& options, Streams streams)
 {
     QElapsedTimer timer;
     timer.start();
-    QString error;
-    FileBytes file;
-    if (!file.read(model, &error)) {
-        return fail(streams, model, {error});
+    const Result<FileBytes> file = FileBytes::read(model);
+    if (!file) {
+        return failed(streams, model, file.error());
     }
-    MadeEngine engine;
-    QStringList problems;
-    if (!makeEngine(file, options, &engine, &problems)) {
-        return fail(streams, model, problems);
+    const Checked<MadeEngine> engine = makeEngine(*file, options);
+    if (!engine) {
+        return failed(streams, model, engine.error());
     }
-    if (const auto saved = writeWholeFile(output, engine.bytes.data(), engine.bytes.size()); !saved) {
-        return fail(streams, output, {textOf(saved.error())});
+    if (const auto saved = writeWholeFile(output, engine->bytes.data(), engine->bytes.size()); !saved) {
+        return failed(streams, output, saved.error());
     }
     const QString summary
         = QStringLiteral("%1: %2, %3, widths %4 to %5, built in %6 s\n")
-              .arg(output, bytesText(engine.bytes.size()), countText(engine.network->operations.size(), "operation"))
+              .arg(output, bytesText(engine->bytes.size()), countText(engine->network->operations.size(), "operation"))
               .arg(options.widths.minimum)
               .arg(options.widths.maximum)
               .arg(static_cast<double>(timer.elapsed()) / 1000, 0, 'f', 1);
@@ -79,8 +68,9 @@ ExitCode buildCommand(const QStringList& arguments, Streams streams)
     if (isSameFile(command.file(), command.value(output))) {
         return command.wrongUsage(QStringLiteral("-o names the model itself, which the engine would replace"), streams);
     }
-    const std::optional<builder::BuildOptions> options = readModelOptions(command, streams);
-    return options ? build(command.file(), command.value(output), *options, streams) : WrongUsage;
+    const Result<builder::BuildOptions> options = readModelOptions(command);
+    return options ? build(command.file(), command.value(output), *options, streams)
+                   : command.wrongUsage(options.error(), streams);
 }
 
 } // namespace scribo::tool

@@ -4,6 +4,8 @@
 #include "text.h"
 #include "tool.h"
 
+#include "format/enginefile.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -113,17 +115,18 @@ ExitCode inspectCommand(const QStringList& arguments, Streams streams)
     if (const auto over = command.read(arguments, streams)) {
         return *over;
     }
-    LoadedEngine engine;
-    EngineReport report;
-    QString error;
-    if (!engine.read(command.file(), &error) || !describeEngine(engine.network(), &report, &error)) {
-        streams.err << command.file().toStdString() << ": " << error.toStdString() << "\n";
-        return Failure;
+    const Result<LoadedEngine> engine = LoadedEngine::read(command.file());
+    if (!engine) {
+        return failed(streams, command.file(), engine.error());
+    }
+    const Result<EngineReport> report = describeEngine(engine->network());
+    if (!report) {
+        return failed(streams, command.file(), report.error());
     }
     if (command.isSet(QStringLiteral("json"))) {
-        streams.out << QJsonDocument(asJson(report, engine, command.file())).toJson().toStdString();
+        streams.out << QJsonDocument(asJson(*report, *engine, command.file())).toJson().toStdString();
     } else {
-        streams.out << asText(report, engine, command.file()).toStdString();
+        streams.out << asText(*report, *engine, command.file()).toStdString();
     }
     return Success;
 }

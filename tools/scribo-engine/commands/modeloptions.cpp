@@ -1,9 +1,11 @@
 #include "modeloptions.h"
 
+#include "resulttext.h"
+
 #include <QFileInfo>
 
-#include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace scribo::tool {
 
@@ -27,7 +29,7 @@ namespace {
 
 const QString layoutOption = QStringLiteral("layout");
 
-/// One of the words that an option knows; nothing, told to the streams, for another one.
+/// One of the words that an option knows.
 template <class Value>
 struct Word
 {
@@ -36,8 +38,7 @@ struct Word
 };
 
 template <class Value, std::size_t count>
-std::optional<Value> readWord(
-    const Arguments& command, const char* option, const Word<Value> (&words)[count], Streams streams)
+Result<Value> readWord(const Arguments& command, const char* option, const Word<Value> (&words)[count])
 {
     const QString given = command.value(QLatin1String(option));
     QStringList known;
@@ -47,10 +48,8 @@ std::optional<Value> readWord(
         }
         known << QLatin1String(word.text);
     }
-    command.wrongUsage(QStringLiteral("--%1 is one of %2, not '%3'")
-                           .arg(QLatin1String(option), known.join(QStringLiteral(", ")), given),
-        streams);
-    return std::nullopt;
+    return failure(QStringLiteral("--%1 is one of %2, not '%3'")
+                       .arg(QLatin1String(option), known.join(QStringLiteral(", ")), given));
 }
 
 std::optional<builder::ValueRange> readRange(const QString& text)
@@ -63,70 +62,75 @@ std::optional<builder::ValueRange> readRange(const QString& text)
     return possible ? std::optional(range) : std::nullopt;
 }
 
-bool readRanges(const Arguments& command, builder::PictureOptions* picture, Streams streams)
+Result<std::vector<builder::ValueRange>> readRanges(const Arguments& command)
 {
-    picture->ranges.clear();
-    const QString given = command.value(QStringLiteral("range"));
-    for (const QString& text : given.split(QLatin1Char(','))) {
+    std::vector<builder::ValueRange> ranges;
+    for (const QString& text : command.value(QStringLiteral("range")).split(QLatin1Char(','))) {
         const auto range = readRange(text);
         if (!range) {
-            command.wrongUsage(
-                QStringLiteral("--range needs BLACK:WHITE, two different numbers, not '%1'").arg(text), streams);
-            return false;
+            return failure(QStringLiteral("--range needs BLACK:WHITE, two different numbers, not '%1'").arg(text));
         }
-        picture->ranges.push_back(*range);
+        ranges.push_back(*range);
     }
-    return true;
+    return ranges;
 }
 
-bool readWidths(const Arguments& command, builder::WidthRange* widths, Streams streams)
+Result<builder::WidthRange> readWidths(const Arguments& command)
 {
-    const std::optional<int> minimum = command.number(QStringLiteral("min-width"), streams);
-    const std::optional<int> maximum = minimum ? command.number(QStringLiteral("max-width"), streams) : std::nullopt;
+    const Result<int> minimum = command.number(QStringLiteral("min-width"));
+    const Result<int> maximum = minimum ? command.number(QStringLiteral("max-width")) : minimum;
     if (!maximum) {
-        return false;
+        return tl::unexpected<Error>(maximum.error());
     }
     if (*minimum < 1 || *maximum < *minimum || *maximum > builder::largestWidth) {
-        command.wrongUsage(
-            QStringLiteral("widths go from 1 to %1, the smallest first").arg(builder::largestWidth), streams);
-        return false;
+        return failure(QStringLiteral("widths go from 1 to %1, the smallest first").arg(builder::largestWidth));
     }
-    *widths = {*minimum, *maximum};
-    return true;
+    return builder::WidthRange{*minimum, *maximum};
 }
 
-bool readPicture(const Arguments& command, builder::PictureOptions* picture, Streams streams)
+/// The height that the option gives; 0 without the option.
+Result<int> readHeight(const Arguments& command)
+{
+    const QString option = QStringLiteral("height");
+    if (!command.isSet(option)) {
+        return 0;
+    }
+    const Result<int> height = command.number(option);
+    if (height && (*height < 1 || *height > builder::largestWidth)) {
+        return failure(QStringLiteral("heights go from 1 to %1").arg(builder::largestWidth));
+    }
+    return height;
+}
+
+Result<builder::PictureOptions> readPicture(const Arguments& command)
 {
     constexpr Word<builder::Channels> orders[]
         = {{"rgb", builder::Channels::Rgb}, {"bgr", builder::Channels::Bgr}, {"grey", builder::Channels::Grey}};
-    if (command.isSet(QStringLiteral("height"))) {
-        const std::optional<int> height = command.number(QStringLiteral("height"), streams);
-        if (!height) {
-            return false;
-        }
-        if (*height < 1 || *height > builder::largestWidth) {
-            command.wrongUsage(QStringLiteral("heights go from 1 to %1").arg(builder::largestWidth), streams);
-            return false;
-        }
-        picture->height = *height;
+    const Result<int> height = readHeight(command);
+    if (!height) {
+        return tl::unexpected<Error>(height.error());
     }
-    const auto channels = readWord(command, "channels", orders, streams);
-    picture->channels = channels.value_or(builder::Channels::Rgb);
-    return channels && readRanges(command, picture, streams);
+    const auto channels = readWord(command, "channels", orders);
+    if (!channels) {
+        return tl::unexpected<Error>(channels.error());
+    }
+    return readRanges(command).map([&](std::vector<builder::ValueRange> ranges) {
+        return builder::PictureOptions{*height, *channels, std::move(ranges)};
+    });
 }
 
-bool readScores(const Arguments& command, builder::ScoreOptions* scores, Streams streams)
+Result<builder::ScoreOptions> readScores(const Arguments& command)
 {
     constexpr Word<const char*> layouts[]
         = {{"tnk", "tnk"}, {"tkn", "tkn"}, {"ntk", "ntk"}, {"nkt", "nkt"}, {"ktn", "ktn"}, {"knt", "knt"}};
     constexpr Word<bool> blanks[] = {{"first", false}, {"last", true}};
-    const auto layout = readWord(command, "layout", layouts, streams);
-    const auto blankLast = layout ? readWord(command, "blank", blanks, streams) : std::nullopt;
-    if (!blankLast) {
-        return false;
+    const auto layout = readWord(command, "layout", layouts);
+    if (!layout) {
+        return tl::unexpected<Error>(layout.error());
     }
-    *scores = {*layout, *blankLast, command.isSet(QStringLiteral("softmax"))};
-    return true;
+    return readWord(command, "blank", blanks).map([&](bool blankLast) {
+        return builder::ScoreOptions{*layout, blankLast, command.isSet(QStringLiteral("softmax"))};
+    });
 }
 
 } // namespace
@@ -144,13 +148,16 @@ void addModelOptions(Arguments* command)
     command->addOption({QStringLiteral("softmax"), {}});
 }
 
-std::optional<builder::BuildOptions> readModelOptions(const Arguments& command, Streams streams)
+Result<builder::BuildOptions> readModelOptions(const Arguments& command)
 {
     builder::BuildOptions options;
     options.source = QFileInfo(command.file()).fileName().toStdString();
-    const bool read = readWidths(command, &options.widths, streams) && readPicture(command, &options.picture, streams)
-        && readScores(command, &options.scores, streams);
-    return read ? std::optional(options) : std::nullopt;
+    const auto put = [](auto& place) { return [&place](auto value) { place = std::move(value); }; };
+    return readWidths(command)
+        .map(put(options.widths))
+        .and_then([&] { return readPicture(command).map(put(options.picture)); })
+        .and_then([&] { return readScores(command).map(put(options.scores)); })
+        .map([&] { return options; });
 }
 
 bool isLayoutGiven(const Arguments& command)

@@ -33,10 +33,10 @@ scribo-engine check does; nothing is written when it has a fault. A configuratio
 already and says something else is left alone, and refused.
 )";
 
-ExitCode fail(Streams streams, const QStringList& problems)
+ExitCode failed(Streams streams, const Faults& faults)
 {
-    for (const QString& problem : problems) {
-        streams.err << problem.toStdString() << "\n";
+    for (const std::string& fault : faults) {
+        streams.err << fault << "\n";
     }
     return Failure;
 }
@@ -54,37 +54,29 @@ PackageFiles filesIn(const QDir& folder, const QString& name)
     return {engine, splitModelFileName(engine)->configPath};
 }
 
-bool save(const MadePackage& package, const PackageFiles& files, QString* problem)
+/// The error begins with the path of the file that cannot be written.
+Result<void> save(const MadePackage& package, const PackageFiles& files)
 {
+    const auto naming = [](const QString& path) {
+        return [path](const Error& error) { return Error{path.toStdString() + ": " + error.message}; };
+    };
     const std::vector<std::uint8_t>& engine = package.engine.bytes;
-    const QByteArray& configuration = package.configuration;
     // The configuration first: without its engine it does nothing.
-    QString path = files.configuration;
-    Result<void> saved = writeWholeFile(path, configuration);
-    if (saved) {
-        path = files.engine;
-        saved = writeWholeFile(path, engine.data(), engine.size());
-    }
-    if (!saved) {
-        *problem = path + QStringLiteral(": ") + textOf(saved.error());
-    }
-    return saved.has_value();
+    return writeWholeFile(files.configuration, package.configuration)
+        .map_error(naming(files.configuration))
+        .and_then(
+            [&] { return writeWholeFile(files.engine, engine.data(), engine.size()).map_error(naming(files.engine)); });
 }
 
 /// Checks the package in a folder where no plug-in sees it.
-bool check(const MadePackage& package, const QString& name, PackageReport* report, QString* problem)
+Result<PackageReport> check(const MadePackage& package, const QString& name)
 {
     const QTemporaryDir trial;
     if (!trial.isValid()) {
-        *problem = trial.errorString();
-        return false;
+        return failure(trial.errorString());
     }
     const PackageFiles files = filesIn(QDir(trial.path()), name);
-    if (!save(package, files, problem)) {
-        return false;
-    }
-    *report = checkPackage(files.engine);
-    return true;
+    return save(package, files).map([&] { return checkPackage(files.engine); });
 }
 
 /// Whether the configuration may be written: it is new, or says the same already.
@@ -96,37 +88,34 @@ bool mayWrite(const QString& path, const QByteArray& content)
 
 ExitCode makeAndSave(const PackageSource& source, const QString& name, const QString& folder, Streams streams)
 {
-    MadePackage package;
-    QStringList problems;
-    PackageReport report;
-    QString problem;
-    if (!makePackage(source, &package, &problems)) {
-        return fail(streams, problems);
+    const Checked<MadePackage> package = makePackage(source);
+    if (!package) {
+        return failed(streams, package.error());
     }
-    if (!check(package, name, &report, &problem)) {
-        return fail(streams, {problem});
+    const Result<PackageReport> report = check(*package, name);
+    if (!report) {
+        return failed(streams, Faults{report.error().message});
     }
-    if (!report.faults.isEmpty()) {
-        return fail(streams, report.faults);
+    if (!report->faults.isEmpty()) {
+        return failed(streams, Faults{report->faults.join(QLatin1Char('\n')).toStdString()});
     }
     if (!QDir().mkpath(folder)) {
-        return fail(streams, {folder + QStringLiteral(": the folder cannot be made")});
+        return failed(streams, folder, Error{"the folder cannot be made"});
     }
     const PackageFiles files = filesIn(QDir(folder), name);
-    if (!mayWrite(files.configuration, package.configuration)) {
-        return fail(streams,
-            {files.configuration
-                + QStringLiteral(": it exists and says something else; remove it or take another name")});
+    if (!mayWrite(files.configuration, package->configuration)) {
+        return failed(
+            streams, files.configuration, Error{"it exists and says something else; remove it or take another name"});
     }
-    if (!save(package, files, &problem)) {
-        return fail(streams, {problem});
+    if (const Result<void> saved = save(*package, files); !saved) {
+        return failed(streams, Faults{saved.error().message});
     }
-    for (const QString& note : package.notes + report.warnings) {
+    for (const QString& note : package->notes + report->warnings) {
         streams.out << "note: " << note.toStdString() << "\n";
     }
     streams.out << files.configuration.toStdString() << "\n"
-                << files.engine.toStdString() << ": " << bytesText(package.engine.bytes.size()).toStdString() << ", "
-                << report.summary.toStdString() << "\n";
+                << files.engine.toStdString() << ": " << bytesText(package->engine.bytes.size()).toStdString() << ", "
+                << report->summary.toStdString() << "\n";
     return Success;
 }
 
@@ -162,9 +151,9 @@ ExitCode packageCommand(const QStringList& arguments, Streams streams)
             QStringLiteral("--name needs five pieces like ocr_printed_p1_1_v1, not '%1'").arg(command.value(name)),
             streams);
     }
-    const std::optional<builder::BuildOptions> options = readModelOptions(command, streams);
+    const Result<builder::BuildOptions> options = readModelOptions(command);
     if (!options) {
-        return WrongUsage;
+        return command.wrongUsage(options.error(), streams);
     }
     const PackageSource source = {command.file(), command.value(keys), *options, isLayoutGiven(command)};
     const PackageFiles files = filesIn(QDir(command.value(output)), command.value(name));

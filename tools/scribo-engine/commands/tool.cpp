@@ -71,6 +71,19 @@ ExitCode finish(ExitCode code, Streams streams)
 
 } // namespace
 
+ExitCode failed(Streams streams, const QString& path, const Faults& faults)
+{
+    for (const std::string& fault : faults) {
+        streams.err << path.toStdString() << ": " << fault << "\n";
+    }
+    return Failure;
+}
+
+ExitCode failed(Streams streams, const QString& path, const Error& error)
+{
+    return failed(streams, path, Faults{error.message});
+}
+
 ExitCode run(const QStringList& arguments, Streams streams) noexcept
 {
     try {

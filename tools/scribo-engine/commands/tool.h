@@ -1,5 +1,7 @@
 #pragma once
 
+#include "faults.h"
+
 #include <QStringList>
 
 #include <ostream>
@@ -18,6 +20,10 @@ struct Streams
 
 /// Runs `scribo-engine` with these arguments (the program's name left out). Never throws.
 ExitCode run(const QStringList& arguments, Streams streams) noexcept;
+
+/// Tells the streams what is wrong with the file at `path`, a line for each fault. For a command that ends so.
+ExitCode failed(Streams streams, const QString& path, const Faults& faults);
+ExitCode failed(Streams streams, const QString& path, const Error& error);
 
 /// The commands, with the arguments behind their names.
 ExitCode buildCommand(const QStringList& arguments, Streams streams);

@@ -67,46 +67,48 @@ OperationReport describeOperation(
     return report;
 }
 
-bool inferEnds(const format::Network& network, EndShapes* shapes, QString* error)
+Result<EndShapes> inferEnds(const format::Network& network)
 {
+    EndShapes shapes;
     std::string reason;
-    if (cpu::inferShapes(network, network.minimum_width(), &shapes->narrowest, &reason)
-        && cpu::inferShapes(network, network.maximum_width(), &shapes->widest, &reason)) {
-        return true;
+    if (!cpu::inferShapes(network, network.minimum_width(), &shapes.narrowest, &reason)
+        || !cpu::inferShapes(network, network.maximum_width(), &shapes.widest, &reason)) {
+        return failure(reason);
     }
-    *error = QString::fromStdString(reason);
-    return false;
+    return shapes;
 }
 
 } // namespace
 
-bool describeEngine(const format::Network& network, EngineReport* report, QString* error)
+Result<EngineReport> describeEngine(const format::Network& network)
 {
-    EndShapes shapes;
-    if (!inferEnds(network, &shapes, error)) {
-        return false;
+    const Result<EndShapes> found = inferEnds(network);
+    if (!found) {
+        return tl::unexpected<Error>(found.error());
     }
-    report->builder = text(network.builder());
-    report->source = text(network.source());
-    report->minimumWidth = network.minimum_width();
-    report->maximumWidth = network.maximum_width();
+    const EndShapes& shapes = *found;
+    EngineReport report;
+    report.builder = text(network.builder());
+    report.source = text(network.source());
+    report.minimumWidth = network.minimum_width();
+    report.maximumWidth = network.maximum_width();
     for (int input : *network.inputs()) {
-        report->bindings.push_back(describeBinding(network, input, true, shapes));
+        report.bindings.push_back(describeBinding(network, input, true, shapes));
     }
     for (int output : *network.outputs()) {
-        report->bindings.push_back(describeBinding(network, output, false, shapes));
+        report.bindings.push_back(describeBinding(network, output, false, shapes));
     }
     for (const format::Operation* operation : *network.operations()) {
-        report->operations.push_back(describeOperation(network, *operation, shapes));
-        report->multiplyAddsNarrowest += report->operations.back().multiplyAddsNarrowest;
-        report->multiplyAddsWidest += report->operations.back().multiplyAddsWidest;
+        report.operations.push_back(describeOperation(network, *operation, shapes));
+        report.multiplyAddsNarrowest += report.operations.back().multiplyAddsNarrowest;
+        report.multiplyAddsWidest += report.operations.back().multiplyAddsWidest;
     }
     for (const format::Tensor* tensor : *network.tensors()) {
         if (isWeight(*tensor)) {
-            report->weightCount += static_cast<std::int64_t>(tensor->constant()->size() / sizeof(float));
+            report.weightCount += static_cast<std::int64_t>(tensor->constant()->size() / sizeof(float));
         }
     }
-    return true;
+    return report;
 }
 
 } // namespace scribo::tool

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "result.h"
+
 #include "engine_generated.h"
 
 #include <QString>
@@ -47,7 +49,7 @@ struct EngineReport
     std::int64_t multiplyAddsWidest = 0;
 };
 
-/// Looks into `network`. False, with a sentence in `error`, when its shapes cannot be worked out.
-bool describeEngine(const format::Network& network, EngineReport* report, QString* error);
+/// Looks into `network`. An error when its shapes cannot be worked out.
+Result<EngineReport> describeEngine(const format::Network& network);
 
 } // namespace scribo::tool

@@ -8,41 +8,37 @@ namespace scribo::tool {
 
 namespace {
 
-bool prove(const std::vector<std::uint8_t>& engine, const builder::WidthRange& widths, QString* error)
+/// Runs the engine at both ends of its widths.
+Result<void> prove(const std::vector<std::uint8_t>& engine, const builder::WidthRange& widths)
 {
     EngineRunner runner;
-    if (!runner.load(engine.data(), engine.size(), error)) {
-        return false;
+    if (Result<void> loaded = runner.load(engine.data(), engine.size()); !loaded) {
+        return loaded;
     }
     for (int width : {widths.minimum, widths.maximum}) {
-        std::vector<RunOutput> outputs;
-        if (!runner.run(width, testPicture(runner.pictureSize(width)), &outputs, error)) {
-            *error = QStringLiteral("a trial run at width %1 failed: %2").arg(width).arg(*error);
-            return false;
+        if (const auto outputs = runner.run(width, testPicture(runner.pictureSize(width))); !outputs) {
+            return failure("a trial run at width " + std::to_string(width) + " failed: " + outputs.error().message);
         }
     }
-    return true;
+    return {};
 }
 
 } // namespace
 
-bool makeEngine(const FileBytes& model, const builder::BuildOptions& options, MadeEngine* made, QStringList* problems)
+Checked<MadeEngine> makeEngine(const FileBytes& model, const builder::BuildOptions& options)
 {
-    builder::Problems found;
-    made->network = builder::buildNetwork(model.data(), model.size(), options, &found);
-    if (!made->network) {
-        for (const std::string& problem : found) {
-            *problems << QString::fromStdString(problem);
-        }
-        return false;
+    auto network = builder::buildNetwork(model.data(), model.size(), options);
+    if (!network) {
+        return faulty(std::move(network.error()));
     }
-    made->bytes = format::writeEngine(*made->network);
-    QString error = QStringLiteral("its constants are too large for an engine file");
-    if (made->bytes.empty() || !prove(made->bytes, options.widths, &error)) {
-        *problems << error;
-        return false;
+    MadeEngine made = {format::writeEngine(**network), std::move(*network)};
+    if (made.bytes.empty()) {
+        return faulty(Faults{"its constants are too large for an engine file"});
     }
-    return true;
+    if (const Result<void> proved = prove(made.bytes, options.widths); !proved) {
+        return faulty(proved.error());
+    }
+    return made;
 }
 
 } // namespace scribo::tool

@@ -2,9 +2,8 @@
 
 #include "buildoptions.h"
 #include "engine_generated.h"
-#include "loadedengine.h"
-
-#include <QStringList>
+#include "faults.h"
+#include "filebytes.h"
 
 #include <cstdint>
 #include <memory>
@@ -19,9 +18,8 @@ struct MadeEngine
     std::unique_ptr<format::NetworkT> network;
 };
 
-/// Makes an engine from an ONNX model and runs it once at each end of its widths, so that none is
-/// made that the runtime would refuse. False, with a sentence for everything that stands in the way
-/// in `problems`, when there is none.
-bool makeEngine(const FileBytes& model, const builder::BuildOptions& options, MadeEngine* made, QStringList* problems);
+/// Makes an engine from an ONNX model and runs it once at each end of its widths, so that no engine is made that the
+/// runtime would refuse. The faults are everything that stands in the way.
+Checked<MadeEngine> makeEngine(const FileBytes& model, const builder::BuildOptions& options);
 
 } // namespace scribo::tool

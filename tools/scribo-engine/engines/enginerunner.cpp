@@ -18,21 +18,20 @@ std::size_t elements(const nvinfer1::Dims& dims)
 void EngineRunner::ComplaintLog::log(Severity severity, const char* message) noexcept
 {
     if (severity <= Severity::kERROR) {
-        text = QString::fromUtf8(message);
+        text = message;
     }
 }
 
-bool EngineRunner::load(const void* bytes, std::size_t size, QString* error)
+Result<void> EngineRunner::load(const void* bytes, std::size_t size)
 {
     runtime.reset(nvinfer1::createInferRuntime(log));
     engine.reset(runtime ? runtime->deserializeCudaEngine(bytes, size) : nullptr);
     context.reset(engine ? engine->createExecutionContext() : nullptr);
     if (!context || cudaStreamCreate(&stream) != cudaSuccess) {
-        *error = log.text;
-        return false;
+        return failure(log.text);
     }
     buffers.resize(static_cast<std::size_t>(engine->getNbBindings()));
-    return true;
+    return {};
 }
 
 std::size_t EngineRunner::pictureSize(int width) const
@@ -42,15 +41,14 @@ std::size_t EngineRunner::pictureSize(int width) const
     return elements(dims);
 }
 
-bool EngineRunner::run(int width, const std::vector<float>& picture, std::vector<RunOutput>* outputs, QString* error)
+Result<std::vector<RunOutput>> EngineRunner::run(int width, const std::vector<float>& picture)
 {
     log.text.clear();
-    outputs->clear();
-    if (execute(width, picture, outputs)) {
-        return true;
+    std::vector<RunOutput> outputs = prepare(width);
+    if (outputs.empty() || !execute(picture, outputs)) {
+        return failure(log.text.empty() ? "a copy to or from the runtime failed" : log.text);
     }
-    *error = log.text.isEmpty() ? QStringLiteral("a copy to or from the runtime failed") : log.text;
-    return false;
+    return outputs;
 }
 
 bool EngineRunner::growBuffer(std::size_t binding, std::size_t bytes)
@@ -63,30 +61,38 @@ bool EngineRunner::growBuffer(std::size_t binding, std::size_t bytes)
     return cudaMalloc(&buffer.memory, bytes) == cudaSuccess;
 }
 
-bool EngineRunner::execute(int width, const std::vector<float>& picture, std::vector<RunOutput>* outputs)
+std::vector<RunOutput> EngineRunner::prepare(int width)
 {
     nvinfer1::Dims dims = context->getBindingDimensions(0);
     dims.d[3] = width;
     if (!context->setBindingDimensions(0, dims)) {
-        return false;
+        return {};
     }
-    std::vector<void*> bindings;
+    std::vector<RunOutput> outputs;
     for (std::size_t binding = 0; binding < buffers.size(); ++binding) {
         const nvinfer1::Dims extents = context->getBindingDimensions(static_cast<std::int32_t>(binding));
         if (!growBuffer(binding, elements(extents) * sizeof(float))) {
-            return false;
+            return {};
         }
-        bindings.push_back(buffers[binding].memory);
         if (binding > 0) {
-            outputs->push_back({{extents.d, extents.d + extents.nbDims}, std::vector<float>(elements(extents))});
+            outputs.push_back({{extents.d, extents.d + extents.nbDims}, std::vector<float>(elements(extents))});
         }
+    }
+    return outputs;
+}
+
+bool EngineRunner::execute(const std::vector<float>& picture, std::vector<RunOutput>& outputs)
+{
+    std::vector<void*> bindings;
+    for (const Buffer& buffer : buffers) {
+        bindings.push_back(buffer.memory);
     }
     bool done
         = cudaMemcpyAsync(bindings[0], picture.data(), picture.size() * sizeof(float), cudaMemcpyHostToDevice, stream)
             == cudaSuccess
         && context->enqueueV2(bindings.data(), stream, nullptr) && cudaStreamSynchronize(stream) == cudaSuccess;
-    for (std::size_t i = 0; done && i < outputs->size(); ++i) {
-        std::vector<float>& values = (*outputs)[i].values;
+    for (std::size_t i = 0; done && i < outputs.size(); ++i) {
+        std::vector<float>& values = outputs[i].values;
         done = cudaMemcpyAsync(
                    values.data(), bindings[i + 1], values.size() * sizeof(float), cudaMemcpyDeviceToHost, stream)
             == cudaSuccess;

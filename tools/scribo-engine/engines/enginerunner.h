@@ -1,12 +1,13 @@
 #pragma once
 
-#include <NvInfer.h>
+#include "result.h"
 
-#include <QString>
+#include <NvInfer.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace scribo::tool {
@@ -22,16 +23,16 @@ struct RunOutput
 class EngineRunner
 {
 public:
-    /// Takes the engine in `size` bytes, which need not outlive the call. False, with what the
-    /// runtime said in `error`, when it refuses them.
-    bool load(const void* bytes, std::size_t size, QString* error);
+    /// Takes the engine in `size` bytes, which need not outlive the call. The error is what the runtime says of bytes
+    /// that it refuses.
+    Result<void> load(const void* bytes, std::size_t size);
 
     /// The number of values of a picture of `width` columns.
     std::size_t pictureSize(int width) const;
 
-    /// Runs the loaded engine on `picture` (channels x height x width). The outputs come in binding
-    /// order. False, with what the runtime said in `error`, when it refuses.
-    bool run(int width, const std::vector<float>& picture, std::vector<RunOutput>* outputs, QString* error);
+    /// Runs the loaded engine on `picture` (channels x height x width) and gives its outputs in binding order. The
+    /// error is what the runtime says when it refuses.
+    Result<std::vector<RunOutput>> run(int width, const std::vector<float>& picture);
 
 private:
     /// Keeps the runtime's last complaint.
@@ -40,10 +41,13 @@ private:
     public:
         void log(Severity severity, const char* message) noexcept override;
 
-        QString text;
+        std::string text;
     };
 
-    bool execute(int width, const std::vector<float>& picture, std::vector<RunOutput>* outputs);
+    /// Makes the buffers for this width; an empty list when that cannot be done, else an output without values for
+    /// each.
+    std::vector<RunOutput> prepare(int width);
+    bool execute(const std::vector<float>& picture, std::vector<RunOutput>& outputs);
     bool growBuffer(std::size_t binding, std::size_t bytes);
 
     /// Device memory of a binding. It stays the process's: the interface cannot release any.

@@ -1,39 +1,19 @@
 #pragma once
 
-#include "format/enginefile.h"
+#include "filebytes.h"
+
+#include "engine_generated.h"
 
 #include <QString>
 
-#include <cstdlib>
-#include <memory>
-
 namespace scribo::tool {
-
-/// A file in memory, aligned as an engine must be.
-class FileBytes
-{
-public:
-    /// False, with a sentence in `error`, when the file cannot be read.
-    bool read(const QString& path, QString* error);
-
-    const void* data() const { return bytes.get(); }
-    std::size_t size() const { return length; }
-
-private:
-    struct Free
-    {
-        void operator()(void* memory) const { std::free(memory); }
-    };
-    std::unique_ptr<void, Free> bytes;
-    std::size_t length = 0;
-};
 
 /// An engine file, read and verified.
 class LoadedEngine
 {
 public:
-    /// False, with a sentence in `error`, when there is no such file or it is not an engine.
-    bool read(const QString& path, QString* error);
+    /// The error is the reason why there is no engine in the file, without its path.
+    static Result<LoadedEngine> read(const QString& path);
 
     const FileBytes& file() const { return bytes; }
     /// Points into the file.

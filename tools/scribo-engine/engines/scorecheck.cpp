@@ -2,6 +2,7 @@
 
 #include "enginerunner.h"
 #include "modellimits.h"
+#include "resulttext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,15 +35,14 @@ bool softmaxRows(const std::vector<float>& scores, std::size_t classes)
 ScoreReport checkScores(const void* engine, std::size_t size, int width)
 {
     ScoreReport report;
-    std::vector<RunOutput> outputs;
-    QString error;
     EngineRunner runner;
-    if (!runner.load(engine, size, &error)
-        || !runner.run(width, testPicture(runner.pictureSize(width)), &outputs, &error)) {
-        report.faults << QStringLiteral("a trial run at width %1 failed: %2").arg(width).arg(error);
+    const auto outputs
+        = runner.load(engine, size).and_then([&] { return runner.run(width, testPicture(runner.pictureSize(width))); });
+    if (!outputs) {
+        report.faults << QStringLiteral("a trial run at width %1 failed: %2").arg(width).arg(textOf(outputs.error()));
         return report;
     }
-    for (const RunOutput& output : outputs) {
+    for (const RunOutput& output : *outputs) {
         const bool finite
             = std::all_of(output.values.begin(), output.values.end(), [](float score) { return std::isfinite(score); });
         if (!finite) {

@@ -1,6 +1,7 @@
 #include "keys.h"
 
-#include "loadedengine.h"
+#include "filebytes.h"
+#include "resulttext.h"
 
 #include <QVector>
 
@@ -33,38 +34,36 @@ QStringList linesOf(QString text)
 
 } // namespace
 
-bool readKeys(const QString& path, Keys* keys, QString* error)
+Result<Keys> readKeys(const QString& path)
 {
-    FileBytes file;
-    if (!file.read(path, error)) {
-        return false;
+    const Result<FileBytes> file = FileBytes::read(path);
+    if (!file) {
+        return tl::unexpected<Error>(file.error());
     }
-    QByteArray bytes(static_cast<const char*>(file.data()), static_cast<int>(file.size()));
+    QByteArray bytes(static_cast<const char*>(file->data()), static_cast<int>(file->size()));
     if (bytes.startsWith("\xEF\xBB\xBF")) {
         bytes.remove(0, 3);
     }
     const QString text = QString::fromUtf8(bytes);
     if (text.toUtf8() != bytes) {
-        *error = QStringLiteral("this is not text in UTF-8");
-        return false;
+        return failure("this is not text in UTF-8");
     }
+    Keys keys;
     const QStringList lines = linesOf(text);
     for (int i = 0; i < lines.size(); ++i) {
         const QVector<uint> characters = lines[i].toUcs4();
         if (characters.isEmpty()) {
-            *error = lines.size() == 1 ? QStringLiteral("there are no characters in it")
-                                       : QStringLiteral("line %1 is empty").arg(i + 1);
-            return false;
+            return failure(lines.size() == 1 ? QStringLiteral("there are no characters in it")
+                                             : QStringLiteral("line %1 is empty").arg(i + 1));
         }
         if (characters.size() > 1 && lines.size() > 1) {
-            *error = QStringLiteral("line %1 holds more than one character: '%2'").arg(i + 1).arg(lines[i]);
-            return false;
+            return failure(QStringLiteral("line %1 holds more than one character: '%2'").arg(i + 1).arg(lines[i]));
         }
         for (uint character : characters) {
-            addKey(character, keys);
+            addKey(character, &keys);
         }
     }
-    return true;
+    return keys;
 }
 
 } // namespace scribo::tool

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "result.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -15,8 +17,8 @@ struct Keys
     QStringList notes;
 };
 
-/// Reads a file of keys: UTF-8, one character a line or all characters in one line. False, with a
-/// sentence in `error`, when it is something else.
-bool readKeys(const QString& path, Keys* keys, QString* error);
+/// Reads a file of keys: UTF-8, one character a line or all characters in one line. The error
+/// says what else is in it.
+Result<Keys> readKeys(const QString& path);
 
 } // namespace scribo::tool

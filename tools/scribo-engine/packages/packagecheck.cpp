@@ -6,6 +6,7 @@
 #include "modelfilename.h"
 #include "modellimits.h"
 #include "modellist.h"
+#include "resulttext.h"
 #include "scorecheck.h"
 #include "text.h"
 #include "widthcheck.h"
@@ -29,8 +30,8 @@ QString quoted(const std::string& text)
 class PackageCheck
 {
 public:
-    explicit PackageCheck(const QString& path)
-        : enginePath(path)
+    explicit PackageCheck(const QString& enginePath)
+        : enginePath(enginePath)
     {
     }
 
@@ -74,8 +75,8 @@ private:
     int widest() const { return detector().width; }
 
     QString enginePath;
-    LoadedEngine file;
-    std::optional<EngineReport> engine;
+    Result<LoadedEngine> file = failure("not read yet");
+    Result<EngineReport> engine = failure("not read yet");
     std::optional<ModelConfig> config; ///< set when it holds at least a class and an input size
     PackageReport report;
 };
@@ -122,14 +123,14 @@ void PackageCheck::checkConfiguration()
 
 void PackageCheck::checkEngine()
 {
-    QString error;
-    EngineReport found;
     if (!QFileInfo::exists(enginePath)) {
         fault(QStringLiteral("there is no file %1").arg(enginePath));
-    } else if (!file.read(enginePath, &error) || !describeEngine(file.network(), &found, &error)) {
-        fault(QStringLiteral("the engine cannot be used: %1").arg(error));
-    } else {
-        engine = found;
+        return;
+    }
+    file = LoadedEngine::read(enginePath);
+    engine = file.and_then([](const LoadedEngine& loaded) { return describeEngine(loaded.network()); });
+    if (!engine) {
+        fault(QStringLiteral("the engine cannot be used: %1").arg(textOf(engine.error())));
     }
 }
 
@@ -213,7 +214,7 @@ void PackageCheck::checkWidths()
                   .arg(engine->maximumWidth));
         return;
     }
-    report.faults << outgrownBuffers(file.network(), narrowest(), widest());
+    report.faults << outgrownBuffers(file->network(), narrowest(), widest());
 }
 
 void PackageCheck::checkAlphabet()
@@ -233,7 +234,7 @@ void PackageCheck::checkAlphabet()
 void PackageCheck::checkRuns()
 {
     for (int width : {narrowest(), widest()}) {
-        const ScoreReport scores = checkScores(file.file().data(), file.file().size(), width);
+        const ScoreReport scores = checkScores(file->file().data(), file->file().size(), width);
         report.faults << scores.faults;
         report.warnings << scores.warnings;
     }

@@ -1,5 +1,6 @@
 #include "packagemaker.h"
 
+#include "resulttext.h"
 #include "scorecheck.h"
 #include "text.h"
 
@@ -37,126 +38,139 @@ bool givesProbabilities(const std::vector<std::uint8_t>& engine, int width)
     return checkScores(engine.data(), engine.size(), width).warnings.isEmpty();
 }
 
-/// Makes a package step by step; each step says what does not fit.
+/// The fault that the file at `path` has.
+Faults faultOf(const QString& path, const QString& reason)
+{
+    return {(path + QStringLiteral(": ") + reason).toStdString()};
+}
+
+/// Makes a package step by step. Each step gives the faults that keep it from being done.
 class PackageMaker
 {
 public:
-    PackageMaker(const PackageSource& packageSource, MadePackage* package, QStringList* faults)
-        : source(packageSource)
-        , options(packageSource.options)
-        , made(package)
-        , problems(faults)
+    explicit PackageMaker(const PackageSource& source)
+        : source(source)
+        , options(source.options)
     {
     }
 
-    bool run() { return readFiles() && build() && findLayout() && findSoftmax() && fitKeys() && configure(); }
+    Checked<MadePackage> run()
+    {
+        using Step = Faults (PackageMaker::*)();
+        for (const Step step : {&PackageMaker::readFiles, &PackageMaker::build, &PackageMaker::findLayout,
+                 &PackageMaker::findSoftmax, &PackageMaker::fitKeys}) {
+            if (Faults faults = (this->*step)(); !faults.empty()) {
+                return faulty(std::move(faults));
+            }
+        }
+        made.configuration = configuration();
+        return std::move(made);
+    }
 
 private:
-    bool readFiles();
-    bool build();
-    bool findLayout();
-    bool findSoftmax();
-    bool fitKeys();
-    bool configure();
+    Faults readFiles();
+    Faults build();
+    Faults findLayout();
+    Faults findSoftmax();
+    Faults fitKeys();
+    QByteArray configuration() const;
 
-    bool refuse(const QString& path, const QString& reason)
-    {
-        *problems << path + QStringLiteral(": ") + reason;
-        return false;
-    }
     const format::TensorT& tensor(int index) const
     {
-        return *made->engine.network->tensors[static_cast<std::size_t>(index)];
+        return *made.engine.network->tensors[static_cast<std::size_t>(index)];
     }
-    const format::TensorT& input() const { return tensor(made->engine.network->inputs.front()); }
-    const format::TensorT& output() const { return tensor(made->engine.network->outputs.front()); }
+    const format::TensorT& input() const { return tensor(made.engine.network->inputs.front()); }
+    const format::TensorT& output() const { return tensor(made.engine.network->outputs.front()); }
 
     const PackageSource& source;
     builder::BuildOptions options;
-    MadePackage* made;
-    QStringList* problems;
+    MadePackage made;
     FileBytes model;
     Keys keys;
 };
 
-bool PackageMaker::readFiles()
+Faults PackageMaker::readFiles()
 {
-    QString error;
-    if (!model.read(source.model, &error)) {
-        return refuse(source.model, error);
+    Result<FileBytes> readModel = FileBytes::read(source.model);
+    if (!readModel) {
+        return faultOf(source.model, textOf(readModel.error()));
     }
-    if (!readKeys(source.keys, &keys, &error)) {
-        return refuse(source.keys, error);
+    Result<Keys> keysOfModel = readKeys(source.keys);
+    if (!keysOfModel) {
+        return faultOf(source.keys, textOf(keysOfModel.error()));
     }
-    made->notes << keys.notes;
-    return true;
+    model = std::move(*readModel);
+    keys = std::move(*keysOfModel);
+    made.notes << keys.notes;
+    return {};
 }
 
-bool PackageMaker::build()
+Faults PackageMaker::build()
 {
-    QStringList found;
-    if (!makeEngine(model, options, &made->engine, &found)) {
-        for (const QString& problem : found) {
-            refuse(source.model, problem);
+    Checked<MadeEngine> engine = makeEngine(model, options);
+    if (!engine) {
+        Faults faults;
+        for (const std::string& fault : engine.error()) {
+            faults.push_back(source.model.toStdString() + ": " + fault);
         }
-        return false;
+        return faults;
     }
-    const std::size_t outputs = made->engine.network->outputs.size();
+    made.engine = std::move(*engine);
+    const std::size_t outputs = made.engine.network->outputs.size();
     if (outputs != 1) {
-        return refuse(source.model,
+        return faultOf(source.model,
             QStringLiteral("it has %1; exactly one, the scores, can be read").arg(countText(outputs, "output")));
     }
-    return true;
+    return {};
 }
 
-bool PackageMaker::findLayout()
+Faults PackageMaker::findLayout()
 {
     if (source.layoutGiven) {
-        return true;
+        return {};
     }
     const std::string layout = layoutOf(output().dims);
     if (layout.empty()) {
-        return refuse(source.model,
+        return faultOf(source.model,
             QStringLiteral("which axes of its scores, %1, are steps, batch and classes is not clear; see --layout")
                 .arg(shapeText(output().dims)));
     }
     if (layout == options.scores.layout) {
-        return true;
+        return {};
     }
     options.scores.layout = layout;
-    made->notes << QStringLiteral("the scores, %1, are turned into steps x batch x classes (--layout %2)")
-                       .arg(shapeText(output().dims), QString::fromStdString(layout));
+    made.notes << QStringLiteral("the scores, %1, are turned into steps x batch x classes (--layout %2)")
+                      .arg(shapeText(output().dims), QString::fromStdString(layout));
     return build();
 }
 
-bool PackageMaker::findSoftmax()
+Faults PackageMaker::findSoftmax()
 {
-    if (options.scores.needsSoftmax || givesProbabilities(made->engine.bytes, options.widths.minimum)) {
-        return true;
+    if (options.scores.needsSoftmax || givesProbabilities(made.engine.bytes, options.widths.minimum)) {
+        return {};
     }
     options.scores.needsSoftmax = true;
-    made->notes << QStringLiteral("the scores do not add up to 1: a soft-max was added (--softmax)");
+    made.notes << QStringLiteral("the scores do not add up to 1: a soft-max was added (--softmax)");
     return build();
 }
 
-bool PackageMaker::fitKeys()
+Faults PackageMaker::fitKeys()
 {
     const std::int64_t characters = output().dims.back() - 1;
     if (characters == keys.alphabet.size() + 1) {
         keys.alphabet += QLatin1Char(' ');
-        made->notes << QStringLiteral(
+        made.notes << QStringLiteral(
             "the model tells one character more apart than there are keys: the last is a space");
     }
     if (characters != keys.alphabet.size()) {
-        return refuse(source.keys,
+        return faultOf(source.keys,
             QStringLiteral("there are %1 keys, but the model has %2 classes: a blank and %3 characters")
                 .arg(groupedText(keys.alphabet.size()), groupedText(characters + 1), groupedText(characters)));
     }
-    made->characters = static_cast<int>(characters);
-    return true;
+    return {};
 }
 
-bool PackageMaker::configure()
+QByteArray PackageMaker::configuration() const
 {
     const Extents& extents = input().dims;
     const QJsonObject dims = {{QStringLiteral("batch"), 1}, {QStringLiteral("channels"), static_cast<int>(extents[1])},
@@ -171,15 +185,14 @@ bool PackageMaker::configure()
     const QJsonObject root
         = {{QStringLiteral("classes"), QJsonArray{group}}, {QStringLiteral("ignore_char"), QString()},
             {QStringLiteral("alphabet"), keys.alphabet}, {QStringLiteral("model_infer_info"), info}};
-    made->configuration = QJsonDocument(root).toJson();
-    return true;
+    return QJsonDocument(root).toJson();
 }
 
 } // namespace
 
-bool makePackage(const PackageSource& source, MadePackage* made, QStringList* problems)
+Checked<MadePackage> makePackage(const PackageSource& source)
 {
-    return PackageMaker(source, made, problems).run();
+    return PackageMaker(source).run();
 }
 
 } // namespace scribo::tool

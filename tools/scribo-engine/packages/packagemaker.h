@@ -20,13 +20,11 @@ struct MadePackage
 {
     MadeEngine engine;
     QByteArray configuration;
-    int characters = 0;
     /// What was found out and done about it.
     QStringList notes;
 };
 
-/// Makes a package from a model and its keys. False, with a sentence for everything that does not
-/// fit, after the path that it is about, in `problems`.
-bool makePackage(const PackageSource& source, MadePackage* made, QStringList* problems);
+/// Makes a package from a model and its keys. Each fault begins with the path of the file that it is about.
+Checked<MadePackage> makePackage(const PackageSource& source);
 
 } // namespace scribo::tool

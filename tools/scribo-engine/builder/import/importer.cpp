@@ -46,47 +46,47 @@ void collectReadNames(const onnx::GraphProto& graph, std::unordered_set<std::str
 
 } // namespace
 
-Importer::Importer(const onnx::GraphProto& graph, int operationSet, const ImportTable& table, const WidthRange& range,
-    int openHeight, Problems* problems)
+Importer::Importer(
+    const onnx::GraphProto& graph, int operationSet, const ImportTable& table, const WidthRange& range, int openHeight)
     : graph(graph)
     , operationSet(operationSet)
     , table(table)
     , range(range)
     , openHeight(openHeight)
-    , problems(problems)
 {
     collectReadNames(graph, &readNames);
 }
 
-std::unique_ptr<format::NetworkT> Importer::run()
+Checked<std::unique_ptr<format::NetworkT>> Importer::run()
 {
     importInitializers(graph);
     importInput();
     for (const onnx::NodeProto& proto : graph.node()) {
         if (constantBytes > mostConstantBytes) {
-            problem("its constants take more than 1.5 GB, too much for an engine file");
+            fault("its constants take more than 1.5 GB, too much for an engine file");
             break;
         }
-        importNode(OnnxNode(proto, problems));
+        importNode(OnnxNode(proto, faults));
     }
     importOutputs();
-    return problems->empty() ? std::move(network) : nullptr;
+    if (!faults.empty()) {
+        return faulty(std::move(faults));
+    }
+    return std::move(network);
 }
 
 void Importer::importInitializers(const onnx::GraphProto& source)
 {
     if (source.sparse_initializer_size() > 0) {
-        problem("the model holds sparse constants, which are not supported");
+        fault("the model holds sparse constants, which are not supported");
     }
     for (const onnx::TensorProto& proto : source.initializer()) {
-        TensorT constant;
-        std::string error;
         if (constantBytes > mostConstantBytes) {
             define(proto.name(), -1);
-        } else if (readTensor(proto, &constant, &error)) {
-            define(proto.name(), addTensor(std::move(constant)));
+        } else if (Result<TensorT> constant = readTensor(proto)) {
+            define(proto.name(), addTensor(std::move(*constant)));
         } else {
-            problem(error);
+            fault(constant.error().message);
             define(proto.name(), -1);
         }
     }
@@ -105,18 +105,18 @@ void Importer::importInput()
         define(input->name(), -1);
     }
     if (inputs.size() != 1) {
-        problem("the model has " + std::to_string(inputs.size()) + " inputs; exactly one, the picture, is supported");
+        fault("the model has " + std::to_string(inputs.size()) + " inputs; exactly one, the picture, is supported");
         return;
     }
     const onnx::ValueInfoProto& input = *inputs.front();
     const std::string title = "input " + quoted(input.name()) + " ";
     const onnx::TypeProto_Tensor& type = input.type().tensor_type();
     if (!input.type().has_tensor_type() || type.elem_type() != onnx::TensorProto::FLOAT) {
-        problem(title + "is not a tensor of 32-bit floats");
+        fault(title + "is not a tensor of 32-bit floats");
         return;
     }
     if (type.shape().dim_size() != 4) {
-        problem(title + "has " + std::to_string(type.shape().dim_size())
+        fault(title + "has " + std::to_string(type.shape().dim_size())
             + " dimensions; batch, channels, height and width are needed");
         return;
     }
@@ -126,21 +126,21 @@ void Importer::importInput()
     if (height == -1 && openHeight > 0) {
         height = openHeight;
     } else if (openHeight > 0 && height != openHeight) {
-        problem(title + "has a height of " + std::to_string(height) + ", not " + std::to_string(openHeight));
+        fault(title + "has a height of " + std::to_string(height) + ", not " + std::to_string(openHeight));
     }
     const std::int64_t width = declaredExtent(type.shape(), 3);
     // A batch that is left open is run with one picture at a time.
     if (batch != 1 && batch != -1) {
-        problem(title + "has a batch of " + std::to_string(batch) + "; 1 is supported");
+        fault(title + "has a batch of " + std::to_string(batch) + "; 1 is supported");
     }
     constexpr std::int64_t largest = 1 << 14;
     if (height == -1 && channels >= 1) {
-        problem(title + "leaves the height open; say which one the model was trained with (--height)");
+        fault(title + "leaves the height open; say which one the model was trained with (--height)");
     } else if (channels < 1 || channels > largest || height < 1 || height > largest) {
-        problem(title + "must have a fixed number of channels and a fixed height");
+        fault(title + "must have a fixed number of channels and a fixed height");
     }
     if (width != -1) {
-        problem(title + "has a fixed width of " + std::to_string(width)
+        fault(title + "has a fixed width of " + std::to_string(width)
             + "; export the model with a dynamic width (dynamic_axes)");
     }
     auto tensor = TensorT();
@@ -185,11 +185,11 @@ void Importer::importNode(const OnnxNode& node)
     bool imported = false;
     if (!standard || found == table.end()) {
         const std::string operation = standard ? node.operation() : node.domain() + "." + node.operation();
-        problem("operation " + quoted(operation) + " of node " + quoted(node.name()) + " is not supported");
+        fault("operation " + quoted(operation) + " of node " + quoted(node.name()) + " is not supported");
     } else if (readable(node, found->second)) {
-        const std::size_t before = problems->size();
+        const std::size_t before = faults.size();
         found->second.import(*this, node);
-        imported = problems->size() == before;
+        imported = faults.size() == before;
     }
     if (imported) {
         node.refuseUnasked();
@@ -214,12 +214,12 @@ void Importer::defineRest(const OnnxNode& node, bool imported)
 void Importer::importOutputs()
 {
     if (graph.output_size() == 0) {
-        problem("the model has no outputs");
+        fault("the model has no outputs");
     }
     for (const onnx::ValueInfoProto& output : graph.output()) {
         const auto found = tensors.find(output.name());
         if (found == tensors.end()) {
-            problem("output " + quoted(output.name()) + " is given by no operation");
+            fault("output " + quoted(output.name()) + " is given by no operation");
             continue;
         }
         const int index = found->second;
@@ -228,11 +228,11 @@ void Importer::importOutputs()
         }
         TensorT& tensor = *network->tensors[static_cast<std::size_t>(index)];
         if (isConstant(tensor) || contains(network->inputs, index)) {
-            problem("output " + quoted(output.name()) + " is not computed from the picture");
+            fault("output " + quoted(output.name()) + " is not computed from the picture");
         } else if (tensor.type != format::ElementType::Float32) {
-            problem("output " + quoted(output.name()) + " is not a tensor of floats");
+            fault("output " + quoted(output.name()) + " is not a tensor of floats");
         } else if (contains(network->outputs, index)) {
-            problem("output " + quoted(output.name()) + " is the same as output " + quoted(tensor.name));
+            fault("output " + quoted(output.name()) + " is the same as output " + quoted(tensor.name));
         } else {
             tensor.name = output.name();
             network->outputs.push_back(index);
@@ -286,15 +286,14 @@ std::optional<TensorProfile> Importer::profile(const OnnxNode& node, int index) 
     if (network->inputs.empty()) {
         return std::nullopt;
     }
-    Profile found;
-    std::string error;
-    if (!profileNetwork(*network, range, &found, &error)) {
-        if (problems->empty()) {
-            node.refuse("the shape of its input cannot be worked out: " + error);
+    const Result<Profile> found = profileNetwork(*network, range);
+    if (!found) {
+        if (faults.empty()) {
+            node.refuse("the shape of its input cannot be worked out: " + found.error().message);
         }
         return std::nullopt;
     }
-    return found[static_cast<std::size_t>(index)];
+    return (*found)[static_cast<std::size_t>(index)];
 }
 
 std::optional<Extents> Importer::extents(const OnnxNode& node, int index) const
@@ -322,7 +321,7 @@ void Importer::importBranch(const OnnxNode& node, const onnx::GraphProto& branch
 {
     importInitializers(branch);
     for (const onnx::NodeProto& proto : branch.node()) {
-        importNode(OnnxNode(proto, problems));
+        importNode(OnnxNode(proto, faults));
     }
     for (int i = 0; i < branch.output_size(); ++i) {
         const auto found = tensors.find(branch.output(i).name());
@@ -380,7 +379,7 @@ void Importer::bind(const OnnxNode& node, int position, int index)
 void Importer::define(const std::string& name, int index)
 {
     if (!tensors.emplace(name, index).second) {
-        problem("two values of the model are called " + quoted(name));
+        fault("two values of the model are called " + quoted(name));
     }
 }
 

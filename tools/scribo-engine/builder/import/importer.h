@@ -37,13 +37,13 @@ constexpr int anyNumber = 1 << 20;
 class Importer
 {
 public:
-    /// `openHeight` is that of the picture for a model that leaves it open, 0 where it does not. `graph`, `table` and
-    /// `problems` must outlive the importer.
+    /// `openHeight` is that of the picture for a model that leaves it open, 0 where it does not. `graph` and
+    /// `table` must outlive the importer.
     Importer(const onnx::GraphProto& graph, int operationSet, const ImportTable& table, const WidthRange& range,
-        int openHeight, Problems* problems);
+        int openHeight);
 
-    /// The network, or null when there were problems.
-    std::unique_ptr<format::NetworkT> run();
+    /// The network, or everything in the graph that cannot be imported. Called once.
+    Checked<std::unique_ptr<format::NetworkT>> run();
 
     int opset() const { return operationSet; }
 
@@ -103,14 +103,14 @@ private:
     std::optional<TensorProfile> profile(const OnnxNode& node, int index) const;
     std::vector<int> add(const OnnxNode& node, format::OperationT operation, int count);
     void define(const std::string& name, int index);
-    void problem(const std::string& sentence) { problems->push_back(sentence); }
+    void fault(const std::string& sentence) { faults.push_back(sentence); }
 
     const onnx::GraphProto& graph;
     int operationSet;
     const ImportTable& table;
     WidthRange range;
     int openHeight;
-    Problems* problems;
+    Faults faults;
     std::unique_ptr<format::NetworkT> network = std::make_unique<format::NetworkT>();
     /// What every name of the graph stands for; -1 for an output of a node that was refused.
     std::unordered_map<std::string, int> tensors;

@@ -4,28 +4,25 @@
 
 namespace scribo::builder {
 
-bool parseModel(const void* bytes, std::size_t size, onnx::ModelProto* model, std::string* error)
+Result<onnx::ModelProto> parseModel(const void* bytes, std::size_t size)
 {
     if (size == 0) {
-        *error = "the file is empty";
-        return false;
+        return failure("the file is empty");
     }
     if (size > INT_MAX) {
-        *error = "the file is larger than 2 GB, the most that an ONNX file can hold";
-        return false;
+        return failure("the file is larger than 2 GB, the most that an ONNX file can hold");
     }
-    if (!model->ParseFromArray(bytes, static_cast<int>(size))) {
-        *error = "this is not an ONNX model, or it is damaged";
-        return false;
+    onnx::ModelProto model;
+    if (!model.ParseFromArray(bytes, static_cast<int>(size))) {
+        return failure("this is not an ONNX model, or it is damaged");
     }
-    if (!model->has_graph() || model->graph().node_size() == 0) {
-        *error = "this is not an ONNX model: it holds no operations";
-        return false;
+    if (!model.has_graph() || model.graph().node_size() == 0) {
+        return failure("this is not an ONNX model: it holds no operations");
     }
-    return true;
+    return model;
 }
 
-int operationSet(const onnx::ModelProto& model, std::string* error)
+Result<int> operationSet(const onnx::ModelProto& model)
 {
     for (const onnx::OperatorSetIdProto& set : model.opset_import()) {
         if (!set.domain().empty() && set.domain() != "ai.onnx") {
@@ -34,12 +31,10 @@ int operationSet(const onnx::ModelProto& model, std::string* error)
         if (set.version() >= oldestOpset && set.version() <= newestOpset) {
             return static_cast<int>(set.version());
         }
-        *error = "the model is written for opset " + std::to_string(set.version()) + "; opsets "
-            + std::to_string(oldestOpset) + " to " + std::to_string(newestOpset) + " are supported";
-        return 0;
+        return failure("the model is written for opset " + std::to_string(set.version()) + "; opsets "
+            + std::to_string(oldestOpset) + " to " + std::to_string(newestOpset) + " are supported");
     }
-    *error = "the model does not say which opset it is written for";
-    return 0;
+    return failure("the model does not say which opset it is written for");
 }
 
 } // namespace scribo::builder

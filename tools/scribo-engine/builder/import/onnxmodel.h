@@ -1,9 +1,10 @@
 #pragma once
 
+#include "result.h"
+
 #include <onnx/onnx_pb.h>
 
 #include <cstddef>
-#include <string>
 
 namespace scribo::builder {
 
@@ -11,12 +12,11 @@ namespace scribo::builder {
 constexpr int oldestOpset = 7;
 constexpr int newestOpset = 21;
 
-/// Reads the `size` bytes of an ONNX file into `model`. False, with a sentence in `error`, for
-/// anything that is not a whole model.
-bool parseModel(const void* bytes, std::size_t size, onnx::ModelProto* model, std::string* error);
+/// The model in the `size` bytes of an ONNX file; an error for anything that is not a whole model.
+Result<onnx::ModelProto> parseModel(const void* bytes, std::size_t size);
 
-/// The version of the standard operations that the model was written for; 0, with a sentence in
-/// `error`, when it is outside oldestOpset to newestOpset or not told.
-int operationSet(const onnx::ModelProto& model, std::string* error);
+/// The version of the standard operations that the model was written for; an error when it is outside oldestOpset to
+/// newestOpset, or when the model does not say.
+Result<int> operationSet(const onnx::ModelProto& model);
 
 } // namespace scribo::builder

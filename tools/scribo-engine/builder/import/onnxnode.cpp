@@ -4,9 +4,9 @@ namespace scribo::builder {
 
 using onnx::AttributeProto;
 
-OnnxNode::OnnxNode(const onnx::NodeProto& node, Problems* list)
-    : proto(node)
-    , problems(list)
+OnnxNode::OnnxNode(const onnx::NodeProto& proto, Faults& faults)
+    : proto(proto)
+    , faults(faults)
 {
 }
 
@@ -111,7 +111,7 @@ const onnx::TensorProto* OnnxNode::tensor(const char* attribute) const
 
 void OnnxNode::refuse(const std::string& reason) const
 {
-    problems->push_back("operation '" + operation() + "' of node '" + name() + "': " + reason);
+    faults.push_back("operation '" + operation() + "' of node '" + name() + "': " + reason);
 }
 
 void OnnxNode::refuseUnasked() const

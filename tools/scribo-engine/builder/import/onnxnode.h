@@ -1,5 +1,7 @@
 #pragma once
 
+#include "faults.h"
+
 #include <onnx/onnx_pb.h>
 
 #include <cstdint>
@@ -9,16 +11,13 @@
 
 namespace scribo::builder {
 
-/// One sentence per thing that is wrong; empty when nothing is.
-using Problems = std::vector<std::string>;
-
-/// A node of an ONNX graph, and the attributes that an importer asked it for: one that nobody asks
-/// for would be ignored in silence, so it is a problem.
+/// A node of an ONNX graph, and the attributes that an importer asked it for. An attribute that nobody asks for would
+/// be ignored in silence, so it is a fault.
 class OnnxNode
 {
 public:
-    /// `proto` and `problems` must outlive the node.
-    OnnxNode(const onnx::NodeProto& proto, Problems* problems);
+    /// `faults` is where the node says why it cannot be imported. `proto` and `faults` must outlive the node.
+    OnnxNode(const onnx::NodeProto& proto, Faults& faults);
 
     const std::string& operation() const { return proto.op_type(); }
     const std::string& domain() const { return proto.domain(); }
@@ -31,7 +30,7 @@ public:
     std::string output(int position) const;
 
     bool has(const char* attribute) const { return find(attribute, nullptr) != nullptr; }
-    /// The attribute, or `fallback` where it is absent. Another type than asked for is a problem.
+    /// The attribute, or `fallback` where it is absent. Another type than the one asked for is a fault.
     std::int64_t integer(const char* attribute, std::int64_t fallback) const;
     float real(const char* attribute, float fallback) const;
     std::string text(const char* attribute, const std::string& fallback) const;
@@ -39,7 +38,7 @@ public:
     std::vector<float> reals(const char* attribute) const;
     std::vector<std::string> texts(const char* attribute) const;
     /// An integer that counts axes, from the front or, negative, from the back. One that no tensor
-    /// has is a problem.
+    /// has is a fault.
     int axis(const char* attribute, int fallback) const;
     /// Null where it is absent.
     const onnx::GraphProto* graph(const char* attribute) const;
@@ -48,7 +47,7 @@ public:
     /// Says that an attribute is known and has no bearing on the result.
     void ignore(const char* attribute) const { asked.insert(attribute); }
 
-    /// Adds the problem that this node cannot be imported because of `reason`.
+    /// Adds the fault that this node cannot be imported because of `reason`.
     void refuse(const std::string& reason) const;
     /// Refuses every attribute that was not asked for.
     void refuseUnasked() const;
@@ -57,7 +56,7 @@ private:
     const onnx::AttributeProto* find(const char* attribute, const onnx::AttributeProto_AttributeType* type) const;
 
     const onnx::NodeProto& proto;
-    Problems* problems;
+    Faults& faults;
     mutable std::set<std::string> asked;
 };
 

@@ -94,52 +94,46 @@ std::string typeName(int dataType)
 
 } // namespace
 
-bool elementType(int dataType, format::ElementType* type)
+std::optional<format::ElementType> elementType(int dataType)
 {
     switch (dataType) {
     case TensorProto::FLOAT:
     case TensorProto::DOUBLE:
     case TensorProto::FLOAT16:
-        *type = format::ElementType::Float32;
-        return true;
+        return format::ElementType::Float32;
     case TensorProto::INT64:
     case TensorProto::INT32:
     case TensorProto::INT8:
     case TensorProto::UINT8:
     case TensorProto::BOOL:
-        *type = format::ElementType::Int64;
-        return true;
+        return format::ElementType::Int64;
     default:
-        return false;
+        return std::nullopt;
     }
 }
 
-bool readTensor(const TensorProto& proto, TensorT* tensor, std::string* error)
+Result<TensorT> readTensor(const TensorProto& proto)
 {
     const std::string title = "constant '" + proto.name() + "' ";
-    format::ElementType type;
-    if (!elementType(proto.data_type(), &type)) {
-        *error = title + "has an element type that is not supported (" + typeName(proto.data_type()) + ")";
-        return false;
+    const std::optional<format::ElementType> type = elementType(proto.data_type());
+    if (!type) {
+        return failure(title + "has an element type that is not supported (" + typeName(proto.data_type()) + ")");
     }
     if (proto.data_location() == TensorProto::EXTERNAL) {
-        *error = title + "keeps its data in another file; export the model as a single file";
-        return false;
+        return failure(title + "keeps its data in another file; export the model as a single file");
     }
     const Extents extents(proto.dims().begin(), proto.dims().end());
     const std::int64_t count = elementCount(extents);
     if (count <= 0) {
-        *error = title + (count == 0 ? "is empty" : "has impossible dimensions");
-        return false;
+        return failure(title + (count == 0 ? "is empty" : "has impossible dimensions"));
     }
-    *tensor = type == format::ElementType::Float32 ? makeConstant(proto.name(), extents, readFloats(proto))
-                                                   : makeConstant(proto.name(), extents, readIntegers(proto));
+    TensorT tensor = type == format::ElementType::Float32 ? makeConstant(proto.name(), extents, readFloats(proto))
+                                                          : makeConstant(proto.name(), extents, readIntegers(proto));
     const std::size_t elementSize = type == format::ElementType::Float32 ? sizeof(float) : sizeof(std::int64_t);
-    if (tensor->constant.size() != static_cast<std::size_t>(count) * elementSize) {
-        *error = title + "does not hold as many values as its dimensions say";
-        return false;
+    if (tensor.constant.size() != static_cast<std::size_t>(count) * elementSize) {
+        return failure(title + "does not hold as many values as its dimensions say");
     }
-    return true;
+    return tensor;
 }
 
 } // namespace scribo::builder

@@ -36,7 +36,7 @@ bool mergeAll(Profile* profile, const std::vector<cpu::Value>& values)
 
 } // namespace
 
-bool profileNetwork(const format::NetworkT& network, const WidthRange& range, Profile* profile, std::string* error)
+Result<Profile> profileNetwork(const format::NetworkT& network, const WidthRange& range)
 {
     std::size_t constantBytes = 0;
     for (const auto& tensor : network.tensors) {
@@ -45,36 +45,33 @@ bool profileNetwork(const format::NetworkT& network, const WidthRange& range, Pr
     // A buffer ends at 2 GB; beyond the constants there is little in it.
     constexpr std::size_t mostConstantBytes = std::size_t(2000) << 20;
     if (constantBytes > mostConstantBytes) {
-        *error = "its constants are too large for an engine file";
-        return false;
+        return failure("its constants are too large for an engine file");
     }
     flatbuffers::FlatBufferBuilder buffer;
     buffer.Finish(format::Network::Pack(buffer, &network));
     const auto* packed = flatbuffers::GetRoot<format::Network>(buffer.GetBufferPointer());
-    profile->clear();
+    Profile profile;
     if (network.operations.empty()) {
         for (const auto& tensor : network.tensors) {
-            profile->push_back({tensor->dims, {}});
+            profile.push_back({tensor->dims, {}});
         }
-        return true;
+        return profile;
     }
     for (int width = range.minimum; width <= range.maximum; ++width) {
         std::vector<cpu::Value> values;
         std::string reason;
         if (!cpu::inferValues(*packed, width, &values, &reason)) {
-            *error = "at width " + std::to_string(width) + ": " + reason;
-            return false;
+            return failure("at width " + std::to_string(width) + ": " + reason);
         }
-        if (profile->empty()) {
+        if (profile.empty()) {
             for (cpu::Value& value : values) {
-                profile->push_back({std::move(value.shape), std::move(value.integers)});
+                profile.push_back({std::move(value.shape), std::move(value.integers)});
             }
-        } else if (!mergeAll(profile, values)) {
-            *error = "at width " + std::to_string(width) + ": a tensor has another number of dimensions";
-            return false;
+        } else if (!mergeAll(&profile, values)) {
+            return failure("at width " + std::to_string(width) + ": a tensor has another number of dimensions");
         }
     }
-    return true;
+    return profile;
 }
 
 } // namespace scribo::builder

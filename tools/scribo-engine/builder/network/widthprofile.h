@@ -1,8 +1,8 @@
 #pragma once
 
+#include "result.h"
 #include "tensordata.h"
 
-#include <string>
 #include <vector>
 
 namespace scribo::builder {
@@ -26,7 +26,7 @@ struct TensorProfile
 using Profile = std::vector<TensorProfile>;
 
 /// Works out the network at every width of `range`, so that what holds here holds for the engine.
-/// False, with the width and the reason in `error`, when it cannot be run at one.
-bool profileNetwork(const format::NetworkT& network, const WidthRange& range, Profile* profile, std::string* error);
+/// The error names the first width at which it cannot be run, and the reason.
+Result<Profile> profileNetwork(const format::NetworkT& network, const WidthRange& range);
 
 } // namespace scribo::builder

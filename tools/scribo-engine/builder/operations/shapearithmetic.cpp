@@ -12,13 +12,12 @@ using format::ElementType;
 void importConstant(Importer& importer, const OnnxNode& node)
 {
     if (const onnx::TensorProto* value = node.tensor("value")) {
-        TensorT constant;
-        std::string error;
-        if (readTensor(*value, &constant, &error)) {
-            constant.name.clear();
-            importer.bind(node, 0, importer.addTensor(std::move(constant)));
+        Result<TensorT> constant = readTensor(*value);
+        if (constant) {
+            constant->name.clear();
+            importer.bind(node, 0, importer.addTensor(std::move(*constant)));
         } else {
-            node.refuse(error);
+            node.refuse(constant.error().message);
         }
     } else if (node.has("value_float")) {
         importer.bind(node, 0, importer.constant({}, std::vector<float>{node.real("value_float", 0)}));
@@ -64,15 +63,14 @@ void importConstantOfShape(Importer& importer, const OnnxNode& node)
     format::FillT fill;
     fill.type = ElementType::Float32;
     if (const onnx::TensorProto* value = node.tensor("value")) {
-        TensorT constant;
-        std::string error;
-        if (!readTensor(*value, &constant, &error)) {
-            node.refuse(error);
+        const Result<TensorT> constant = readTensor(*value);
+        if (!constant) {
+            node.refuse(constant.error().message);
             return;
         }
-        fill.type = constant.type;
-        fill.value = constant.type == ElementType::Float32 ? floatValues(constant).front()
-                                                           : static_cast<float>(integerValues(constant).front());
+        fill.type = constant->type;
+        fill.value = constant->type == ElementType::Float32 ? floatValues(*constant).front()
+                                                            : static_cast<float>(integerValues(*constant).front());
     }
     if (integersExpected(importer, node, 0)) {
         importer.bind(node, 0, importer.emit(node, fill, {importer.tensor(node, 0)}));
@@ -111,11 +109,14 @@ void importCast(Importer& importer, const OnnxNode& node)
     // How a cast to an 8-bit float rounds; there are none here.
     node.ignore("saturate");
     const std::int64_t wanted = node.integer("to", 0);
-    format::CastT cast;
-    if (wanted < 0 || wanted > onnx::TensorProto::BFLOAT16 || !elementType(static_cast<int>(wanted), &cast.to)) {
+    const std::optional<ElementType> type
+        = wanted < 0 || wanted > onnx::TensorProto::BFLOAT16 ? std::nullopt : elementType(static_cast<int>(wanted));
+    if (!type) {
         node.refuse("a cast to element type " + std::to_string(wanted) + " is not supported");
         return;
     }
+    format::CastT cast;
+    cast.to = *type;
     const int data = importer.tensor(node, 0);
     if (wanted == onnx::TensorProto::BOOL) {
         castToTruth(importer, node, data);

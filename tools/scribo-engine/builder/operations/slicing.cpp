@@ -173,35 +173,35 @@ void importTile(Importer& importer, const OnnxNode& node)
     importer.bind(node, 0, result);
 }
 
-/// Spreads the pads of the axes in input 3 (opset 18) over all `rank` axes. False, with the node
-/// refused, when they do not fit.
-bool spreadPads(const Importer& importer, const OnnxNode& node, std::size_t rank, std::vector<std::int64_t>* pads)
+/// The pads of the axes in input 3 (opset 18) as those of all `rank` axes; nothing, with the node refused, when they do
+/// not fit.
+std::optional<std::vector<std::int64_t>> spreadPads(
+    const Importer& importer, const OnnxNode& node, std::size_t rank, const std::vector<std::int64_t>& pads)
 {
     std::vector<std::int64_t> axes(rank);
     std::iota(axes.begin(), axes.end(), 0);
     if (importer.tensor(node, 3) >= 0) {
         const std::optional<std::vector<std::int64_t>> given = importer.integers(node, 3, "axes");
         if (!given) {
-            return false;
+            return std::nullopt;
         }
         axes = *given;
     }
     std::vector<std::int64_t> spread(2 * rank, 0);
-    bool fits = pads->size() == 2 * axes.size();
+    bool fits = pads.size() == 2 * axes.size();
     for (std::size_t i = 0; fits && i < axes.size(); ++i) {
         const int axis = cpu::normalAxis(axes[i], static_cast<int>(rank));
         fits = axis >= 0;
         if (fits) {
-            spread[static_cast<std::size_t>(axis)] = (*pads)[i];
-            spread[rank + static_cast<std::size_t>(axis)] = (*pads)[axes.size() + i];
+            spread[static_cast<std::size_t>(axis)] = pads[i];
+            spread[rank + static_cast<std::size_t>(axis)] = pads[axes.size() + i];
         }
     }
     if (!fits) {
         node.refuse("its pads do not fit its input");
-        return false;
+        return std::nullopt;
     }
-    *pads = spread;
-    return true;
+    return spread;
 }
 
 void importPad(Importer& importer, const OnnxNode& node)
@@ -211,13 +211,14 @@ void importPad(Importer& importer, const OnnxNode& node)
         node.refuse("mode '" + mode + "' is not supported");
         return;
     }
-    std::optional<std::vector<std::int64_t>> pads = importer.listArgument(node, "pads", 1);
-    if (!pads && importer.tensor(node, 1) < 0) {
+    const std::optional<std::vector<std::int64_t>> given = importer.listArgument(node, "pads", 1);
+    if (!given && importer.tensor(node, 1) < 0) {
         node.refuse("its pads are missing");
         return;
     }
     const std::optional<Extents> extents = importer.extents(node, importer.tensor(node, 0));
-    if (!pads || !extents || !spreadPads(importer, node, extents->size(), &*pads)) {
+    const auto pads = given && extents ? spreadPads(importer, node, extents->size(), *given) : std::nullopt;
+    if (!pads) {
         return;
     }
     constexpr std::int64_t largestPad = 1 << 14;

@@ -9,17 +9,17 @@ namespace {
 /// Larger windows, steps and pads than any picture are damage, and would overflow.
 constexpr std::int64_t largestExtent = 1 << 14;
 
-bool fill(const OnnxNode& node, const char* attribute, std::size_t count, std::int64_t fallback, std::int64_t smallest,
-    std::vector<int>* list)
+/// The `count` integers of an attribute; nothing, with the node refused, when they make no sense.
+std::optional<std::vector<int>> readList(
+    const OnnxNode& node, const char* attribute, std::size_t count, std::int64_t fallback, std::int64_t smallest)
 {
     const std::vector<std::int64_t> values = node.integers(attribute, std::vector<std::int64_t>(count, fallback));
     const auto possible = [smallest](std::int64_t value) { return value >= smallest && value <= largestExtent; };
     if (values.size() != count || !std::all_of(values.begin(), values.end(), possible)) {
         node.refuse(std::string("attribute '") + attribute + "' makes no sense");
-        return false;
+        return std::nullopt;
     }
-    list->assign(values.begin(), values.end());
-    return true;
+    return std::vector<int>(values.begin(), values.end());
 }
 
 /// Replaces the pads where the node asks for those that keep the extents ("same"), which are known
@@ -74,10 +74,14 @@ std::optional<Window> readWindow(const OnnxNode& node, const std::vector<std::in
             return std::nullopt;
         }
     }
-    Window window;
-    window.kernel.assign(kernel.begin(), kernel.end());
-    if (!fill(node, "strides", axes, 1, 1, &window.strides) || !fill(node, "dilations", axes, 1, 1, &window.dilations)
-        || !fill(node, "pads", 2 * axes, 0, 0, &window.pads) || !applyAutoPad(node, &window)) {
+    auto strides = readList(node, "strides", axes, 1, 1);
+    auto dilations = strides ? readList(node, "dilations", axes, 1, 1) : std::nullopt;
+    auto pads = dilations ? readList(node, "pads", 2 * axes, 0, 0) : std::nullopt;
+    if (!pads) {
+        return std::nullopt;
+    }
+    Window window = {{kernel.begin(), kernel.end()}, std::move(*strides), std::move(*dilations), std::move(*pads)};
+    if (!applyAutoPad(node, &window)) {
         return std::nullopt;
     }
     if (axes == 1) {
