@@ -128,6 +128,18 @@ TEST_F(Inspection, FailsEachRegionOfAPictureThatDoesNotCome)
     EXPECT_FALSE(instance->isResultOk(1)) << "of which nothing was inspected";
 }
 
+TEST_F(Inspection, TurnsAnOpenCvExceptionIntoAMessageLine)
+{
+    tool.announced = cv::Size(200, 60); // larger than the picture that comes
+    tool.picture = cv::Mat(10, 10, CV_8UC1, cv::Scalar(0));
+    tool.taughtRegions = {QRectF(0, 0, 100, 30), QRectF(0, 0, 5, 5)};
+    process(0, {a1});
+    EXPECT_FALSE(instance->isResultOk(0));
+    EXPECT_EQ(list(0, "defect_types"), (QVariantList{"unknown error!"}));
+    EXPECT_EQ(list(0, "defect_rects"), (QVariantList{QRect(0, 0, 100, 30)}));
+    EXPECT_EQ(instance->resultRecord(0)["resString"], "A1");
+}
+
 TEST_F(Inspection, FailsAnItemWhoseRegionIsNotInItsPicture)
 {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();

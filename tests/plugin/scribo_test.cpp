@@ -329,7 +329,7 @@ TEST_F(WithoutModel, TurnsAnOpenCvExceptionIntoAMessageLine)
     liar.taughtRegions = {QRectF(0, 0, 100, 30), QRectF(0, 0, 5, 5)};
     processor->process(&liar, 0);
     EXPECT_FALSE(processor->isResultOk(0));
-    EXPECT_EQ(textOf(*processor, 0, 0), "unknown error!");
+    EXPECT_EQ(textOf(*processor, 0, 0), "模型文件加载出错");
     EXPECT_EQ(textOf(*processor, 0, 1), "模型文件加载出错");
 }
 
