@@ -5,6 +5,7 @@ import numpy as np
 from scribokit.common.alphabet import read_alphabet
 from scribokit.common.ctc import steps_needed
 from scribokit.drawing.maker import PictureMaker
+from scribokit.common.inputs import Stretch
 from scribokit.network.batches import Batches
 
 ALPHABET = read_alphabet()
@@ -33,8 +34,12 @@ class BatchesOfPictures(unittest.TestCase):
 
         labels = ("1" * 13, "12" * 8, "1" * 12)
         self.assertEqual(Batches(Narrow(*labels), 64).next()[1], ["12" * 8])
-        self.assertEqual(Batches(Narrow(*labels), 64, stretch_below=128).next()[1], ["12" * 8])
-        self.assertEqual(Batches(Narrow(*labels[2:]), 64, stretch_below=128).next()[1], ["1" * 12])
+        self.assertEqual(
+            Batches(Narrow(*labels), 64, stretch=Stretch(below=128)).next()[1], ["12" * 8]
+        )
+        self.assertEqual(
+            Batches(Narrow(*labels[2:]), 64, stretch=Stretch(below=128)).next()[1], ["1" * 12]
+        )
 
 
 if __name__ == "__main__":

@@ -9,7 +9,7 @@ import torch
 
 from networks import SMALL, stirred
 from scribokit.network.exporting import TOLERANCE, export_difference, write_onnx, write_package
-from scribokit.network.model import STRETCH, Crnn, Shape, blended, folded, from_onnx, to_input
+from scribokit.network.model import STRETCH_BELOW, Crnn, Shape, blended, folded, from_onnx, to_input
 from scribokit.network.supply import Supply
 from scribokit.network.training import (
     Trainer,
@@ -90,7 +90,7 @@ class Exporting(unittest.TestCase):
             write_onnx(model, path)
             written = onnx.load(str(path))
             for tensor in written.graph.initializer:
-                tensor.name = "other" if tensor.name == STRETCH else tensor.name
+                tensor.name = "other" if tensor.name == STRETCH_BELOW else tensor.name
             onnx.save(written, str(path))
             with self.assertRaisesRegex(ValueError, "not a model of"):
                 from_onnx(path)

@@ -14,6 +14,7 @@ import torch
 from networks import SMALL
 from scribokit.common.labels import load_rows, read_labels
 from scribokit.network.exporting import write_onnx
+from scribokit.common.inputs import Stretch
 from scribokit.network.finetune import MixedMaker, split, varied
 from scribokit.network.model import Crnn, Shape
 
@@ -93,7 +94,7 @@ class Mixing(unittest.TestCase):
         with self.assertRaisesRegex(ValueError, "wide enough"):
             MixedMaker([pair], self.Drawn(), 0.0, 1)
         self.assertEqual(
-            MixedMaker([pair], self.Drawn(), 0.0, 1, stretch_below=128).draw()[1], pair[1]
+            MixedMaker([pair], self.Drawn(), 0.0, 1, stretch=Stretch(below=128)).draw()[1], pair[1]
         )
 
     def test_varies_a_picture_but_keeps_its_size(self):

@@ -175,7 +175,8 @@ class Command(unittest.TestCase):
                 self.assertEqual(done.returncode, status, (more, done.stderr))
                 self.assertEqual(
                     done.stderr,
-                    f"{folder}/run/last.pt has another --stages, --hidden or --stretch-below: "
+                    f"{folder}/run/last.pt has another --stages, --hidden, "
+                    "--stretch-below or --more-columns: "
                     "give another --run to begin with these\n"
                     if status
                     else "",

@@ -2,7 +2,7 @@ import unittest
 
 import numpy as np
 
-from scribokit.common.inputs import as_picture, network_input, stretched
+from scribokit.common.inputs import as_picture, Stretch, network_input
 from scribokit.network.batches import Batches
 
 RED = (20, 40, 200)  # blue, green, red
@@ -51,10 +51,15 @@ class Sizes(unittest.TestCase):
 
     def test_narrower_than_the_network_wants_is_stretched_half_of_the_way(self):
         self.assertEqual(
-            [stretched(width, 128) for width in (32, 64, 101, 127, 128, 129, 320)],
+            [Stretch(128).columns(width) for width in (32, 64, 101, 127, 128, 129, 320)],
             [80, 96, 114, 127, 128, 129, 320],
         )
-        self.assertEqual([stretched(width, 0) for width in (32, 320)], [32, 320])
+        self.assertEqual([Stretch().columns(width) for width in (32, 320)], [32, 320])
+
+    def test_gets_more_columns_where_the_network_wants_them(self):
+        widths = 32, 64, 127, 320
+        self.assertEqual([Stretch(0, 64).columns(width) for width in widths], [96, 128, 191, 384])
+        self.assertEqual([Stretch(128, 8).columns(width) for width in widths], [80, 96, 135, 328])
 
 
 if __name__ == "__main__":

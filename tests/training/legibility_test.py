@@ -54,11 +54,20 @@ class Legibility(unittest.TestCase):
         self.assertFalse(self.stands_out())
         self.assertTrue(self.stands_out(capitals=48))
 
-    def test_takes_places_outside_of_the_picture_for_its_edge(self):
-        self.places = self.places + [-40, 0]
-        self.assertFalse(self.stands_out())
-        self.picture[:, 0] = 80
-        self.assertTrue(self.stands_out())
+    def test_misses_what_the_picture_cuts_off(self):
+        self.picture[:] = 80
+        for cut, seen in (
+            (0, True),
+            (-6, True),
+            (-12, False),
+            (-40, False),
+            (24, True),
+            (33, False),
+        ):
+            places = self.places + [cut, 0]
+            self.assertEqual(
+                all_stand_out(places, self.owners, self.picture, self.bare, 20, 0.0), seen, cut
+            )
 
     def test_of_nothing_is_given(self):
         self.places, self.owners = marks_of(np.zeros((30, 60), np.uint8))

@@ -3,7 +3,8 @@ import unittest
 import numpy as np
 
 from scribokit.common.alphabet import read_alphabet
-from scribokit.drawing.maker import RECIPES, PictureMaker
+from scribokit.drawing.maker import PictureMaker
+from scribokit.drawing.recipes import RECIPES
 
 ALPHABET = read_alphabet()
 

@@ -1,15 +1,21 @@
 """What the network gets of a picture, and its sizes: every picture is made HEIGHT pixels high, and
 NARROWEST to WIDEST pixels wide."""
+from collections import namedtuple
+
 import cv2
 import numpy as np
 
 HEIGHT, NARROWEST, WIDEST = 32, 32, 320
 
 
-def stretched(width, below):
-    """The columns that a network's convolutions see of a picture `width` wide: one narrower than
-    `below` is stretched half of the way to that. Narrow pictures mostly hold narrow characters."""
-    return max(width, (width + below) // 2)
+class Stretch(namedtuple("Stretch", "below more", defaults=(0, 0))):
+    """How a network stretches its pictures before it reads them: by `more` columns, and one that is
+    narrower than `below` at least half of the way to that. Narrow pictures mostly hold narrow
+    characters."""
+
+    def columns(self, width):
+        """The columns that the network's convolutions see of a picture `width` wide."""
+        return max(width + self.more, (width + self.below) // 2)
 
 
 def network_input(picture, width=None):

@@ -14,10 +14,10 @@ from .scene import CLUTTER, FAINT, OUTSIDE, TEXT
 # How deep the arc of a can is for its curvature, in heights of the picture.
 _DEPTH = 0.3
 
-# planes: the layers as the picture shows them, height×width×4 bytes; capitals: the height of one in
-# pixels; places and owners: the pixels (x, y) of the line's marks in the picture and the mark that
-# each belongs to.
-_Projection = namedtuple("_Projection", "planes capitals places owners")
+# planes: the layers as the picture shows them, height×width×4 bytes; shade: the scene's factors of
+# brightness there, height×width floats, or None; capitals: the height of one in pixels; places and
+# owners: the pixels (x, y) of the line's marks in the picture and the mark that each belongs to.
+_Projection = namedtuple("_Projection", "planes shade capitals places owners")
 # What light makes of a colour, height×width×3 floats each: colour × gain + added.
 _Light = namedtuple("_Light", "gain added")
 
@@ -31,9 +31,12 @@ def shoot(scene, box, view, paint, dice, noise):
         return None
     painted = _coloured(seen.planes, paint, dice, noise)
     light = _light(seen.planes.shape[:2], view, dice, noise)
+    if seen.shade is not None:
+        light = light._replace(gain=light.gain * seen.shade[:, :, None])
     blurred = _lens(view, seen.capitals, seen.planes.shape[0], dice)
     picture, bare = (blurred(picture * light.gain + light.added) for picture in painted)
-    if not all_stand_out(seen.places, seen.owners, picture, bare, seen.capitals, view.noise):
+    unsure = view.noise + 0.6 * paint.rough
+    if not all_stand_out(seen.places, seen.owners, picture, bare, seen.capitals, unsure):
         return None
     return _recorded(picture, view, dice, noise)
 
@@ -47,7 +50,8 @@ def _project(scene, box, view, dice):
     source = np.float32([[x0, y0], [x1, y0], [x1, y1], [x0, y1]])
     seen = _seen(source - source.mean(0), view, dice)
     low, high = _frame(seen, view, dice)
-    low, high = _with_all_of(_ink_as_seen(scene, source, seen), low, high, view.curvature)
+    ink = _ink_as_seen(scene, source, seen)
+    low, high = _with_all_of(ink, low, high, view.curvature, view.cut * CAP_HEIGHT)
     size = np.maximum(high - low, 8)
     least = max(LEAST_HEIGHT / CAP_HEIGHT, LEAST_PITCH / (scene.pitch * view.stretch)) / view.detail
     height = max(view.height, math.ceil(size[1] * least))
@@ -65,18 +69,32 @@ def _project(scene, box, view, dice):
     places = cv2.perspectiveTransform(
         places[None], cv2.getPerspectiveTransform(source, np.float32(target))
     )[0]
-    planes = cv2.merge(scene.planes)
+    planes, shade = cv2.merge(scene.planes), scene.shade
     if scale[1] < 0.62:
         half = 0.5
-        planes = cv2.resize(planes, None, fx=half, fy=half, interpolation=cv2.INTER_AREA)
+        planes, shade = (
+            part
+            if part is None
+            else cv2.resize(part, None, fx=half, fy=half, interpolation=cv2.INTER_AREA)
+            for part in (planes, shade)
+        )
         source = (source + 0.5) * half - 0.5
     matrix = cv2.getPerspectiveTransform(source, np.float32(target))
-    planes = cv2.warpPerspective(
-        planes, matrix, (width, height), flags=cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE
+    planes, shade = (
+        part
+        if part is None
+        else cv2.warpPerspective(
+            part, matrix, (width, height), flags=cv2.INTER_LINEAR, borderMode=cv2.BORDER_REPLICATE
+        )
+        for part in (planes, shade)
     )
     if view.curvature:
-        planes, places = _curved(planes, places, view.curvature)
-    return _Projection(planes, CAP_HEIGHT * scale[1], places, owners)
+        map_x, map_y, places = _curved(planes.shape[:2], places, view.curvature)
+        planes, shade = (
+            part if part is None else cv2.remap(part, map_x, map_y, cv2.INTER_LINEAR)
+            for part in (planes, shade)
+        )
+    return _Projection(planes, shade, CAP_HEIGHT * scale[1], places, owners)
 
 
 def _seen(corners, view, dice):
@@ -116,22 +134,24 @@ def _ink_as_seen(scene, source, seen):
     )[0]
 
 
-def _with_all_of(ink, low, high, curvature):
-    """The frame from `low` to `high` made larger where it would cut the ink off: a Q without its
-    tail is a 0. The ends of a line round a can sink, and need room for that."""
-    low, high = np.minimum(low, ink.min(0)), np.maximum(high, ink.max(0))
+def _with_all_of(ink, low, high, curvature, cut):
+    """The frame from `low` to `high` made larger where it would cut more than `cut` off the ink: a
+    Q without its tail is a 0. The ends of a line round a can sink, and need room for that."""
+    first, last = ink.min(0) + cut, ink.max(0) - cut
+    low, high = np.minimum(low, first), np.maximum(high, last)
     left = 1 - _sinking(curvature)
     if curvature > 0:
-        high[1] = max(high[1], low[1] + (ink[:, 1].max() - low[1]) / left)
+        high[1] = max(high[1], low[1] + (last[1] - low[1]) / left)
     else:
-        low[1] = min(low[1], high[1] - (high[1] - ink[:, 1].min()) / left)
+        low[1] = min(low[1], high[1] - (high[1] - first[1]) / left)
     return low, high
 
 
-def _curved(planes, places, curvature):
-    """The layers, and these places (x, y) in them, as seen round a can: columns squeezed to the
-    sides and sunk along an arc."""
-    height, width = planes.shape[:2]
+def _curved(size, places, curvature):
+    """Where each pixel of a picture of this size (height, width) comes from when it is seen round a
+    can, columns squeezed to the sides and sunk along an arc: the maps of cv2.remap(), and where
+    these places (x, y) come to lie."""
+    height, width = size
     x = np.linspace(-1, 1, width, dtype=np.float32)
     span = _span(curvature)
     across = (np.arcsin(x * math.sin(span)) / span * 0.5 + 0.5) * (width - 1)
@@ -140,7 +160,7 @@ def _curved(planes, places, curvature):
     map_y = (np.arange(height, dtype=np.float32)[:, None] + sink[None]).astype(np.float32)
     columns = np.interp(places[:, 0], across, np.arange(width))
     rows = places[:, 1] - np.interp(columns, np.arange(width), sink)
-    return cv2.remap(planes, map_x, map_y, cv2.INTER_LINEAR), np.stack([columns, rows], 1)
+    return map_x, map_y, np.stack([columns, rows], 1)
 
 
 def _span(curvature):
@@ -162,6 +182,9 @@ def _coloured(planes, paint, dice, noise):
     picture[:] = _as_planes(paint.surface)
     if paint.grain:
         picture += noise.field(shape, dice, dice.choice((1, 2, 4, 8))) * paint.grain
+    if paint.rough:
+        field = noise.field(shape, dice, dice.choice((1, 2, 4)))
+        picture += (np.roll(field, 1, (0, 1)) - field) * paint.rough
     _lay(picture, cover[FAINT], _as_planes(paint.faint))
     if cover[OUTSIDE].any():
         _lay(
@@ -169,15 +192,26 @@ def _coloured(planes, paint, dice, noise):
             cover[OUTSIDE],
             _as_planes(paint.outside) + noise.field(shape, dice, 8) * paint.outside_grain,
         )
-    _lay(picture, cover[CLUTTER], _as_planes(paint.clutter))
+    _lay(picture, cover[CLUTTER], _ink(paint.clutter, paint, cover[FAINT]))
     bare = cv2.merge(list(picture))
     text = cover[TEXT]
     if paint.relief:
         blurred = cv2.GaussianBlur(text, (0, 0), max(0.5, shape[0] / 40))
         picture += (np.roll(blurred, paint.relief_shift, (0, 1)) - blurred) * (paint.relief / 255)
         text = text * paint.relief_ink
-    _lay(picture, text, _as_planes(paint.ink))
+    if paint.glow:
+        around = cv2.GaussianBlur(text, (0, 0), max(0.8, shape[0] / 16))
+        text = np.maximum(text, around * paint.glow)
+    _lay(picture, text, _ink(paint.ink, paint, cover[FAINT]))
     return cv2.merge(list(picture)), bare
+
+
+def _ink(colour, paint, faint):
+    """A colour of the ink as planes: another one where the layer FAINT lies, if it has one."""
+    planes = _as_planes(colour)
+    if paint.ink_on_faint is None:
+        return planes
+    return planes + (_as_planes(paint.ink_on_faint) - planes) * (faint * np.float32(1 / 255))
 
 
 def _as_planes(colour):

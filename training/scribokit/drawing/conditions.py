@@ -21,6 +21,12 @@ class Paint:
     relief: float = 0.0
     relief_ink: float = 1.0
     relief_shift: int = 1
+    # What the ink's colour is where the layer FAINT covers the surface, if it is another there.
+    ink_on_faint: tuple = None
+    # How bright the light around a lit character is, as a part of its own.
+    glow: float = 0.0
+    # How rough the surface is, in grey levels between the lit and the dark side of its grains.
+    rough: float = 0.0
 
 
 @dataclass
@@ -49,6 +55,21 @@ class View:
     grey: bool = False
     detail: float = 1.0
     jpeg: int = 0
+    # The part of a capital's height that the picture's sides may cut off a character.
+    cut: float = 0.0
+
+
+# How wide characters may be, as a multiple of what is usual for their kind.
+NARROW, WIDE = 0.4, 2.5
+_ODD_WIDTHS = 0.45
+
+
+def draw_stretch(dice, usual):
+    """How much wider than in its font a line is drawn: mostly the usual, otherwise anything from
+    NARROW to WIDE, half as wide as often as twice as wide."""
+    if dice.random() < _ODD_WIDTHS:
+        return NARROW * (WIDE / NARROW) ** dice.random()
+    return dice.uniform(*usual)
 
 
 def draw_view(dice, level, stretch=(0.75, 1.3), askew=0.2):
@@ -60,7 +81,8 @@ def draw_view(dice, level, stretch=(0.75, 1.3), askew=0.2):
     if dice.random() < askew * level:
         view.tilt, view.slope = dice.choice(((6.0, 0.03), (3.0, 0.07), (1.0, 0.12)))
     view.shear = 0.10 * level * dice.random()
-    view.stretch = dice.uniform(*stretch)
+    view.stretch = draw_stretch(dice, stretch)
+    view.cut = 0.08 * dice.random() if dice.random() < 0.3 else 0.0
     view.keystone = 0.07 * level * dice.random()
     view.jitter = 0.045 * level
     view.uneven = dice.random() * 0.25 * (0.3 + level)
@@ -117,6 +139,19 @@ def emboss(paint, view, dice):
         tuple(value + lift for value in colour)
         for colour in (paint.surface, paint.ink, paint.faint)
     )
+
+
+def steel(paint, view, dice):
+    """Makes of print a mark in cast, sand-blasted or coarse metal: a rough surface, edges with deep
+    shadows."""
+    emboss(paint, view, dice)
+    paint.relief_ink = dice.uniform(0.0, 0.8)
+    paint.relief_shift = max(1, round(view.height / dice.uniform(12, 24)))
+    paint.rough = dice.uniform(6, 30)
+    grey = dice.uniform(70, 185)
+    paint.surface = tuple(grey + dice.gauss(0, 6) for _ in range(3))
+    paint.ink = tuple(max(0.0, value - dice.uniform(30, 110)) for value in paint.surface)
+    view.uneven = max(view.uneven, dice.uniform(0.05, 0.25))
 
 
 # Plate colours in use, surface then ink (BGR): dark on white and yellow, the reverse, and the

@@ -114,16 +114,17 @@ FORMS = _forms()
 
 class DotFace:
     """One printer's letters, drawn at random once from a seed: the form of each character, how
-    large its drops are and how close its columns. Every column of dots is as far from the next,
-    within a character and between two.
+    large its drops are, how close its columns, and how many of them are free between characters.
     """
 
     capitals_only = False
 
     def __init__(self, seed):
         dice = np.random.default_rng(seed)
-        self._column = _PITCH * dice.uniform(0.75, 1.25)
-        self._radius = min(_PITCH, self._column) * dice.uniform(0.34, 0.62)
+        self._column = _PITCH * dice.uniform(0.6, 1.35)
+        self._radius = min(_PITCH, self._column) * dice.uniform(0.34, 0.7)
+        # Columns left free between two characters.
+        self._free = dice.choice((1.0, 1.0, 2.0, dice.uniform(0.9, 2.5)))
         self._forms = {
             character: forms[dice.integers(len(forms))] for character, forms in FORMS.items()
         }
@@ -153,4 +154,4 @@ class DotFace:
                     cv2.LINE_AA,
                     shift,
                 )
-        return Glyph(mask, -margin, -CAP_HEIGHT - margin, (COLUMNS + 1) * self._column)
+        return Glyph(mask, -margin, -CAP_HEIGHT - margin, (COLUMNS + self._free) * self._column)

@@ -146,11 +146,15 @@ class StrokeFace:
 
     capitals_only = True
 
+    # How wide its letters are and how thick their strokes, in cap heights.
+    _widths, _thicknesses = (0.36, 0.62), (0.10, 0.20)
+
     def __init__(self, seed):
         dice = np.random.default_rng(seed)
         self.name = f"strokes-{seed}"
-        self._width = CAP_HEIGHT * dice.uniform(0.36, 0.62)
-        self._thickness = int(round(min(CAP_HEIGHT * dice.uniform(0.10, 0.20), self._width * 0.36)))
+        self._width = CAP_HEIGHT * dice.uniform(*self._widths)
+        thickness = CAP_HEIGHT * dice.uniform(*self._thicknesses)
+        self._thickness = int(round(min(thickness, self._width * 0.36)))
         # With sharper corners 8 and 0 could not be told from B and D.
         self._radius = CAP_HEIGHT * dice.uniform(0.12, 0.26)
         self._spacing = CAP_HEIGHT * dice.uniform(0.06, 0.22)
@@ -191,6 +195,12 @@ class StrokeFace:
         return Glyph(
             mask, int(self._spacing / 2), -CAP_HEIGHT - 1, mask.shape[1] - 3 + self._spacing
         )
+
+
+class WideFace(StrokeFace):
+    """The same with the wide, heavy letters of some plates and of containers."""
+
+    _widths, _thicknesses = (0.6, 0.95), (0.16, 0.27)
 
 
 def rounded(points, radius):

@@ -4,9 +4,11 @@ import cv2
 import numpy as np
 
 from . import marks
+from .backgrounds import crossed
+from .boxes import airs, draw_box, draw_wish
 from .dots import DotFace
 from .faces import CAP_HEIGHT
-from .pieces import SMALL_LETTERS, emblem, shrunk, small_print, text_box
+from .pieces import CROPS, SMALL_LETTERS, emblem, margins, shrunk, small_print
 from .scene import BASELINE, CLUTTER, FAINT, TEXT, Scene, set_line
 
 
@@ -15,33 +17,49 @@ def printed(text, face, small_face, dice, noise, level):
     character."""
     dotted = isinstance(face, DotFace)
     stencilled = not dotted and dice.random() < 0.05
+    wish = draw_wish(text, dice) if dice.random() < 0.13 else None
     line = set_line(
         text,
         face,
-        spacing=dice.choice((0, 0, dice.uniform(-0.03, 0.3))),
-        gap=dice.uniform(0.25, 0.6),
+        spacing=_spacing(dice),
+        gap=dice.uniform(0.25, 0.6) if dice.random() < 0.75 else dice.uniform(0.6, 1.4),
         emblem=0.4,
         each=(lambda glyph: marks.stencil(glyph, dice)) if stencilled else None,
+        airs=airs(wish),
     )
     if line is None:
         return None
-    mask = line[0]
+    mask = line.mask
     if dotted:
-        mask = marks.slanted(mask, dice)
-    elif not stencilled:
+        mask = marks.wavy(mask, dice)
+        mask = mask if wish else marks.slanted(mask, dice)
+    elif not stencilled and not wish:
         mask = marks.marked(mask, dice, noise)
     scene = Scene(mask.shape[1], len(text))
     scene.stamp(TEXT, mask, scene.left, scene.top - BASELINE + CAP_HEIGHT)
-    if dice.random() < 0.45 * level:
+    if wish:
+        draw_box(scene, line.spans_in(scene), wish, dice)
+    if dice.random() < 0.1 + 0.4 * level:
         _neighbours(scene, small_face, dice)
     if dice.random() < 0.18 * level:
         _print_behind(scene, small_face, dice)
     if dice.random() < 0.22 * level:
         _furniture(scene, dice)
-    box = text_box(scene, dice, 0.02 if level > 0.5 else 0.1, dice.choice((0.15, 0.3, 0.55)))
+    if dice.random() < 0.05 + 0.2 * level:
+        crossed(scene, dice)
+    box = margins(scene, dice, dice.choices(CROPS, (3, 5, 5, 4))[0])
     if any(character in "gjpqy()/" for character in text):
         box = box[:3] + (box[3] + CAP_HEIGHT * 0.22,)
     return scene, box
+
+
+def _spacing(dice):
+    """What stands between two characters besides their own sides, in cap heights: little mostly,
+    much in some lines."""
+    kind = dice.random()
+    if kind < 0.55:
+        return 0
+    return dice.uniform(-0.03, 0.3) if kind < 0.85 else dice.uniform(0.3, 1.1)
 
 
 def _neighbours(scene, face, dice):

@@ -50,4 +50,6 @@ def all_stand_out(places, owners, picture, bare, capitals, noise):
     height, width = contrast.shape
     columns, rows = np.rint(places).astype(np.intp).T
     seen = contrast[rows.clip(0, height - 1), columns.clip(0, width - 1)] >= _LEAST_CONTRAST + noise
+    # Where the picture's side cuts a mark, that part of it is not seen.
+    seen &= (rows >= -1) & (rows <= height) & (columns >= -1) & (columns <= width)
     return bool((np.bincount(owners, seen) >= _LEAST_PART * np.bincount(owners)).all())

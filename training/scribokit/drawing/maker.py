@@ -1,26 +1,40 @@
 """The picture maker: draws labelled pictures of one recipe from a seed, the same ones each time."""
 import random
+from collections import namedtuple
 
-from . import camera, conditions, layouts, plates, texts
+from . import camera, codes, conditions, containers, counters, displays, layouts, paints, plates
+from . import texts
 from .dots import DotFace
-from .faces import FontFace, StrokeFace
-from .fontlist import PLATE, PRINT, SEGMENT, font_files
+from .faces import FontFace, StrokeFace, WideFace
+from . import fontlist
 from .lookalikes import is_told
 from .noise import NoiseBank
+from .recipes import CONTAINER, COUNTER, DATECODE, DISPLAY, PLATE, PRINT, RECIPES
+from .segments import SegmentFace
 
-# name: (chance of a plate, lowest level, highest level)
-RECIPES = {
-    "moderate": (0.0, 0.15, 0.4),
-    "hard": (0.0, 0.7, 1.0),
-    "plates": (1.0, 0.3, 1.0),
-    "mix": (0.45, 0.0, 1.0),
-    "clean": (0.0, 0.0, 0.0),
-}
+_FONT_USES = (
+    ("plate", fontlist.PLATE),
+    ("print", fontlist.PRINT),
+    ("segment", fontlist.SEGMENT),
+)
 # Faces that are drawn from a seed: their kind and how many of them there are.
-_DRAWN_FACES = {"strokes": (StrokeFace, 160), "dots": (DotFace, 60)}
+_DRAWN_FACES = {
+    "strokes": (StrokeFace, 160),
+    "wide": (WideFace, 80),
+    "dots": (DotFace, 90),
+    "segments": (SegmentFace, 120),
+}
 _HELD_OUT_SEED = 100_000
-# What lines of print are drawn with, and how often.
-_PRINT_USES = ("print", "plate", "dots", "strokes", "segment"), (70, 12, 10, 5, 3)
+# What the kinds of lines are drawn with, and how often.
+_PRINT_USES = ("print", "plate", "dots", "strokes", "wide", "segment"), (68, 12, 11, 4, 2, 3)
+_DATECODE_USES = ("dots", "print", "plate", "strokes"), (45, 40, 12, 3)
+_PLATE_USES = ("strokes", "plate", "wide"), (42, 43, 15)
+_CONTAINER_USES = ("plate", "print", "strokes", "wide"), (50, 25, 13, 12)
+_COUNTER_USES = ("print", "plate", "strokes", "wide"), (48, 34, 14, 4)
+_DISPLAY_USES = ("segments", "segment"), (72, 28)
+
+# A line as it is laid out (scene, box; None when that failed), seen and painted.
+_Drawn = namedtuple("_Drawn", "text laid view paint")
 
 
 class FaceSet:
@@ -28,8 +42,7 @@ class FaceSet:
 
     def __init__(self, held_out):
         self._files = {
-            name: font_files(patterns, held_out)
-            for name, patterns in (("plate", PLATE), ("print", PRINT), ("segment", SEGMENT))
+            name: fontlist.font_files(patterns, held_out) for name, patterns in _FONT_USES
         }
         if not self._files["print"]:
             raise RuntimeError("no fonts found: install the packages of training/packages.txt")
@@ -72,20 +85,28 @@ class PictureMaker:
     """draw() gives (picture, label): height×width×3 bytes BGR, 12 to 60 pixels high, and the
     characters to read.
 
-    Texts are the kit's, or what `write` gives when called with a random.Random; a text with
-    characters outside the alphabet is drawn again, other than gaps and emblems, which are not read.
-    `faces` replaces the kit's fonts. Lines of print, unless `write` gives them, hold no 0 or 1 that
-    neither its place nor the face tells from a letter.
+    Texts are the kit's, or what `write` gives for lines of print when called with a random.Random;
+    a text with characters outside the alphabet is drawn again, other than gaps and emblems, which
+    are not read. `faces` replaces the kit's fonts. Lines of print and date codes, unless `write`
+    gives them, hold no 0 or 1 that neither its place nor the face tells from a letter.
     """
 
     def __init__(self, recipe, alphabet, seed, held_out=False, faces=None, write=None):
-        self._plates, self._low, self._high = RECIPES[recipe]
+        self._recipe = RECIPES[recipe]
         self._alphabet = alphabet
         self._dice = random.Random(seed)
         self._noise = NoiseBank(7)
         self._faces = faces or FaceSet(held_out)
         self._write = write or (lambda dice: texts.print_text(alphabet, dice))
         self._is_told = (lambda text, face: True) if write else is_told
+        self._draw_kind = {
+            PRINT: self._print,
+            PLATE: self._plate,
+            CONTAINER: self._container,
+            COUNTER: self._counter,
+            DISPLAY: self._display,
+            DATECODE: self._datecode,
+        }
 
     def draw(self):
         while True:
@@ -95,38 +116,86 @@ class PictureMaker:
 
     def _try(self):
         dice = self._dice
-        level = dice.uniform(self._low, self._high)
-        small_face = self._faces.draw("print", dice)
-        if dice.random() < self._plates:
-            text = texts.plate_text(dice)
-            if not texts.is_readable(text, self._alphabet):
-                return None
-            face = self._faces.draw("strokes" if dice.random() < 0.5 else "plate", dice)
-            laid = plates.plate(text, face, small_face, dice)
-            view = conditions.draw_view(dice, level, stretch=(0.4, 1.05), askew=0.6)
-            paint = conditions.draw_plate_paint(dice, level)
-        else:
-            text = self._write(dice)
-            use = dice.choices(*_PRINT_USES)[0]
-            face = self._faces.draw(use, dice)
-            if use == "segment" and not set(text) <= set("0123456789-.:"):
-                text = texts.fill(dice.choice(("99.9", "9999", "99:99", "-99.9", "999999")), dice)
-            elif face.capitals_only:
-                text = text.upper()
-            if not (texts.is_readable(text, self._alphabet) and self._is_told(text, face)):
-                return None
-            laid = layouts.printed(text, face, small_face, dice, self._noise, level)
-            view = conditions.draw_view(dice, level)
-            view.curvature = (
-                dice.uniform(0.3, 0.9) * dice.choice((-1, 1))
-                if dice.random() < 0.06 * level
-                else 0.0
-            )
-            paint = conditions.draw_paint(dice, level)
-            if dice.random() < 0.06:
-                conditions.emboss(paint, view, dice)
-        if laid is None:
+        level = dice.uniform(self._recipe.low, self._recipe.high)
+        kinds = self._recipe.kinds
+        kind = dice.choices(list(kinds), list(kinds.values()))[0]
+        drawn = self._draw_kind[kind](level, self._faces.draw("print", dice))
+        if drawn is None or drawn.laid is None:
             return None
-        scene, box = laid
-        picture = camera.shoot(scene, box, view, paint, dice, self._noise)
-        return None if picture is None else (picture, texts.label_of(text, self._alphabet))
+        scene, box = drawn.laid
+        picture = camera.shoot(scene, box, drawn.view, drawn.paint, dice, self._noise)
+        return None if picture is None else (picture, texts.label_of(drawn.text, self._alphabet))
+
+    def _readable(self, text):
+        return texts.is_readable(text, self._alphabet)
+
+    def _plate(self, level, small_face):
+        dice = self._dice
+        text = texts.plate_text(dice)
+        if not self._readable(text):
+            return None
+        face = self._faces.draw(dice.choices(*_PLATE_USES)[0], dice)
+        laid = plates.plate(text, face, small_face, dice)
+        view = conditions.draw_view(dice, level, stretch=(0.4, 1.05), askew=0.6)
+        return _Drawn(text, laid, view, conditions.draw_plate_paint(dice, level))
+
+    def _print(self, level, small_face):
+        dice = self._dice
+        text = self._write(dice)
+        use = dice.choices(*_PRINT_USES)[0]
+        if use == "segment" and not set(text) <= set("0123456789-.:"):
+            text = texts.fill(dice.choice(("99.9", "9999", "99:99", "-99.9", "999999")), dice)
+        return self._printed(text, use, level, small_face)
+
+    def _datecode(self, level, small_face):
+        use = self._dice.choices(*_DATECODE_USES)[0]
+        return self._printed(codes.datecode_text(self._dice), use, level, small_face)
+
+    def _printed(self, text, use, level, small_face):
+        dice = self._dice
+        face = self._faces.draw(use, dice)
+        text = text.upper() if face.capitals_only else text
+        if not (self._readable(text) and self._is_told(text, face)):
+            return None
+        laid = layouts.printed(text, face, small_face, dice, self._noise, level)
+        view = conditions.draw_view(dice, level)
+        if dice.random() < 0.06 * level:
+            view.curvature = dice.uniform(0.3, 0.9) * dice.choice((-1, 1))
+        paint = conditions.draw_paint(dice, level)
+        kind = dice.random()
+        if kind < 0.05:
+            conditions.emboss(paint, view, dice)
+        elif kind < 0.05 + 0.06 * level:
+            conditions.steel(paint, view, dice)
+        return _Drawn(text, laid, view, paint)
+
+    def _container(self, level, small_face):
+        dice = self._dice
+        text = codes.container_text(dice)
+        face = self._faces.draw(dice.choices(*_CONTAINER_USES)[0], dice)
+        if not self._readable(text):
+            return None
+        laid = containers.container(text, face, small_face, dice, self._noise)
+        view = conditions.draw_view(dice, level, stretch=(0.6, 1.3), askew=0.5)
+        return _Drawn(text, laid, view, paints.draw_container_paint(dice, level))
+
+    def _counter(self, level, small_face):
+        dice = self._dice
+        text = codes.counter_text(dice)
+        face = self._faces.draw(dice.choices(*_COUNTER_USES)[0], dice)
+        if not self._readable(text):
+            return None
+        laid = counters.counter(text, face, small_face, dice)
+        view = conditions.draw_view(dice, level, stretch=(0.7, 1.3), askew=0.3)
+        return _Drawn(text, laid, view, paints.draw_counter_paint(dice, level))
+
+    def _display(self, level, small_face):
+        dice = self._dice
+        text = codes.display_text(dice)
+        face = self._faces.draw(dice.choices(*_DISPLAY_USES)[0], dice)
+        if not self._readable(text):
+            return None
+        laid = displays.display(text, face, small_face, dice)
+        view = conditions.draw_view(dice, level, stretch=(0.7, 1.4), askew=0.3)
+        view.glare = 0.3 * level
+        return _Drawn(text, laid, view, paints.draw_display_paint(dice, level))

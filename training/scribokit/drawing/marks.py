@@ -51,6 +51,19 @@ def slanted(mask, dice):
     return cv2.warpAffine(mask, matrix, (width + 2 * room, height))
 
 
+def wavy(mask, dice):
+    """A baseline that goes up and down a little, in three lines of ten, as on a product that
+    shakes."""
+    if dice.random() >= 0.3:
+        return mask
+    height, width = mask.shape
+    columns = np.arange(width, dtype=np.float32)
+    period, phase = dice.uniform(60, 400), dice.uniform(0, 2 * math.pi)
+    shift = dice.uniform(0.5, 2.5) * np.sin(columns / period * 2 * math.pi + phase)
+    map_y = np.arange(height, dtype=np.float32)[:, None] + shift[None].astype(np.float32)
+    return cv2.remap(mask, np.repeat(columns[None], height, 0), map_y, cv2.INTER_LINEAR)
+
+
 def missing_columns(mask, dice):
     """Thermal transfer with dead heater elements: thin lines along the print without ink."""
     mask = mask.copy()

@@ -17,7 +17,7 @@ def small_print(face, dice, letters, count):
     """A short piece of other print as a mask at CAP_HEIGHT, or None."""
     text = "".join(dice.choice(letters) for _ in range(count)).strip() or "A"
     line = set_line(text, face, spacing=dice.uniform(0, 0.3))
-    return line[0] if line else None
+    return line.mask if line else None
 
 
 def emblem(scene, layer, x, y, radius, dice):
@@ -68,9 +68,17 @@ def scenery(scene, dice):
     scene.stamp(FAINT, cv2.GaussianBlur(shade, (0, 0), dice.uniform(1, 10)), 0, 0)
 
 
-def text_box(scene, dice, low, high):
-    """The box (x0, y0, x1, y1) around the text, each side `low` to `high` cap heights away."""
+# How the sides of a crop lie about a line: the least and the most room, in cap heights.
+TIGHT, USUAL, LOOSE, WIDE = CROPS = (-0.08, 0.1), (0.03, 0.25), (0.1, 0.45), (0.2, 0.62)
+
+
+def margins(scene, dice, crop):
+    """A box (x0, y0, x1, y1) around the text as people draw them, each side for itself, so that the
+    line stands off centre in it. A crop may be TIGHT at one side or several."""
+    sides = [
+        dice.uniform(*(USUAL if crop is TIGHT and dice.random() < 0.4 else crop)) for _ in range(4)
+    ]
+    edges = scene.left, scene.top, scene.right, scene.bottom
     return tuple(
-        v + s * CAP_HEIGHT * dice.uniform(low, high)
-        for v, s in ((scene.left, -1), (scene.top, -1), (scene.right, 1), (scene.bottom, 1))
+        value + sign * CAP_HEIGHT * side for value, sign, side in zip(edges, (-1, -1, 1, 1), sides)
     )

@@ -5,7 +5,17 @@ import numpy as np
 
 from . import marks
 from .faces import CAP_HEIGHT
-from .pieces import SMALL_LETTERS, emblem, scenery, shrunk, small_print, text_box
+from .pieces import (
+    LOOSE,
+    SMALL_LETTERS,
+    TIGHT,
+    USUAL,
+    emblem,
+    margins,
+    scenery,
+    shrunk,
+    small_print,
+)
 from .scene import BASELINE, CLUTTER, FAINT, OUTSIDE, TEXT, Scene, set_line
 
 _SLOGAN_LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZ abcdefghijklmnopqrstuvwxyz"
@@ -13,7 +23,7 @@ _SLOGAN_LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZ abcdefghijklmnopqrstuvwxyz"
 
 def plate(text, face, small_face, dice):
     """A number plate or a tag: (scene, box), or None when the face lacks a character."""
-    scene = _lettered(text, face, dice)
+    scene = _lettered(text, face, small_face, dice)
     if scene is None:
         return None
     edge = _furnished(scene, small_face, dice)
@@ -25,14 +35,14 @@ def plate(text, face, small_face, dice):
     if dice.random() < 0.4:
         bodywork(scene, edge, dice)
     if dice.random() < 0.25:
-        return scene, text_box(scene, dice, 0.05, 0.25)
+        return scene, margins(scene, dice, dice.choice((TIGHT, USUAL, USUAL, LOOSE)))
     loose = 0.5 if dice.random() < 0.4 else 0.1
     return scene, tuple(
         v + side * CAP_HEIGHT * dice.uniform(-0.02, loose) for v, side in zip(edge, (-1, -1, 1, 1))
     )
 
 
-def _lettered(text, face, dice):
+def _lettered(text, face, small_face, dice):
     """The characters and what stands in their gaps."""
     width = dice.uniform(0.25, 0.75)
     line = set_line(
@@ -45,13 +55,15 @@ def _lettered(text, face, dice):
     )
     if line is None:
         return None
-    mask, emblems = line
+    mask, emblems = line.mask, line.emblems
     mask = marks.heavier(mask, dice) if dice.random() < 0.12 else mask
     scene = Scene(mask.shape[1], len(text))
     scene.stamp(TEXT, mask, scene.left, scene.top - BASELINE + CAP_HEIGHT)
     for x in emblems:
         kind = dice.random()
-        if kind < 0.25:
+        if kind < 0.12:
+            _name_in_gap(scene, small_face, scene.left + x, width * CAP_HEIGHT, dice)
+        elif kind < 0.32:
             seals(scene, scene.left + x, width, dice)
         elif kind < 0.88:
             radius = width * CAP_HEIGHT * dice.uniform(0.12, 0.42)
@@ -64,6 +76,20 @@ def _lettered(text, face, dice):
                 dice,
             )
     return scene
+
+
+def _name_in_gap(scene, face, x, width, dice):
+    """Small print in a gap of this width around x, such as a state's or a town's name: too small to
+    be taken for a character of the plate."""
+    mask = small_print(face, dice, _SLOGAN_LETTERS, dice.randint(2, 6))
+    if mask is None:
+        return
+    mask = shrunk(mask, min(0.34, 0.9 * width / mask.shape[1]))
+    rows = dice.choice((1, 1, 2))
+    for row in range(rows):
+        y = dice.uniform(scene.top, scene.bottom - mask.shape[0])
+        y = y if rows == 1 else scene.top + row * (CAP_HEIGHT - mask.shape[0])
+        scene.stamp(CLUTTER, mask, x - mask.shape[1] / 2, y)
 
 
 def _furnished(scene, face, dice):

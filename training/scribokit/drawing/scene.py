@@ -3,8 +3,11 @@ faces.
 
 Layer TEXT holds the characters to read, CLUTTER all other sharp marks, OUTSIDE what lies beyond the
 edge of the body that carries them (a plate, a label), FAINT the print behind. All four are planes
-of one picture, so that the camera warps them in one step.
+of one picture, so that the camera warps them in one step. Ribs, folds and bars change how bright
+things are, which a plane of its own says: `shade`, the factor of each pixel, or None.
 """
+from collections import namedtuple
+
 import cv2
 import numpy as np
 
@@ -13,6 +16,15 @@ from .faces import CAP_HEIGHT
 TEXT, CLUTTER, OUTSIDE, FAINT = range(4)
 _MARGIN = 60
 MAX_WIDTH = 740
+
+
+class Line(namedtuple("Line", "mask emblems spans")):
+    """A line as it is set: mask of CAP_HEIGHT above and 14 pixels below the baseline, the x of its
+    emblems, and for each character of the text where its ink is (x from, x to), None for a gap."""
+
+    def spans_in(self, scene):
+        """The spans in a scene that has the line at its left."""
+        return [span and (span[0] + scene.left, span[1] + scene.left) for span in self.spans]
 
 
 class Scene:
@@ -25,7 +37,13 @@ class Scene:
         self.planes = [np.zeros((self.height, self.width), np.uint8) for _ in range(4)]
         self.left, self.top = _MARGIN, _MARGIN
         self.right, self.bottom = self.width - _MARGIN, _MARGIN + CAP_HEIGHT
-        self.body = None
+        self.shade = None
+
+    def shaded(self):
+        """The plane of factors, to be changed in place."""
+        if self.shade is None:
+            self.shade = np.ones((self.height, self.width), np.float32)
+        return self.shade
 
     def stamp(self, layer, mask, x, y):
         """Lays a mask over a layer at (x, y), cut at the edges."""
@@ -67,13 +85,16 @@ class Scene:
         )
 
 
-def set_line(text, face, spacing=0.0, gap=0.45, emblem=0.35, pitch=None, each=None):
-    """Sets a text: (mask of CAP_HEIGHT above and 14 pixels below the baseline, list of the x of its
-    emblems), or None when the face lacks a character. Spacing, gap (for ' ') and emblem (for '*')
-    in cap heights; with a pitch every character takes that many cap heights. `each` changes the
-    mask of single characters."""
-    pen, placed, emblems = 2.0, [], []
-    for character in text:
+def set_line(text, face, spacing=0.0, gap=0.45, emblem=0.35, pitch=None, each=None, airs=None):
+    """Sets a text as a Line, or None when the face lacks a character or the line is too long.
+    Spacing, gap (for ' ') and emblem (for '*') in cap heights; with a pitch every character takes
+    that many cap heights. `each` changes the mask of single characters, `airs` moves those at these
+    places away from the one before, by so many pixels."""
+    pen, placed, emblems, spans = 2.0, [], [], []
+    airs = airs or {}
+    for place, character in enumerate(text):
+        pen += airs.get(place, 0)
+        spans.append(None)
         if character in " *":
             if character == "*":
                 emblems.append(pen + emblem * CAP_HEIGHT / 2)
@@ -89,6 +110,8 @@ def set_line(text, face, spacing=0.0, gap=0.45, emblem=0.35, pitch=None, each=No
         else:
             placed.append((glyph, pen + glyph.left))
             pen += advance
+        x = max(0, int(placed[-1][1]))
+        spans[-1] = (x, x + glyph.mask.shape[1])
     width = int(max((x + glyph.mask.shape[1] for glyph, x in placed), default=0)) + 3
     if not placed or width > MAX_WIDTH:
         return None
@@ -100,7 +123,7 @@ def set_line(text, face, spacing=0.0, gap=0.45, emblem=0.35, pitch=None, each=No
         x = max(0, int(x))
         target = mask[y : y + ink.shape[0], x : x + ink.shape[1]]
         np.maximum(target, ink[:, : target.shape[1]], out=target)
-    return mask, emblems
+    return Line(mask, emblems, spans)
 
 
 BASELINE = CAP_HEIGHT + 12

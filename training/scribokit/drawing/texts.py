@@ -286,17 +286,32 @@ def _shows_its_digits(text):
     return not digits or not digits <= set("01")
 
 
+def digit_text(dice):
+    """A line of digits alone, whatever it may be: an article number, a counter, a quantity. Some
+    are mostly 0 and 1, so that nothing but the line itself tells them from O and I."""
+    length = dice.choice((1, 2, 3, 4, 4, 5, 5, 6, 6, 7, 8, 9, 10, 12, 13))
+    pools = DIGITS, DIGITS + "0" * 12, DIGITS + "01" * 6, "01"
+    pool = dice.choices(pools, (75, 12, 9, 4))[0]
+    digits = "".join(dice.choice(pool) for _ in range(length))
+    if length > 5 and dice.random() < 0.3:
+        place = dice.randint(2, length - 2)
+        digits = f"{digits[:place]} {digits[place:]}"
+    return digits
+
+
 def print_text(alphabet, dice):
     kind = dice.random()
-    if kind < 0.32:
+    if kind < 0.29:
         return fill(dice.choice(CODE_PATTERNS), dice)
-    if kind < 0.54:
+    if kind < 0.49:
         return date_text(dice)
-    if kind < 0.60:
+    if kind < 0.53:
         return gtin_text(dice)
-    if kind < 0.70:
+    if kind < 0.63:
+        return digit_text(dice)
+    if kind < 0.73:
         return word_text(dice)
-    if kind < 0.85:
+    if kind < 0.87:
         return even_text(alphabet, dice)
     return fill(dice.choice(PLATE_PATTERNS), dice).replace("*", dice.choice(" -."))
 

@@ -3,7 +3,7 @@
 import numpy as np
 
 from ..common.ctc import steps_needed
-from ..common.inputs import HEIGHT, NARROWEST, WIDEST, network_input, stretched
+from ..common.inputs import HEIGHT, NARROWEST, WIDEST, Stretch, network_input
 
 WIDTH_STEP = 16
 
@@ -12,14 +12,14 @@ class Batches:
     """next() gives (pictures count×3×32×width bytes, labels). Widths are rounded to WIDTH_STEP,
     which stretches a picture by a few per cent; pictures wider than `widest` are drawn again, so
     that training can begin narrow. So are those whose label needs more steps than a network has
-    that stretches pictures below `stretch_below`.
+    that stretches its pictures so.
     """
 
-    def __init__(self, maker, columns, widest=WIDEST, stretch_below=0):
+    def __init__(self, maker, columns, widest=WIDEST, stretch=Stretch()):
         self._maker = maker
         self._columns = columns
         self._widest = widest
-        self._stretch_below = stretch_below
+        self._stretch = stretch
         self._waiting = {}
 
     def next(self):
@@ -30,7 +30,7 @@ class Batches:
             if natural > self._widest + WIDTH_STEP / 2 and self._widest < WIDEST:
                 continue
             width = int(min(WIDEST, max(NARROWEST, round(natural / WIDTH_STEP) * WIDTH_STEP)))
-            if steps_needed(label) > stretched(width, self._stretch_below) // 4:
+            if steps_needed(label) > self._stretch.columns(width) // 4:
                 continue
             waiting = self._waiting.setdefault(width, [])
             waiting.append((network_input(picture, width), label))

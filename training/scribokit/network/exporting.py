@@ -10,7 +10,7 @@ import onnx
 import torch
 from onnx import TensorProto, helper
 
-from .model import STRETCH, folded, from_onnx, weight_count
+from .model import MORE_COLUMNS, STRETCH_BELOW, folded, from_onnx, weight_count
 
 OPSET = 13
 TOLERANCE = 1e-4
@@ -23,7 +23,7 @@ def write_onnx(model, path):
     """
     plain = folded(model).eval()
     plain.scores = True
-    plain.shape.stretch_below = 0
+    plain.shape.stretch_below = plain.shape.more_columns = 0
     example = torch.zeros(1, 3, 32, 160)
     with warnings.catch_warnings():
         # PyTorch warns of its own checks of sizes, which a trace leaves out, and of batches of
@@ -40,8 +40,8 @@ def write_onnx(model, path):
             do_constant_folding=True,
         )
     written = onnx.load(str(path))
-    if model.shape.stretch_below:
-        _stretch_first(written.graph, model.shape.stretch_below)
+    if any(model.shape.stretch):
+        _stretch_first(written.graph, model.shape.stretch)
         onnx.save(written, str(path))
     onnx.checker.check_model(written, full_check=True)
     difference = export_difference(model, path)
@@ -50,34 +50,40 @@ def write_onnx(model, path):
     return difference
 
 
-def _stretch_first(graph, below):
-    """Lets a graph stretch its pictures as Shape.stretched() says. A trace would have fixed the
-    width."""
+def _stretch_first(graph, stretch):
+    """Lets a graph stretch its pictures as inputs.Stretch says. A trace would fix the width."""
     picture, stretched = graph.input[0], f"{graph.input[0].name}_stretched"
     for node in graph.node:
         node.input[:] = [stretched if name == picture.name else name for name in node.input]
-    extents = [dimension.dim_value for dimension in picture.type.tensor_type.shape.dim[:3]] + [
-        below
-    ]
-    graph.initializer.extend(
-        [
-            helper.make_tensor(STRETCH, TensorProto.INT64, [4], extents),
-            helper.make_tensor("two", TensorProto.INT64, [1], [2]),
+    nodes = [helper.make_node("Shape", [picture.name], ["extents"])]
+    wanted = "extents"
+
+    def constant(name, *values):
+        graph.initializer.append(helper.make_tensor(name, TensorProto.INT64, [len(values)], values))
+
+    if stretch.more:
+        constant(MORE_COLUMNS, 0, 0, 0, stretch.more)
+        nodes.append(helper.make_node("Add", [wanted, MORE_COLUMNS], ["widened"]))
+        wanted = "widened"
+    if stretch.below:
+        extents = [dimension.dim_value for dimension in picture.type.tensor_type.shape.dim[:3]]
+        constant(STRETCH_BELOW, *extents, stretch.below)
+        constant("two", 2)
+        nodes += [
+            helper.make_node("Add", ["extents", STRETCH_BELOW], ["twice_half_way"]),
+            helper.make_node("Div", ["twice_half_way", "two"], ["half_way"]),
+            helper.make_node("Max", ["half_way", wanted], ["wanted"]),
         ]
-    )
-    nodes = [
-        helper.make_node("Shape", [picture.name], ["extents"]),
-        helper.make_node("Add", ["extents", STRETCH], ["twice_half_way"]),
-        helper.make_node("Div", ["twice_half_way", "two"], ["half_way"]),
-        helper.make_node("Max", ["half_way", "extents"], ["wanted"]),
+        wanted = "wanted"
+    nodes.append(
         helper.make_node(
             "Resize",
-            [picture.name, "", "", "wanted"],
+            [picture.name, "", "", wanted],
             [stretched],
             mode="linear",
             coordinate_transformation_mode="half_pixel",
-        ),
-    ]
+        )
+    )
     for node in reversed(nodes):
         graph.node.insert(0, node)
 
@@ -123,13 +129,11 @@ def card_text(name, model, alphabet, training, results, weaknesses, fonts):
     """The model card: what the model is, how it was trained (rows of name and value), what it
     reached."""
     widths = [width for stage in model.shape.stages for width in stage]
-    below = model.shape.stretch_below
-    stretch = (
-        f"pictures narrower than {below} columns stretched half of the way to that, "
-        if below
-        else ""
-    )
-    steps = "steps = stretched width / 4" if below else "steps = width / 4"
+    below, more = model.shape.stretch
+    stretch = f"every picture stretched by {more} columns, " if more else ""
+    if below:
+        stretch += f"pictures narrower than {below} columns stretched half of the way to that, "
+    steps = "steps = stretched width / 4" if stretch else "steps = width / 4"
     rows = [
         (
             "network",

@@ -6,7 +6,7 @@ import cv2
 import numpy as np
 
 from ..common.ctc import steps_needed
-from ..common.inputs import network_input, stretched
+from ..common.inputs import Stretch, network_input
 from .batches import WIDTH_STEP
 
 
@@ -59,13 +59,13 @@ class MixedMaker:
     """draw() gives a varied picture of the line, or, with the chance `rehearsal`, a freshly drawn
     one, so that the network goes on being asked what it already knew."""
 
-    def __init__(self, pictures, drawn, rehearsal, seed, stretch_below=0):
-        """pictures: (picture, label) pairs; drawn: a maker; stretch_below: that of the network."""
+    def __init__(self, pictures, drawn, rehearsal, seed, stretch=Stretch()):
+        """pictures: (picture, label) pairs; drawn: a maker; stretch: that of the network."""
         self._pictures = [
             (picture, label)
             for picture, label in pictures
             if steps_needed(label)
-            <= stretched(network_input(picture).shape[2] - WIDTH_STEP, stretch_below) // 4
+            <= stretch.columns(network_input(picture).shape[2] - WIDTH_STEP) // 4
         ]
         if not self._pictures:
             raise ValueError("no picture is wide enough for its label")

@@ -6,12 +6,12 @@ import torch
 from torch import nn
 from torch.nn import functional
 
-from ..common.inputs import WIDEST, stretched
+from ..common.inputs import WIDEST, Stretch
 
 
-# The constant of an exported model that holds the extents half of the way to which narrow pictures
-# are stretched.
-STRETCH = "stretch_below"
+# The constants of an exported model that hold the extents half of the way to which narrow pictures
+# are stretched, and those by which every picture is.
+STRETCH_BELOW, MORE_COLUMNS = "stretch_below", "more_columns"
 
 # Rows and columns that become one after each stage: 32 rows become 2, and 4 columns 1.
 POOLS = ((2, 2), (2, 2), (2, 1), (2, 1))
@@ -21,17 +21,22 @@ POOLS = ((2, 2), (2, 2), (2, 1), (2, 1))
 class Shape:
     """Widths of the convolutions stage by stage, a pool after each stage but the last, and of the
     LSTM; normalised: batch normalisation after each convolution. The very last convolution joins
-    the two rows that are left. A picture narrower than `stretch_below` columns is stretched first,
-    as inputs.stretched() says."""
+    the two rows that are left. Pictures are stretched first as inputs.Stretch says, by
+    `more_columns` and towards `stretch_below`."""
 
     stages: tuple = ((24,), (48,), (96, 96), (128,), (160,))
     hidden: int = 96
     classes: int = 71
     normalised: bool = True
     stretch_below: int = 0
+    more_columns: int = 0
 
     def __post_init__(self):
         self.stages = tuple(tuple(int(width) for width in stage) for stage in self.stages)
+        if not 0 <= self.more_columns <= WIDEST:
+            raise ValueError(
+                f"pictures can be stretched by 0 to {WIDEST} columns, not {self.more_columns}"
+            )
         if not 0 <= self.stretch_below <= WIDEST:
             raise ValueError(
                 f"pictures can be stretched towards 0 to {WIDEST} columns, not {self.stretch_below}"
@@ -40,6 +45,10 @@ class Shape:
             stage and min(stage) > 0 for stage in self.stages
         ):
             raise ValueError(f"a network has {len(POOLS) + 1} stages of one convolution or more")
+
+    @property
+    def stretch(self):
+        return Stretch(self.stretch_below, self.more_columns)
 
     def as_dict(self):
         return asdict(self)
@@ -80,7 +89,7 @@ class Crnn(nn.Module):
 
     def forward(self, pictures):
         height, width = pictures.shape[2:]
-        wanted = stretched(width, self.shape.stretch_below)
+        wanted = self.shape.stretch.columns(width)
         if wanted > width:
             pictures = functional.interpolate(
                 pictures, (height, wanted), mode="bilinear", align_corners=False
@@ -152,7 +161,7 @@ def from_onnx(path):
         pools != POOLS
         or len(kinds["LSTM"]) != 1
         or not kinds["MatMul"]
-        or len(kinds["Resize"]) != (STRETCH in weights)
+        or len(kinds["Resize"]) != (STRETCH_BELOW in weights or MORE_COLUMNS in weights)
     ):
         raise ValueError(
             f"{path}: not a model of convolutions in {len(POOLS) + 1} stages, "
@@ -167,8 +176,10 @@ def from_onnx(path):
         if name in weights
     )
     hidden = weights[lstm.input[2]].shape[2]
-    stretch_below = int(weights[STRETCH][3]) if STRETCH in weights else 0
-    model = Crnn(Shape(_stages_of(graph, weights), hidden, len(bias), False, stretch_below))
+    stretch = [
+        int(weights[name][3]) if name in weights else 0 for name in (STRETCH_BELOW, MORE_COLUMNS)
+    ]
+    model = Crnn(Shape(_stages_of(graph, weights), hidden, len(bias), False, *stretch))
     with torch.no_grad():
         for layer, node in zip(convolutions(model), kinds["Conv"]):
             layer.weight.copy_(torch.from_numpy(weights[node.input[1]].copy()))
@@ -223,7 +234,8 @@ def blended(model, earlier, part):
     the first. ValueError when their shapes differ in anything else.
     """
     model, earlier = folded(model), folded(earlier)
-    if model.shape != replace(earlier.shape, stretch_below=model.shape.stretch_below):
+    below, more = model.shape.stretch
+    if model.shape != replace(earlier.shape, stretch_below=below, more_columns=more):
         raise ValueError("the networks to blend have different shapes")
     old = earlier.state_dict()
     model.load_state_dict(

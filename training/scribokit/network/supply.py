@@ -6,18 +6,19 @@ import signal
 
 import cv2
 
+from ..common.inputs import Stretch
 from ..drawing.maker import PictureMaker
 from .batches import Batches
 
 
-def _work(recipe, alphabet, seed, columns, widest, stretch_below, outbox, parent):
+def _work(recipe, alphabet, seed, columns, widest, stretch, outbox, parent):
     cv2.setNumThreads(1)
     # Ctrl-C reaches the workers as well; the training, which it stops, ends them.
     signal.signal(signal.SIGINT, signal.SIG_IGN)
     # When the training has ended without a word nobody takes the last batches, and the end must not
     # wait for that.
     outbox.cancel_join_thread()
-    batches = Batches(PictureMaker(recipe, alphabet, seed), columns, widest, stretch_below)
+    batches = Batches(PictureMaker(recipe, alphabet, seed), columns, widest, stretch)
     while True:
         batch = batches.next()
         while True:
@@ -33,12 +34,10 @@ class Supply:
     """next() gives a batch as Batches does. With no workers it is drawn on the spot. Call close()
     at the end."""
 
-    def __init__(self, recipe, alphabet, seed, columns, widest, workers, stretch_below=0):
+    def __init__(self, recipe, alphabet, seed, columns, widest, workers, stretch=Stretch()):
         self._processes = []
         if workers < 1:
-            self._batches = Batches(
-                PictureMaker(recipe, alphabet, seed), columns, widest, stretch_below
-            )
+            self._batches = Batches(PictureMaker(recipe, alphabet, seed), columns, widest, stretch)
             return
         context = multiprocessing.get_context("spawn")
         self._outbox = context.Queue(maxsize=4 * workers)
@@ -49,7 +48,7 @@ class Supply:
                 seed * 1000 + worker,
                 columns,
                 widest,
-                stretch_below,
+                stretch,
                 self._outbox,
                 os.getpid(),
             )
