@@ -114,11 +114,22 @@ private:
     bool isUndecided = false;
 };
 
+/// Whether a reading is a text without match parts; the common case, which needs no search.
+bool isText(const QString& reading, const AcceptedText& accepted, const CharacterRules& characters)
+{
+    const QString text = accepted.text();
+    return std::equal(reading.begin(), reading.end(), text.begin(), text.end(),
+        [&characters](QChar read, QChar expected) { return characters.isSame(read, expected); });
+}
+
 } // namespace
 
 MatchPattern::Outcome matchText(const QString& reading, const AcceptedText& accepted,
     const std::vector<MatchPattern>& patterns, const CharacterRules& characters, int* triesLeft)
 {
+    if (patterns.empty()) {
+        return isText(reading, accepted, characters) ? Outcome::fits : Outcome::differs;
+    }
     if (reading.size() > MatchPattern::longestText) {
         return Outcome::undecided;
     }
