@@ -14,6 +14,8 @@ namespace scribo::line {
 namespace {
 
 constexpr int leastSide = 24;
+/// OpenCV turns no larger pictures.
+constexpr int longestSide = 32767;
 constexpr int mostPixels = 10000;
 
 /// The coarsest level: as coarse as possible while the patch has this many pixels on its shorter side and in all.
@@ -56,7 +58,8 @@ constexpr int fineSteps = 10;
 
 bool isUsable(const cv::Mat& picture)
 {
-    return !picture.empty() && picture.dims == 2 && (picture.type() == CV_8UC1 || picture.type() == CV_8UC3);
+    return !picture.empty() && picture.dims == 2 && picture.cols <= longestSide && picture.rows <= longestSide
+        && (picture.type() == CV_8UC1 || picture.type() == CV_8UC3);
 }
 
 /// Also false for what is not a number.
@@ -77,7 +80,12 @@ std::string fault(const AlignmentSettings& settings)
     if (!isWithin(settings.minimumScore, 0.3, 1)) {
         return "the minimum score is not from 0.3 to 1";
     }
-    if (settings.patch.width() < leastSide || settings.patch.height() < leastSide) {
+    // First, since the size of a rectangle with wild corners overflows.
+    const QRect& patch = settings.patch;
+    if (patch.left() < 0 || patch.top() < 0 || patch.right() >= longestSide || patch.bottom() >= longestSide) {
+        return "the patch does not lie in the picture";
+    }
+    if (patch.width() < leastSide || patch.height() < leastSide) {
         return "the patch is smaller than 24 x 24 pixels";
     }
     return {};
@@ -158,7 +166,7 @@ QString PartFinder::weakness() const
 Result<PartFinder> PartFinder::restore(const cv::Mat& patchPicture, const AlignmentSettings& settings)
 {
     if (!isUsable(patchPicture)) {
-        return failure("the patch's picture is empty, or not grey or RGB with 8 bits");
+        return failure("the patch's picture is empty, not grey or RGB with 8 bits, or longer than 32767 pixels");
     }
     if (const std::string wrong = fault(settings); !wrong.empty()) {
         return failure(wrong);
@@ -176,7 +184,7 @@ Result<PartFinder> PartFinder::restore(const cv::Mat& patchPicture, const Alignm
 Result<PartFinder> PartFinder::teach(const cv::Mat& picture, const AlignmentSettings& settings)
 {
     if (!isUsable(picture)) {
-        return failure("the taught picture is empty, or not grey or RGB with 8 bits");
+        return failure("the taught picture is empty, not grey or RGB with 8 bits, or longer than 32767 pixels");
     }
     if (const std::string wrong = fault(settings); !wrong.empty()) {
         return failure(wrong);
@@ -295,8 +303,8 @@ bool PartFinder::isInRange(const PartPose& pose) const
 tl::expected<PartPose, NotFound> PartFinder::find(const cv::Mat& picture) const
 {
     if (!isUsable(picture)) {
-        return notFound(
-            NotFoundReason::unusablePicture, QStringLiteral("the picture is empty, or not grey or RGB with 8 bits"));
+        return notFound(NotFoundReason::unusablePicture,
+            QStringLiteral("the picture is empty, not grey or RGB with 8 bits, or longer than 32767 pixels"));
     }
     if (picture.cols < patch.cols || picture.rows < patch.rows) {
         return notFound(

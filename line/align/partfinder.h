@@ -16,7 +16,7 @@ namespace scribo::line {
 
 /// Why the part was not found.
 enum class NotFoundReason {
-    unusablePicture, ///< empty, not 8 bits grey or red, green, blue, or smaller than the patch
+    unusablePicture, ///< empty, not 8 bits grey or red, green, blue, too large, or smaller than the patch
     lowScore, ///< nothing resembles the patch well enough
     ambiguous, ///< two places resemble it about as well
     outsideRange, ///< it is there, but it moved or turned further than was taught

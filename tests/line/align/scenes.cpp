@@ -285,15 +285,15 @@ Disturbance randomDisturbance(cv::RNG& random)
     return disturbance;
 }
 
-double cornerError(const PartPose& found, const PartPose& truth, const QRectF& region)
+std::array<double, 4> cornerErrors(const PartPose& found, const PartPose& truth, const QRectF& region)
 {
-    double sum = 0;
     const auto a = foundCorners(found, region);
     const auto b = foundCorners(truth, region);
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        sum += std::hypot(a[i].x() - b[i].x(), a[i].y() - b[i].y());
+    std::array<double, 4> errors{};
+    for (std::size_t i = 0; i < errors.size(); ++i) {
+        errors[i] = std::hypot(a[i].x() - b[i].x(), a[i].y() - b[i].y());
     }
-    return sum / 4;
+    return errors;
 }
 
 } // namespace scenes

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QRect>
 
+#include <array>
 #include <cstdint>
 #include <opencv2/core/mat.hpp>
 
@@ -68,7 +69,8 @@ cv::Mat otherParts(std::uint64_t seed, const Disturbance& disturbance);
 scribo::line::PartPose randomPose(cv::RNG& random, QPointF pivot, double shift, double turn);
 /// Light within 30 %, noise, blur, and glare in one picture of four.
 Disturbance randomDisturbance(cv::RNG& random);
-/// The mean distance of the regions' corners from where they truly are, in pixels.
-double cornerError(const scribo::line::PartPose& found, const scribo::line::PartPose& truth, const QRectF& region);
+/// How far the region's corners are from where they truly are, in pixels.
+std::array<double, 4> cornerErrors(
+    const scribo::line::PartPose& found, const scribo::line::PartPose& truth, const QRectF& region);
 
 } // namespace scenes

@@ -109,9 +109,10 @@ void withPart(const std::vector<Taught>& taught, int count)
         turns.push_back(std::abs(found->turn - truth.turn));
         double most = 0;
         for (const QRectF& region : one.label.regions()) {
-            const double error = scenes::cornerError(*found, truth, region);
-            errors.push_back(error);
-            most = std::max(most, error);
+            for (const double error : scenes::cornerErrors(*found, truth, region)) {
+                errors.push_back(error);
+                most = std::max(most, error);
+            }
         }
         worst.push_back(most);
     }
@@ -119,8 +120,8 @@ void withPart(const std::vector<Taught>& taught, int count)
     for (const auto& [reason, number] : misses) {
         std::printf("  not found, %s: %d\n", name(reason), number);
     }
-    print("  error at corners, all regions, px", errors);
-    print("  the worst region, px", worst);
+    print("  error at all corners, px", errors);
+    print("  the worst corner of a part, px", worst);
     print("  turn, degrees", turns);
     print("  score, no glare", scores[false]);
     print("  score, glare", scores[true]);

@@ -48,12 +48,13 @@ TEST_F(Teaching, TakesAPatchWithPrint)
 
 TEST_F(Teaching, RefusesPicturesThatItDoesNotKnow)
 {
-    const std::string message = "the taught picture is empty, or not grey or RGB with 8 bits";
+    const std::string message = "the taught picture is empty, not grey or RGB with 8 bits, or longer than 32767 pixels";
     EXPECT_EQ(faultOf(cv::Mat(), settings), message);
     EXPECT_EQ(faultOf(cv::Mat(1024, 1280, CV_8UC4, cv::Scalar::all(9)), settings), message);
     EXPECT_EQ(faultOf(cv::Mat(1024, 1280, CV_8UC2, cv::Scalar::all(9)), settings), message);
     EXPECT_EQ(faultOf(cv::Mat(1024, 1280, CV_16UC1, cv::Scalar::all(9)), settings), message);
     EXPECT_EQ(faultOf(cv::Mat(1024, 1280, CV_32FC3, cv::Scalar::all(9)), settings), message);
+    EXPECT_EQ(faultOf(cv::Mat(30, 32768, CV_8UC1, cv::Scalar::all(9)), settings), message);
     const int sizes[] = {30, 30, 30};
     EXPECT_EQ(faultOf(cv::Mat(3, sizes, CV_8UC1, cv::Scalar::all(9)), settings), message);
 }
@@ -203,9 +204,16 @@ TEST_F(Teaching, RestoresNothingThatCannotBeRight)
         return finder ? std::string() : finder.error().message;
     };
     const cv::Mat flat(settings.patch.height(), settings.patch.width(), CV_8UC1, cv::Scalar(100));
-    EXPECT_EQ(fault(cv::Mat(), settings), "the patch's picture is empty, or not grey or RGB with 8 bits");
+    EXPECT_EQ(fault(cv::Mat(), settings),
+        "the patch's picture is empty, not grey or RGB with 8 bits, or longer than 32767 pixels");
     EXPECT_EQ(fault(picture, settings), "the patch's picture does not have the size of the taught patch");
     EXPECT_THAT(fault(flat, settings), HasSubstr("no structure"));
+    AlignmentSettings wild = settings;
+    wild.patch.setLeft(std::numeric_limits<int>::min());
+    EXPECT_EQ(fault(flat, wild), "the patch does not lie in the picture");
+    wild.patch = settings.patch;
+    wild.patch.setBottom(std::numeric_limits<int>::max());
+    EXPECT_EQ(fault(flat, wild), "the patch does not lie in the picture");
     settings.turn = 20;
     EXPECT_EQ(fault(flat, settings), "the turn range is not from 0 to 15 degrees");
 }
