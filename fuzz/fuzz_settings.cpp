@@ -1,4 +1,4 @@
-// The settings that a host has kept for a tool: any bytes leave a plug-in whose settings can be saved and restored.
+// The settings that a host has kept for a tool. After any bytes, the plug-in's settings can be saved and restored.
 
 #include "parameterset.h"
 

@@ -152,7 +152,7 @@ void Inspector::inspectItem(int index, RegionResult* result)
     result->text = record[QStringLiteral("resString")].toString();
     result->count = record.value(QStringLiteral("charCount"), -1).toInt();
     result->ngLines = ngLinesOf(record);
-    // With the model switched off nothing is read and the processor keeps no item, which is OK by definition.
+    // While the model is switched off, nothing is read and the processor keeps no item. The cycle's verdict is then OK.
     const QJsonObject enable = parameterState(*instance, ParameterNumber::enable);
     const bool isDisabled = isChosen(enable, 1) && !isChosen(enable, 0);
     result->isOk = instance->isResultOk(isDisabled ? -1 : index);

@@ -12,8 +12,8 @@ namespace scribo::host {
 /// How the processor is set to compare readings.
 Comparison comparisonOf(ProcessorInterface& processor);
 
-/// Takes pictures in memory through a processor of its own: each picture is a cycle, each of its regions an item of it.
-/// It knows nothing of files.
+/// Inspects pictures in memory with a processor of its own. Each picture is a cycle, and each of its regions is an item
+/// of the cycle. An inspector knows nothing of files.
 ///
 /// The processor's settings live as long as the inspector, so automatic comparison goes on learning from one picture to
 /// the next. One thread at a time uses an inspector; different ones may work on different threads at the same time.
@@ -27,10 +27,10 @@ public:
     ProcessorInterface& processor() { return *instance; }
     void setArchive(const ArchivePlace& place) { tool.setArchive(place); }
 
-    /// Inspects one picture: 8 bits, one channel or three (red, green, blue). The picture must not change meanwhile. A
-    /// region's own reference and count stand in for those of the settings while it is inspected; the reference only
-    /// with fixed comparison, since automatic comparison learns its own. With `pose` the processor turns and shifts the
-    /// regions with the part.
+    /// Inspects one picture: 8 bits, one channel or three (red, green, blue). The picture must not change meanwhile.
+    /// A region's own reference and count replace those of the settings while the region is inspected. The reference
+    /// does so with fixed comparison only, because automatic comparison learns its own. With `pose` the processor turns
+    /// and shifts the regions with the part.
     InspectionResult inspect(
         const cv::Mat& picture, const QList<TaughtRegion>& regions, const std::optional<PosePair>& pose = std::nullopt);
 

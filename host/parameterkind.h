@@ -4,7 +4,7 @@
 
 namespace scribo::host {
 
-/// The kinds of parameters, told apart by the names that they give themselves.
+/// The kinds of parameters. A parameter says its kind by its type name.
 
 inline bool isKind(ParamWrap& parameter, const char* name)
 {
@@ -21,7 +21,7 @@ inline bool isLine(ParamWrap& parameter)
     return isKind(parameter, "LineEditParam") || isKind(parameter, "LimitLineEditParam");
 }
 
-/// Whether its numbers have no fractions.
+/// Whether it holds whole numbers.
 inline bool isWhole(ParamWrap& parameter)
 {
     return isLine(parameter) && static_cast<LineEditParam&>(parameter).valueType == LineEditParam::IntValue;

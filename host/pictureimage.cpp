@@ -7,7 +7,7 @@ QImage pictureImage(const cv::Mat& picture)
     if (picture.empty()) {
         return {};
     }
-    const uchar* const pixels = picture.data; // QImage then never writes to them
+    const uchar* const pixels = picture.data; // constant, so that QImage copies them before it writes
     const auto format = picture.channels() == 1 ? QImage::Format_Grayscale8 : QImage::Format_RGB888;
     return QImage(pixels, picture.cols, picture.rows, static_cast<int>(picture.step), format)
         .convertToFormat(QImage::Format_RGB32);

@@ -17,19 +17,19 @@ struct ArchivePlace
 
 /// The host's tool over pictures in memory: one picture at a time, whose regions are items of their own.
 ///
-/// Item i of a picture is region i alone. The processor reports the text and the count of the region that
-/// it judged last only, so one region an item makes text, record and verdict of every region known; the
-/// verdicts of a cycle together are the picture's.
+/// Item i of a picture is region i alone. The processor reports text and count only of the region that it judged last.
+/// With one region for each item, text, record and verdict of every region are known. The picture is OK when all items
+/// of its cycle are.
 ///
-/// Colour pictures are handed over in red, green, blue order: the picture archive then saves true colours.
+/// Colour pictures are handed over in red, green, blue order, so that the picture archive saves true colours.
 class PictureTool : public Tool
 {
 public:
     PictureTool();
 
     /// What the next cycle is about. `picture`: 8 bits, one channel or three (red, green, blue); the tool shares its
-    /// pixels. `pose`: where the part is, for whichever upstream tool the processor asks; without it the regions hold
-    /// as they are.
+    /// pixels. `pose`: where the part is, whatever upstream tool the processor asks for; without it the regions stay
+    /// where they were taught.
     void setCycle(const cv::Mat& newPicture, const QList<QRectF>& newRegions, const std::optional<PosePair>& newPose);
     void setArchive(const ArchivePlace& place);
 

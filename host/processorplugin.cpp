@@ -27,7 +27,7 @@ Result<ProcessorPlugin> ProcessorPlugin::load(const QString& file)
     if (!QFileInfo(file).isFile()) {
         return failure(file + QStringLiteral(": there is no such plug-in"));
     }
-    QPluginLoader loader(file); // which unloads nothing when it goes
+    QPluginLoader loader(file); // its destructor does not unload the plug-in
     QObject* const object = loader.instance();
     if (object == nullptr) {
         return failure(file + QStringLiteral(": cannot be loaded: ") + loader.errorString());

@@ -39,8 +39,8 @@ QString switchesDemand(ParamWrap& parameter, const QJsonValue& value, int count)
     return hasOne ? QString() : QStringLiteral("a list with one true");
 }
 
-/// What must stand where the parameter itself writes `own`; empty when `value` is that. Anything else would be
-/// read as false, 0 or an empty text, and judge less than the settings say.
+/// What kind of value is needed where the parameter itself writes `own`; empty when `value` is of that kind. A value of
+/// another kind would be read as false, 0 or an empty text, and less would be judged than the settings say.
 QString demand(ParamWrap& parameter, const QJsonValue& value, const QJsonValue& own)
 {
     const bool hasType = value.type() == own.type();
@@ -50,7 +50,7 @@ QString demand(ParamWrap& parameter, const QJsonValue& value, const QJsonValue& 
     case QJsonValue::String:
         return hasType ? QString() : QStringLiteral("a text");
     case QJsonValue::Double:
-        // No other number is the same after it was read.
+        // Only for whole numbers that an int can hold are the two the same.
         if (isWhole(parameter)) {
             return value.toInt(-1) == value.toDouble() ? QString() : QStringLiteral("a whole number");
         }
@@ -58,7 +58,7 @@ QString demand(ParamWrap& parameter, const QJsonValue& value, const QJsonValue& 
     case QJsonValue::Array:
         return switchesDemand(parameter, value, own.toArray().size());
     default:
-        return {}; // another reader's
+        return {}; // a key for another reader
     }
 }
 

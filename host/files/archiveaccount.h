@@ -6,21 +6,21 @@
 
 namespace scribo::host {
 
-/// Holds what should have been archived against what is on the disk.
+/// Compares what should have been archived with what is on the disk.
 ///
-/// The processor's writers report nothing, so the pictures are counted in the archive's folders before the
-/// first inspection and after the last writer. Other programs must leave the folders alone meanwhile.
+/// The processor's writers report nothing. So the pictures in the archive's folders are counted before the first
+/// inspection and after the last writer. Other programs must not change the folders meanwhile.
 class ArchiveAccount
 {
 public:
-    /// `folder`: the archive's folder on the system disk; `removable`: the removable disk's, which then holds
-    /// all pictures; `identity`: whose pictures are counted. Counts what is there.
+    /// `folder`: the archive's folder on the system disk; `removable`: that on the removable disk, which, if
+    /// given, gets all pictures; `identity`: whose pictures are counted. Counts what is there.
     ArchiveAccount(const QString& folder, const QString& removable, const QString& identity);
 
-    /// Notes what should have become of an item's picture.
+    /// Counts what should have become of a region's picture.
     void add(const RegionResult& region);
 
-    /// Pictures that reached the disk, that the cap kept from it, and that should be there and are not.
+    /// Pictures that reached the disk, that the limit kept from it, and that should be there but are not.
     struct Outcome
     {
         int savedOk = 0;
@@ -32,7 +32,7 @@ public:
         QString summary() const;
     };
 
-    /// Counts again. To be called once no writer is at work any more.
+    /// Counts again. Call it when no writer is at work any more.
     Outcome finish() const;
 
 private:

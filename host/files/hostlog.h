@@ -12,10 +12,10 @@
 
 namespace scribo::host {
 
-/// Takes the log of both loggers, Qt's and glog's, away from the terminal and into one file, in the order of
-/// time. There can be one at a time; the loggers must not be in use by other threads while it comes and goes.
+/// Writes the log of both loggers, Qt's and glog's, to one file instead of the terminal, in the order of time. There
+/// can be one at a time. No other thread may log while it is made or destroyed.
 ///
-/// What is logged before the file is open is kept for it.
+/// What is logged before the file is open is kept and written when it is.
 class HostLog : public google::LogSink
 {
 public:
@@ -45,7 +45,7 @@ private:
     bool showsOnTerminal = false;
 };
 
-/// Where the log goes unless somebody says otherwise: a file of the user's below the folder for temporary files.
+/// Where the log goes by default: a file of this user in the folder for temporary files.
 QString defaultLogFile();
 
 } // namespace scribo::host

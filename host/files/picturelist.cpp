@@ -30,7 +30,7 @@ void addFolder(const QString& argument, const QString& path, QList<PictureFile>*
         pictures->append({argument, path, QStringLiteral("cannot be read")});
         return;
     }
-    // Name filters take no account of case.
+    // Name filters ignore case.
     const QStringList names = folder.entryList(pictureNames, QDir::Files, QDir::Name);
     if (names.isEmpty()) {
         pictures->append({argument, path, QStringLiteral("holds no pictures")});

@@ -15,9 +15,8 @@ struct PictureFile
     QString fault; ///< why there is no such picture; empty: there may be one
 };
 
-/// The pictures that `arguments` name, in their order. A folder stands for its pictures sorted by name, not
-/// those of folders within it; a folder without any is one entry with its fault. Relative arguments belong to
-/// `base`.
+/// The pictures that `arguments` name, in their order. A folder stands for the pictures in it, sorted by name, without
+/// those in its subfolders. A folder without pictures is one entry with a fault. Relative arguments start at `base`.
 QList<PictureFile> listPictures(const QStringList& arguments, const QDir& base);
 
 } // namespace scribo::host

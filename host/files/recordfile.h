@@ -14,8 +14,8 @@ namespace scribo::host {
 /// - ".csv": comma-separated values (RFC 4180 with plain line feeds) with a header; the lists of NG boxes,
 ///   scores and types are JSON arrays in their cells
 ///
-/// Each picture's records are handed to the system before the next picture, so a run that is stopped leaves
-/// what it got to.
+/// Each picture's records are handed to the system before the next picture. A run that is stopped leaves all records up
+/// to there.
 class RecordFile
 {
 public:

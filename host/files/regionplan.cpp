@@ -26,8 +26,8 @@ bool hasCount(const TaughtRegion& region)
 
 } // namespace
 
-RegionPlan::RegionPlan(const QList<TaughtRegion>& regions)
-    : common(regions)
+RegionPlan::RegionPlan(const QList<TaughtRegion>& common)
+    : common(common)
 {
 }
 

@@ -24,7 +24,7 @@ public:
     /// Each picture is one region.
     RegionPlan() = default;
     /// These regions in every picture.
-    explicit RegionPlan(const QList<TaughtRegion>& regions);
+    explicit RegionPlan(const QList<TaughtRegion>& common);
 
     /// Reads a plan. The error starts with the file and the place of the mistake.
     static Result<RegionPlan> fromFile(const QString& path);

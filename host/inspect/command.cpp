@@ -62,7 +62,7 @@ bool Command::openLog()
     if (opened || !options.log.isEmpty()) {
         return succeeded(opened);
     }
-    // A log that nobody asked for stops nothing.
+    // Only a log that was asked for must be there.
     std::fprintf(stderr, "scribo-inspect: no log: %s\n", opened.error().message.c_str());
     return true;
 }
@@ -157,7 +157,8 @@ bool Command::chooseModel()
     return succeeded(setParameter(*processor, ParameterNumber::model, models.first()));
 }
 
-/// What was asked for must be checked: a verdict OK for a reason that nobody asked for ships bad products.
+/// Refuses a reference or a count that would not be compared: without the check that was asked for, bad products would
+/// be OK.
 bool Command::checkComparison()
 {
     const Comparison comparison = comparisonOf(*processor);
@@ -261,7 +262,7 @@ void Command::inspectAll()
         const PictureResult result{pictures[i].name, inspectPicture(pictures[i])};
         progress->hide();
         report(result);
-        // A file is there sooner than an item on the line: without the pause pictures would be dropped that a
+        // Pictures come faster from files than on a line. Without this pause the archive would drop pictures that a
         // station saves.
         if (archive) {
             QThreadPool::globalInstance()->waitForDone();
@@ -341,7 +342,8 @@ void Command::finishArchive()
     const ArchiveAccount::Outcome outcome = archive->finish();
     std::fprintf(options.json ? stderr : stdout, "%s\n", outcome.summary().toUtf8().constData());
     if (outcome.lost > 0) {
-        fault(QStringLiteral("%1 pictures did not reach the archive").arg(outcome.lost));
+        fault(outcome.lost == 1 ? QStringLiteral("1 picture did not reach the archive")
+                                : QStringLiteral("%1 pictures did not reach the archive").arg(outcome.lost));
     }
 }
 

@@ -2,7 +2,7 @@
 
 namespace scribo::host {
 
-/// What --help prints; fits on one screen.
+/// What --help prints. It fits on one screen.
 extern const char helpText[];
 
 } // namespace scribo::host

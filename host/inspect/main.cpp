@@ -28,7 +28,7 @@ int run(const QStringList& arguments, HostLog& log)
     return Command(*options, log).run();
 }
 
-/// `code`, unless standard output did not take what was printed: what nobody can read is a fault.
+/// `code`, or that of a fault when standard output did not take everything that was printed.
 int afterOutput(int code)
 {
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
@@ -42,15 +42,15 @@ int afterOutput(int code)
 
 int main(int argc, char** argv)
 {
-    // File names and texts are UTF-8 whatever the locale: a station's service often runs without one.
+    // File names and texts are UTF-8 in every locale: a station's service often runs without one.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    // Overlays are drawn with fonts, which need a window system; none is asked for, since no window opens.
+    // Overlays are drawn with fonts, which need a Qt platform. This one works without a display.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     google::InitGoogleLogging(argv[0]);
     HostLog log;
-    // The command line is ours alone: Qt would take --plugin and others for its own.
+    // Qt gets the program's name only: it would take --plugin and other options for its own.
     int programOnly = 1;
     const QGuiApplication application(programOnly, argv);
     QStringList arguments;

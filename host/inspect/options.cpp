@@ -85,7 +85,7 @@ private:
         options.assignments = parser.values("set");
     }
 
-    /// An option without its value, or given twice, is more likely a slip than a wish.
+    /// An option that has an empty value or is given twice is probably a mistake.
     Result<void> checkValues()
     {
         for (const QString& name : valueOptions) {
@@ -144,7 +144,8 @@ private:
         }
         if (options.identity.contains(QLatin1Char('/'))) {
             return failure(
-                QStringLiteral("--identity %1: is part of file names, so without \"/\"").arg(options.identity));
+                QStringLiteral("--identity %1: must not contain \"/\", because it becomes part of file names")
+                    .arg(options.identity));
         }
         options.saveGiven = parser.isSet("save");
         for (const QString& word : parser.value("save").split(QLatin1Char(','), Qt::SkipEmptyParts)) {
@@ -164,7 +165,7 @@ private:
         if (options.pictures.isEmpty() && !options.listModels && !options.listParameters) {
             return failure(QStringLiteral("no pictures given"));
         }
-        // Made absolute it would be the current folder.
+        // As an absolute path it would be the current folder.
         if (options.pictures.contains(QString())) {
             return failure(QStringLiteral("an empty argument is no picture or folder"));
         }

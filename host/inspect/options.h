@@ -10,8 +10,8 @@
 
 namespace scribo::host {
 
-/// The command line of scribo-inspect. Files and folders are absolute, since the command changes its working
-/// directory; empty: not given.
+/// The command line of scribo-inspect. Files and folders are absolute paths, because the command changes its working
+/// directory. An empty value was not given.
 struct Options
 {
     QStringList pictures; ///< pictures and folders, as they were given

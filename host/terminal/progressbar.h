@@ -4,8 +4,8 @@
 
 namespace scribo::host {
 
-/// A line "[####......] 12/30" that is drawn over itself. Draws nothing unless it is told that the stream is a
-/// terminal, so that files and pipes stay clean.
+/// A line "[####......] 12/30" that is drawn again in its place. Draws only when the stream is a terminal, so that
+/// files and pipes stay clean.
 class ProgressBar
 {
 public:

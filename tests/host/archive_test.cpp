@@ -91,7 +91,7 @@ TEST(InspectArchive, TellsTheCapFromALoss)
     EXPECT_EQ(outcome.code, 2);
     EXPECT_THAT(
         outcome.output.toStdString(), HasSubstr("archive: 2 saved (2 OK, 0 NG), 0 dropped by the cap, 1 lost\n"));
-    EXPECT_EQ(outcome.errors, "scribo-inspect: 1 pictures did not reach the archive\n");
+    EXPECT_EQ(outcome.errors, "scribo-inspect: 1 picture did not reach the archive\n");
 }
 
 TEST(InspectArchive, SavesNothingUnlessAsked)

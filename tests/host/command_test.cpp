@@ -18,7 +18,7 @@ using testing::Not;
 
 namespace {
 
-/// The first line of the errors, of a call that must be refused.
+/// Expects that the command refuses these arguments. Returns the first line of its errors.
 std::string refusal(const Station& station, const QStringList& arguments)
 {
     const Station::Outcome outcome = station.run(arguments);
@@ -27,7 +27,7 @@ std::string refusal(const Station& station, const QStringList& arguments)
     return outcome.errors.left(outcome.errors.indexOf('\n')).toStdString();
 }
 
-/// Expects the bar of two pictures, taken away at the end.
+/// Expects the bar of two pictures, and that it is erased at the end.
 void expectWholeBar(const std::string& shown)
 {
     EXPECT_THAT(shown, HasSubstr("[........................................] 0/2"));
@@ -72,7 +72,7 @@ TEST(Inspect, SaysWhatIsWrongWithTheCommandLine)
     EXPECT_EQ(
         refusal(station, {"--save", "all", "--archive", "x", "a.png"}), name + "--save all: must be ok, ng or ok,ng");
     EXPECT_EQ(refusal(station, {"--identity", "a/b", "a.png"}),
-        name + "--identity a/b: is part of file names, so without \"/\"");
+        name + "--identity a/b: must not contain \"/\", because it becomes part of file names");
 }
 
 TEST(Inspect, RefusesToJudgeLessThanWasAskedFor)

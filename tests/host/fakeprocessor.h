@@ -4,10 +4,11 @@
 
 #include <QObject>
 
-/// A processor that the host is tested with: the parameters of a text reader, and readings from a script.
+/// The processor that the host is tested with. It has the parameters of a text reader and takes its readings from a
+/// script.
 ///
 /// The models are the files "model/*.trt" of the working directory. The reading of the n-th item is the n-th
-/// line of the file "readings" there (the last one again at its end): a text; "!MESSAGE" for a region that cannot
+/// line of the file "readings" there; the last line is repeated. A line is a text; "!MESSAGE" for a region that cannot
 /// be read; "@pixel" for the red, green and blue of the picture's first pixel; "@pose" for where the part is, its x
 /// and y. A reading "(lost)" never reaches the archive.
 class FakeProcessor : public QObject, public ProcessorInterface
