@@ -8,6 +8,10 @@ from tree import SCRIPTS, Tree
 
 # Finds something in every file that holds the word "fault".
 CLANG_TIDY = """#!/bin/sh
+if [ "$1" = --dump-config ]; then
+    grep wrong .clang-tidy >&2
+    exit 0
+fi
 for file; do :; done
 grep fault "$file" && exit 1
 exit 0
@@ -24,6 +28,7 @@ class Tidy(Tree):
             shutil.copy(SCRIPTS / name, self.root / "scripts" / name)
         self.write_program("scripts/install-packages", "#!/bin/sh\n")
         self.write_program("bin/clang-tidy", CLANG_TIDY)
+        self.write(".clang-tidy", "Checks: all")
         self.write(".gitignore", "/build/", "/bin/", "/scripts/")
         self.git("init", "--quiet")
         self.files = ["a/one.cpp", "a/two.cpp", "b/three.cpp"]
@@ -115,6 +120,10 @@ class Tidy(Tree):
                 "scripts/tidy: 0 files checked, 0 with findings",
             ),
         )
+
+    def test_refuses_settings_that_cannot_be_read(self):
+        self.write(".clang-tidy", "wrong")
+        self.assertEqual(self.tidy(), (1, ["wrong"], "scripts/tidy: .clang-tidy cannot be read"))
 
     def test_asks_for_the_compile_commands(self):
         (self.root / "build/compile_commands.json").unlink()
