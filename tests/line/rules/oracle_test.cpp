@@ -13,7 +13,7 @@ std::vector<QStringList> oracle(const QString& what)
 {
     QProcess process;
     process.start(QStringLiteral(ORACLE_PYTHON), {QStringLiteral(ORACLE_SCRIPT), what});
-    EXPECT_TRUE(process.waitForFinished(120'000)) << process.errorString().toStdString();
+    EXPECT_TRUE(process.waitForFinished(280'000)) << process.errorString().toStdString();
     EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
     std::vector<QStringList> lines;
     for (const QByteArray& line : process.readAllStandardOutput().split('\n')) {
