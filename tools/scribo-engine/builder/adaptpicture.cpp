@@ -77,8 +77,8 @@ bool fits(const NetworkT& network, const OperationT& convolution, std::size_t ch
         && (convolution.inputs.size() < 3 || constantAt(network, convolution.inputs[2])->dims == Extents{weights[0]});
 }
 
-/// Whether `operation`, which reads the picture, can take the mixture into its weights. Padding is
-/// zeros behind the mixture, so that its offsets must not reach there.
+/// Whether `operation`, which reads the picture, can take the mixture into its weights. A convolution pads with zeros,
+/// which the mixture would not have changed: where there are pads, the mixture must have no offsets.
 bool absorbs(const NetworkT& network, const OperationT& operation, const Mixture& mixture)
 {
     const auto* convolution = operation.kind.AsConvolution();

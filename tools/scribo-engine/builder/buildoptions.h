@@ -20,8 +20,8 @@ struct ValueRange
     float white = 1;
 };
 
-/// What the network expects of a picture, where that is not how pictures are handed over: planes of
-/// red, green and blue, black as -1 and white as 1.
+/// What the network expects of a picture. The defaults are how pictures are handed over: planes of red, green and blue,
+/// black as -1 and white as 1.
 struct PictureOptions
 {
     /// The height for a model that leaves it open; 0 where it does not.
@@ -31,14 +31,14 @@ struct PictureOptions
     std::vector<ValueRange> ranges = {ValueRange()};
 };
 
-/// How the network gives its scores, where that is not as steps x batch x classes, with the blank as
-/// class 0 and the scores of each step adding up to 1.
+/// How the network gives its scores. The defaults are how the detector reads them: steps x batch x classes, the blank
+/// is class 0, and the scores of each step add up to 1.
 struct ScoreOptions
 {
     /// The order of the axes: t for steps, n for batch, k for classes.
     std::string layout = "tnk";
     bool blankLast = false;
-    /// Whether the soft-max is left to whoever reads the scores.
+    /// Whether the network leaves the soft-max out, so that it has to be added.
     bool needsSoftmax = false;
 };
 

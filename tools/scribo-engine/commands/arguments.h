@@ -17,8 +17,8 @@ public:
 
     void addOption(const QCommandLineOption& option) { parser.addOption(option); }
 
-    /// Reads the arguments. An exit code when the command is over: --help, or wrong usage, which
-    /// has been told to the streams.
+    /// Reads the arguments. Returns an exit code when the command ends here: after --help, or after wrong usage, which
+    /// the streams have been told.
     std::optional<ExitCode> read(const QStringList& arguments, Streams streams);
 
     /// The file that the command works on.

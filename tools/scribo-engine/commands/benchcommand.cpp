@@ -18,14 +18,14 @@ constexpr char help[] = R"(Times an engine on this machine.
 
   scribo-engine bench ENGINE.trt [--width W]... [--runs N] [--profile]
 
-  --width W    a width to time, may be given several times; default 64, 100, 160 and 320 as far as
-               the engine takes them, or the ends of its range
+  --width W    a width to time, may be given several times; default: those of 64, 100, 160 and 320
+               that the engine takes, or else the ends of its range
   --runs N     runs of each width (default 100)
-  --profile    also where the time of each width goes, operation by operation
+  --profile    also shows the time of each operation at each width
 
-For each width: its first run, planning included; median and best of the runs on one thread; the
-median on two; how many the runtime would choose; the memory of its plan. Profiles are of one
-thread. The machine should have nothing else to do.
+For each width, the table shows the first run with its planning, the median and the best run on one
+thread, the median on two threads, the number of threads that the runtime would choose, and the
+memory of the plan. Profiles are taken on one thread. Close other programs before you time.
 )";
 
 constexpr int maximumRuns = 1'000'000;

@@ -16,13 +16,13 @@ constexpr char usage[] = R"(Makes an engine for the CPU runtime from an ONNX mod
 
   scribo-engine build MODEL.onnx -o ENGINE.trt [OPTIONS]
 
-  -o, --output FILE    the engine file; written whole or not at all
+  -o, --output FILE    the engine file; it is written as a whole or not at all
 )";
 
 constexpr char notes[] = R"(
 The model has one input, batch x channels x height x width, with a batch of 1, fixed channels
 and a dynamic width, as PyTorch exports it with dynamic_axes; opsets 7 to 21 are read.
-Everything in the model that is not supported is listed.
+Lists everything in the model that is not supported.
 )";
 
 ExitCode build(const QString& model, const QString& output, const builder::BuildOptions& options, Streams streams)

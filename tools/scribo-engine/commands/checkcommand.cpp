@@ -13,9 +13,9 @@ constexpr char help[] = R"(Checks a model package as the plug-in will see it.
 
   scribo-engine check FOLDER/ENGINE.trt
 
-The file's name (ocr_*_p*_*_*.*, five pieces, suffix trt), the engine, the configuration file
-beside it, whether sizes, layer names, widths and the alphabet fit the engine, and a run at both
-ends of the widths. Every fault is told, one a line; warnings do not count as faults.
+Checks the file's name (ocr_*_p*_*_*.*, five pieces, suffix trt), the engine and the configuration
+file beside it; whether sizes, layer names, widths and the alphabet fit the engine; and a run at
+both ends of the widths. Prints one line for each fault. Warnings do not count as faults.
 
 Exit code: 0 no fault, 1 faults, 2 wrong usage.
 )";

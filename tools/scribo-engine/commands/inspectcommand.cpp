@@ -21,9 +21,9 @@ constexpr char help[] = R"(Shows what an engine holds.
 
   --json   one JSON object instead of the tables
 
-Bindings with their shapes, the operations in the order in which they run with the shape of what
-they give at the smallest and the largest width and the shapes of their weights, the number of
-weights, and the arithmetic of one run in multiply-adds.
+The tables show the bindings with their shapes, and the operations in the order in which they run:
+the shapes of their results at the smallest and the largest width, and the shapes of their weights.
+The lines above them give the number of weights and the multiply-adds of one run.
 )";
 
 QString shapesText(const std::vector<Shape>& shapes)

@@ -13,16 +13,16 @@ const char* const modelOptionsHelp =
     R"(  --min-width COLUMNS  the narrowest picture that the engine takes (32)
   --max-width COLUMNS  the widest picture that the engine takes (320)
 
-How the model was trained, where it is not as training/ does it:
+How the model was trained, where that differs from training/:
 
   --height ROWS        the height, for a model that leaves it open
   --channels ORDER     the channels that it takes: rgb, bgr or grey (rgb)
-  --range BLACK:WHITE  the values that it takes for black and white (-1:1); one pair, or one for
-                       each channel between commas
+  --range BLACK:WHITE  the values that it takes for black and white (-1:1): one pair, or a pair for
+                       each channel, with commas between them
   --layout AXES        the axes of its scores: a permutation of t, n and k for steps, batch and
                        classes (tnk)
   --blank END          where the blank is among the classes: first or last (first)
-  --softmax            its scores need a soft-max
+  --softmax            adds a soft-max, which its scores need
 )";
 
 namespace {

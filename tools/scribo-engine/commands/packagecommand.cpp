@@ -21,16 +21,16 @@ constexpr char usage[] = R"(Makes a model package from a published ONNX model: e
 
   scribo-engine package MODEL.onnx --keys KEYS.txt --name ocr_NAME_p1_1_v1 -o FOLDER [OPTIONS]
 
-  --keys KEYS.txt      the characters in class order without the blank, one a line or all in one
-                       line; a last one more that the model has is a space
+  --keys KEYS.txt      the characters in class order without the blank: one in each line, or all
+                       in one line; where the model has one class more, the last is a space
   --name NAME          the engine's name: five pieces, as docs/model-package.md says
   -o, --output FOLDER  where FOLDER/NAME.trt and its configuration go
 )";
 
 constexpr char notes[] = R"(
-Layout and soft-max are found out where they are not given. The package is checked as
-scribo-engine check does; nothing is written when it has a fault. A configuration that is there
-already and says something else is left alone, and refused.
+Where layout and soft-max are not given, the program finds them out. It checks the package as
+scribo-engine check does, and writes nothing when there is a fault. It never replaces a
+configuration file that says something else.
 )";
 
 ExitCode failed(Streams streams, const Faults& faults)

@@ -21,7 +21,7 @@ struct Streams
 /// Runs `scribo-engine` with these arguments (the program's name left out). Never throws.
 ExitCode run(const QStringList& arguments, Streams streams) noexcept;
 
-/// Tells the streams what is wrong with the file at `path`, a line for each fault. For a command that ends so.
+/// Tells the streams what is wrong with the file at `path`, a line for each fault, and returns the exit code for it.
 ExitCode failed(Streams streams, const QString& path, const Faults& faults);
 ExitCode failed(Streams streams, const QString& path, const Error& error);
 

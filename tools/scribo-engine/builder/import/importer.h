@@ -55,12 +55,12 @@ public:
     const TensorT* floats(const OnnxNode& node, int position, const char* what) const;
     std::optional<std::vector<std::int64_t>> integers(const OnnxNode& node, int position, const char* what) const;
     /// A list that newer opsets pass as input `position` and older ones as `attribute`; nothing where
-    /// it is given neither way, or refused.
+    /// it is given in neither way, or refused.
     std::optional<std::vector<std::int64_t>> listArgument(
         const OnnxNode& node, const char* attribute, int position) const;
     /// The extents of a tensor that has been computed so far, -1 where the width decides. Refuses
-    /// the node when they cannot be worked out; but once anything has been refused, shapes may be
-    /// missing for that reason alone, and nothing more is said.
+    /// the node when they cannot be worked out. Once anything has been refused, that alone may be the
+    /// reason; then nothing more is said.
     std::optional<Extents> extents(const OnnxNode& node, int index) const;
 
     /// The elements of an integer tensor that is the same at every width; none for others.
@@ -73,7 +73,7 @@ public:
     }
     int addTensor(TensorT tensor);
 
-    /// Adds an operation and returns its output. One whose inputs are all known is worked out instead.
+    /// Adds an operation and returns its output. An operation whose inputs are all constants is computed instead.
     template <class Kind>
     int emit(const OnnxNode& node, Kind kind, std::vector<int> inputs)
     {

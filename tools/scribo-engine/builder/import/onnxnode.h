@@ -44,7 +44,7 @@ public:
     const onnx::GraphProto* graph(const char* attribute) const;
     /// Null where it is absent.
     const onnx::TensorProto* tensor(const char* attribute) const;
-    /// Says that an attribute is known and has no bearing on the result.
+    /// Says that an attribute is known and does not change the result.
     void ignore(const char* attribute) const { asked.insert(attribute); }
 
     /// Adds the fault that this node cannot be imported because of `reason`.

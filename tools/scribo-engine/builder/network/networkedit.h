@@ -37,12 +37,11 @@ const format::TensorT* constantAt(const NetworkT& network, int tensor);
 /// Adds a tensor and returns its index.
 int addTensor(NetworkT& network, format::TensorT tensor);
 
-/// Makes everything that reads `from` read `to`, with the name of an output staying with it. False,
-/// and nothing done, when `from` is an output and `to` cannot be one: it is an input, a constant or
-/// another output.
+/// Makes everything that reads `from` read `to`. An output keeps its name. Returns false and does nothing when `from`
+/// is an output and `to` cannot be one, because it is an input, a constant or another output.
 bool redirect(NetworkT& network, int from, int to);
 
-/// Removes the operations for which `unwanted` says so.
+/// Removes the operations for which `unwanted` returns true.
 void removeOperations(NetworkT& network, const std::function<bool(const OperationT&)>& unwanted);
 
 /// Operations whose work others have taken over. They stay in the network until remove(), but read nothing any more.
@@ -50,7 +49,7 @@ class AbsorbedOperations
 {
 public:
     void add(OperationT& operation);
-    /// Takes them out of `network`; whether there were any.
+    /// Removes them from `network`. Returns whether there were any.
     bool remove(NetworkT& network) const;
 
 private:

@@ -13,8 +13,8 @@ using format::TensorT;
 using Extents = std::vector<std::int64_t>;
 
 /// The number of elements of a tensor of these extents; 1 for a scalar (no extents). -1 when an
-/// extent is negative or the product does not fit a gigabyte's worth of elements, so that nothing
-/// is ever allocated on the word of a damaged file.
+/// extent is negative, or when there are more elements than a gigabyte holds: a damaged file must not decide how much
+/// memory is allocated.
 std::int64_t elementCount(const Extents& extents);
 
 /// Whether the values are known. An empty constant does not exist in an engine.

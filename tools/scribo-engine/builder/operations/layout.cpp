@@ -72,7 +72,7 @@ void importFlatten(Importer& importer, const OnnxNode& node)
     importer.bind(node, 0, importer.emit(node, format::ReshapeT(), {data, importer.constant({2}, shape)}));
 }
 
-/// The axes of `given` as the engine has them; nothing, with the node refused, when one is absurd.
+/// The axes of `given` as the engine has them; nothing, with the node refused, when one is beyond any tensor.
 std::optional<std::vector<int>> checkedAxes(const OnnxNode& node, const std::vector<std::int64_t>& given)
 {
     constexpr std::int64_t mostAxes = 16;

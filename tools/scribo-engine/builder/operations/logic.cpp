@@ -7,8 +7,8 @@ namespace {
 using format::BinaryKind;
 using format::ElementType;
 
-// Truth values are integers, 0 and 1, and what exporters do with them is shape arithmetic: written
-// as sums and products it needs no operations of its own.
+// Truth values are the integers 0 and 1. Exporters use them in shape arithmetic only. Written as sums and products, it
+// needs no operations of its own.
 
 int combine(Importer& importer, const OnnxNode& node, BinaryKind kind, int left, int right)
 {
@@ -55,7 +55,7 @@ void importWhere(Importer& importer, const OnnxNode& node)
     importer.bind(node, 0, combine(importer, node, BinaryKind::Add, no, chosen));
 }
 
-/// A branch that is always taken, whatever the width, stands for the whole.
+/// A branch that is taken at every width replaces the node.
 void importIf(Importer& importer, const OnnxNode& node)
 {
     const onnx::GraphProto* branches[] = {node.graph("else_branch"), node.graph("then_branch")};

@@ -29,7 +29,7 @@ void importPool(Importer& importer, const OnnxNode& node, format::PoolingKind ki
 
 void importMaxPool(Importer& importer, const OnnxNode& node)
 {
-    // The order in which the positions of the maxima would be counted; they are not given.
+    // The order in which the positions of the maxima are counted; the engine does not give them.
     node.ignore("storage_order");
     importPool(importer, node, format::PoolingKind::Max);
 }

@@ -10,11 +10,11 @@ namespace {
 
 using format::ElementType;
 
-/// Whether the runtime does it this way; refuses the node when not. Between half_pixel and pytorch_half_pixel lies only
-/// what becomes of several pixels that are made one, which the runtime refuses.
+/// Whether the runtime can resize as the node asks; refuses the node when it cannot. half_pixel and pytorch_half_pixel
+/// differ only where several pixels become one, and the runtime refuses that.
 bool isLinear(const Importer& importer, const OnnxNode& node)
 {
-    // What only other modes ask for.
+    // Attributes of other modes.
     for (const char* attribute : {"cubic_coeff_a", "exclude_outside", "extrapolation_value", "nearest_mode"}) {
         node.ignore(attribute);
     }

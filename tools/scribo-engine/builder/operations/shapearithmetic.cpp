@@ -32,7 +32,7 @@ void importConstant(Importer& importer, const OnnxNode& node)
     }
 }
 
-/// The extents of a tensor; since opset 15 possibly of a range of its axes only.
+/// The extents of a tensor; since opset 15 a node can ask for a range of the axes.
 void importShape(Importer& importer, const OnnxNode& node)
 {
     const std::int64_t start = node.integer("start", 0);
@@ -106,7 +106,7 @@ void castToTruth(Importer& importer, const OnnxNode& node, int data)
 
 void importCast(Importer& importer, const OnnxNode& node)
 {
-    // How a cast to an 8-bit float rounds; there are none here.
+    // Says how a cast to an 8-bit float rounds; engines have no such floats.
     node.ignore("saturate");
     const std::int64_t wanted = node.integer("to", 0);
     const std::optional<ElementType> type

@@ -6,7 +6,7 @@ namespace scribo::builder {
 
 namespace {
 
-/// Larger windows, steps and pads than any picture are damage, and would overflow.
+/// Windows, steps and pads that are larger than any picture come from a damaged file, and would overflow.
 constexpr std::int64_t largestExtent = 1 << 14;
 
 /// The `count` integers of an attribute; nothing, with the node refused, when they make no sense.

@@ -17,8 +17,8 @@ bool foldShapes(NetworkT& network, const Profile& profile);
 /// Removes operations that give what they get, and joins transposes that follow one another.
 bool removeIdentities(NetworkT& network);
 
-/// Moves transposes that keep the last axis before operations that work on each row along it, so that
-/// they meet the transposes there.
+/// Moves a transpose that keeps the last axis in front of an operation that works on each row along it. There it can be
+/// joined with another transpose.
 bool hoistTransposes(NetworkT& network);
 
 /// Folds scales and shifts per channel (batch normalisations, and products and sums with a constant
@@ -28,8 +28,8 @@ bool foldAffine(NetworkT& network);
 /// Makes sums with a constant the bias of the fully connected layer before them.
 bool fuseBias(NetworkT& network);
 
-/// Takes the axes from constants of one element in elementwise operations, where the other operand has
-/// at least as many. `profile` is the network's.
+/// Makes constants of one element in elementwise operations plain numbers, without axes, where the other operand has at
+/// least as many axes. `profile` is the network's.
 bool simplifyScalars(NetworkT& network, const Profile& profile);
 
 /// Recognises layer normalisations over the last axis that are written out as means, squares and a
