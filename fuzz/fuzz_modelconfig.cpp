@@ -16,11 +16,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<int>(size));
     ModelConfig config;
-    QString error;
-    const bool valid = parseModelConfig(bytes, QStringLiteral("fuzzed.json"), &config, &error);
+    const auto parsed = parseModelConfig(bytes, QStringLiteral("fuzzed.json"), &config);
     const bool masksFit
         = config.detector.mask.empty() || config.detector.mask.size() == config.detector.output_layers.size();
-    if (valid != error.isEmpty() || (valid && !(config.hasClassAndInputSize() && masksFit))
+    const bool toldWhy = parsed || !parsed.error().message.empty();
+    if (!toldWhy || (parsed && !(config.hasClassAndInputSize() && masksFit))
         || static_cast<std::size_t>(config.detector.classNum) != config.classes.size()) {
         std::abort();
     }

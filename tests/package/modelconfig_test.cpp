@@ -14,6 +14,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
+using ::testing::StartsWith;
 
 const char* const path = "folder/model.json";
 const char* const noClassOrSize = "Invalid config: there should be at least 1 class, or input size greater than 0.";
@@ -28,9 +29,9 @@ struct Outcome
 Outcome parse(const QByteArray& bytes)
 {
     Outcome outcome;
-    QString error;
-    outcome.valid = parseModelConfig(bytes, path, &outcome.config, &error);
-    outcome.error = error.toStdString();
+    const auto parsed = parseModelConfig(bytes, path, &outcome.config);
+    outcome.valid = parsed.has_value();
+    outcome.error = parsed ? "" : parsed.error().message;
     return outcome;
 }
 
@@ -346,18 +347,19 @@ protected:
 
     QTemporaryDir folder;
     ModelConfig config;
-    QString error;
 };
 
 TEST_F(ModelConfigFile, IsRead)
 {
-    ASSERT_TRUE(readModelConfig(write(configuration()), &config, &error)) << error.toStdString();
+    const auto read = readModelConfig(write(configuration()), &config);
+    ASSERT_TRUE(read) << read.error().message;
     EXPECT_EQ(config.detector.width, 320);
 }
 
 TEST_F(ModelConfigFile, WithWindowsLineEndsIsRead)
 {
-    ASSERT_TRUE(readModelConfig(write(configuration().replace(' ', "\r\n")), &config, &error)) << error.toStdString();
+    const auto read = readModelConfig(write(configuration().replace(' ', "\r\n")), &config);
+    ASSERT_TRUE(read) << read.error().message;
     EXPECT_EQ(config.detector.height, 32);
 }
 
@@ -368,16 +370,18 @@ TEST_F(ModelConfigFile, ThatIsNoFileOrTooLargeCannotBeOpened)
     QFile large(write(configuration()));
     ASSERT_TRUE(large.resize((64 << 20) + 1));
     for (const QString& name : {folder.filePath("missing.json"), folder.path(), QString(), pipe, large.fileName()}) {
-        EXPECT_FALSE(readModelConfig(name, &config, &error));
-        EXPECT_EQ(error, "Can not open config file: " + name);
+        const auto read = readModelConfig(name, &config);
+        ASSERT_FALSE(read);
+        EXPECT_EQ(read.error().message, "Can not open config file: " + name.toStdString());
     }
 }
 
 TEST_F(ModelConfigFile, NamesItsPathAsItWasGiven)
 {
     const QString name = QDir(folder.path()).filePath("./") + QFileInfo(write("{")).fileName();
-    EXPECT_FALSE(readModelConfig(name, &config, &error));
-    EXPECT_TRUE(error.startsWith("Parse config file " + name + " failed: ")) << error.toStdString();
+    const auto read = readModelConfig(name, &config);
+    ASSERT_FALSE(read);
+    EXPECT_THAT(read.error().message, StartsWith("Parse config file " + name.toStdString() + " failed: "));
 }
 
 } // namespace

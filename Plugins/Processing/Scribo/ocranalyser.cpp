@@ -4,6 +4,7 @@
 #include "modelfilename.h"
 #include "modellimits.h"
 #include "ocrdetector.h"
+#include "resulttext.h"
 
 #include <QFileInfo>
 
@@ -63,16 +64,15 @@ bool OCRAnalyser::parseConfigs(const QString& modelPath)
 
 bool OCRAnalyser::loadConfigFile(const QString& path)
 {
-    QString error;
-    const bool valid = readModelConfig(path, &state.config, &error);
+    const scribo::Result<void> read = readModelConfig(path, &state.config);
     const DetectorConfig& detector = state.config.detector;
     if (state.config.hasClassAndInputSize()) {
         qInfo().nospace() << "Model config info: " << detector.classNum << " classes, input width " << detector.width
                           << ", height " << detector.height << ", channels " << detector.channels << ", batch "
                           << detector.batch << ", letter_box " << detector.letter_box;
     }
-    if (!valid) {
-        return fail(qCritical(), error);
+    if (!read) {
+        return fail(qCritical(), scribo::textOf(read.error()));
     }
     if (detector.mask.empty()) {
         qInfo().nospace() << "Use anchor-free configuration.";

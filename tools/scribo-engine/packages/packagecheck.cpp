@@ -109,8 +109,8 @@ void PackageCheck::checkConfiguration()
         return;
     }
     ModelConfig read;
-    QString error;
-    if (!readModelConfig(pieces->configPath, &read, &error)) {
+    if (const Result<void> valid = readModelConfig(pieces->configPath, &read); !valid) {
+        const QString error = textOf(valid.error());
         fault(error);
         if (read.classes.empty() && !error.startsWith(QLatin1String("Parse"))) {
             fault(QStringLiteral("the configuration names no classes"));

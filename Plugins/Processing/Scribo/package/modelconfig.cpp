@@ -1,10 +1,15 @@
 #include "modelconfig.h"
 
+#include "resulttext.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+using scribo::failure;
+using scribo::Result;
 
 namespace {
 
@@ -71,17 +76,15 @@ void readAnchors(const QJsonObject& anchors, DetectorConfig* detector)
     }
 }
 
-bool validate(const ModelConfig& config, QString* error)
+Result<void> validate(const ModelConfig& config)
 {
     if (!config.hasClassAndInputSize()) {
-        *error = QStringLiteral("Invalid config: there should be at least 1 class, or input size greater than 0.");
-        return false;
+        return failure("Invalid config: there should be at least 1 class, or input size greater than 0.");
     }
     if (!config.detector.mask.empty() && config.detector.mask.size() != config.detector.output_layers.size()) {
-        *error = QStringLiteral("Incompatible size of output layers and anchors mask");
-        return false;
+        return failure("Incompatible size of output layers and anchors mask");
     }
-    return true;
+    return {};
 }
 
 } // namespace
@@ -91,7 +94,7 @@ bool ModelConfig::hasClassAndInputSize() const
     return !classes.empty() && detector.width >= 1 && detector.height >= 1;
 }
 
-bool parseModelConfig(const QByteArray& bytes, const QString& path, ModelConfig* config, QString* error)
+Result<void> parseModelConfig(const QByteArray& bytes, const QString& path, ModelConfig* config)
 {
     // By way of QString, which drops a byte-order mark and replaces what is not UTF-8; of all bytes, for
     // fromUtf8(QByteArray) takes a zero for the end.
@@ -99,8 +102,7 @@ bool parseModelConfig(const QByteArray& bytes, const QString& path, ModelConfig*
     const QJsonDocument document
         = QJsonDocument::fromJson(QString::fromUtf8(bytes.constData(), bytes.size()).toUtf8(), &parseError);
     if (parseError.error != QJsonParseError::NoError) {
-        *error = "Parse config file " + path + " failed: " + parseError.errorString();
-        return false;
+        return failure("Parse config file " + path + " failed: " + parseError.errorString());
     }
     const QJsonObject root = document.object();
     DetectorConfig& detector = config->detector;
@@ -116,15 +118,14 @@ bool parseModelConfig(const QByteArray& bytes, const QString& path, ModelConfig*
     detector.input_layers = readNames(inferInfo["input_layers"].toArray());
     detector.output_layers = readNames(inferInfo["output_layers"].toArray());
     readAnchors(inferInfo["anchors"].toObject(), &detector);
-    return validate(*config, error);
+    return validate(*config);
 }
 
-bool readModelConfig(const QString& path, ModelConfig* config, QString* error)
+Result<void> readModelConfig(const QString& path, ModelConfig* config)
 {
     QFile file(path);
     if (!canBeConfiguration(path) || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        *error = "Can not open config file: " + path;
-        return false;
+        return failure("Can not open config file: " + path);
     }
-    return parseModelConfig(file.readAll(), path, config, error);
+    return parseModelConfig(file.readAll(), path, config);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "detectorconfig.h"
+#include "result.h"
 
 #include <QByteArray>
 #include <QString>
@@ -29,13 +30,13 @@ struct ModelConfig
     bool hasClassAndInputSize() const;
 };
 
-/// Reads the configuration file at `path` into `config`, which starts out empty. On failure returns
-/// false with the message in `error`; `config` then holds what was read until that point. Logs nothing.
+/// Reads the configuration file at `path` into `config`, which starts out empty. On failure
+/// `config` holds what was read until that point. Logs nothing.
 ///
 /// A missing key or a value of another JSON type reads as the key's default, and so does a number with
 /// a fraction, or beyond 32 bits, where an integer is meant.
-bool readModelConfig(const QString& path, ModelConfig* config, QString* error);
+scribo::Result<void> readModelConfig(const QString& path, ModelConfig* config);
 
 /// As readModelConfig(), from the file's bytes (UTF-8, with or without a byte-order mark); `path` only
 /// names the file in the message.
-bool parseModelConfig(const QByteArray& bytes, const QString& path, ModelConfig* config, QString* error);
+scribo::Result<void> parseModelConfig(const QByteArray& bytes, const QString& path, ModelConfig* config);
