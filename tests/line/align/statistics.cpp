@@ -1,7 +1,10 @@
 // How precisely parts are found, and how well pictures with the part differ from pictures without it. Not a test: run
 // it by hand when the search changes. docs/alignment.md has its figures.
 //
-//   alignment_statistics [PICTURES]     1,000 pictures of each kind unless told otherwise
+//   alignment_statistics [PICTURES [FIRST]]
+//
+// PICTURES: how many with the part and how many without it (1,000). FIRST: the number of the first of the labels (0);
+// other numbers give other labels and other pictures.
 
 #include "align/partfinder.h"
 #include "scenes.h"
@@ -80,7 +83,7 @@ const char* name(NotFoundReason reason)
     return "";
 }
 
-void withPart(const std::vector<Taught>& taught, int count)
+void withPart(const std::vector<Taught>& taught, int count, std::uint64_t first)
 {
     std::vector<double> errors;
     std::vector<double> worst;
@@ -90,10 +93,11 @@ void withPart(const std::vector<Taught>& taught, int count)
     std::map<NotFoundReason, int> misses;
     for (int i = 0; i < count; ++i) {
         const Taught& one = taught[static_cast<std::size_t>(i % designs)];
-        cv::RNG random(static_cast<std::uint64_t>(i) + 4711);
+        const std::uint64_t seed = static_cast<std::uint64_t>(i) + first * 100'000;
+        cv::RNG random(seed + 4711);
         const PartPose truth = scenes::randomPose(random, one.label.pivot(), 60, 12);
         const scenes::Disturbance disturbance = scenes::randomDisturbance(random);
-        const cv::Mat picture = one.label.picture(truth, static_cast<std::uint64_t>(i) + 1000, disturbance);
+        const cv::Mat picture = one.label.picture(truth, seed + 1000, disturbance);
         const double start = processorMilliseconds();
         const auto found = one.finder.find(picture);
         const cv::Mat aligned = found ? alignedPicture(picture, *found) : cv::Mat();
@@ -128,7 +132,7 @@ void withPart(const std::vector<Taught>& taught, int count)
     print("  find and align, ms", times);
 }
 
-void withoutPart(const std::vector<Taught>& taught, int count)
+void withoutPart(const std::vector<Taught>& taught, int count, std::uint64_t first)
 {
     const char* const kinds[] = {"other label", "empty belt", "other kind of part", "patch covered"};
     std::map<int, std::vector<double>> scores;
@@ -137,14 +141,14 @@ void withoutPart(const std::vector<Taught>& taught, int count)
     std::map<NotFoundReason, int> reasons;
     for (int i = 0; i < count; ++i) {
         const Taught& one = taught[static_cast<std::size_t>(i % designs)];
-        cv::RNG random(static_cast<std::uint64_t>(i) + 815);
+        const std::uint64_t seed = static_cast<std::uint64_t>(i) + first * 100'000 + 5000;
+        cv::RNG random(seed + 815 - 5000);
         const int kind = (i / designs) % 4;
-        const auto seed = static_cast<std::uint64_t>(i) + 5000;
         const PartPose pose = scenes::randomPose(random, one.label.pivot(), 60, 12);
         const scenes::Disturbance disturbance = scenes::randomDisturbance(random);
         cv::Mat picture;
         if (kind == 0) {
-            picture = scenes::Label(3 * seed + static_cast<std::uint64_t>(i % designs) % 3)
+            picture = scenes::Label(3 * seed + (first + static_cast<std::uint64_t>(i % designs)) % 3)
                           .picture(pose, seed, disturbance);
         } else if (kind == 1) {
             picture = scenes::belt(seed);
@@ -179,9 +183,10 @@ void withoutPart(const std::vector<Taught>& taught, int count)
 int main(int argc, char** argv)
 {
     const int count = argc > 1 ? std::atoi(argv[1]) : 1000;
+    const std::uint64_t first = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 0;
     cv::setNumThreads(1);
     std::vector<Taught> taught;
-    for (std::uint64_t seed = 0; seed < designs; ++seed) {
+    for (std::uint64_t seed = first; seed < first + designs; ++seed) {
         const scenes::Label label(seed);
         AlignmentSettings settings;
         settings.patch = label.patch();
@@ -192,7 +197,7 @@ int main(int argc, char** argv)
         }
         taught.push_back({label, *finder});
     }
-    withPart(taught, count);
-    withoutPart(taught, count);
+    withPart(taught, count, first);
+    withoutPart(taught, count, first);
     return 0;
 }
