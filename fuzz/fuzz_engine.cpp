@@ -6,14 +6,14 @@
 #include "NvInfer.h"
 
 #include "format/enginefile.h"
-#include "format/networkcheck.h"
+#include "format/network.h"
+#include "graph/enginereader.h"
 #include "graph/shapes.h"
 #include "plan/alignedbuffer.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <string>
 #include <vector>
 
 namespace {
@@ -52,11 +52,11 @@ bool isSmall(const format::Network& network, int width)
 {
     constexpr std::int64_t mostElements = 1 << 16;
     constexpr std::int64_t mostProducts = 1 << 26;
-    std::vector<cpu::Shape> shapes;
-    std::string error;
-    if (!cpu::inferShapes(network, width, &shapes, &error)) {
+    const Result<std::vector<cpu::Shape>> known = cpu::inferShapes(network, width);
+    if (!known) {
         return true;
     }
+    const std::vector<cpu::Shape>& shapes = *known;
     std::int64_t elements = 0;
     std::int64_t constants = 0;
     for (flatbuffers::uoffset_t i = 0; i < network.tensors()->size(); ++i) {
@@ -78,9 +78,8 @@ bool isSmall(const format::Network& network, int width)
 
 bool isSmall(const std::uint8_t* bytes, std::size_t size, int width)
 {
-    std::string error;
-    const format::Network* network = format::readEngine(bytes, size, &error);
-    return !network || isSmall(*network, width);
+    const Result<const format::Network*> network = cpu::readEngine(bytes, size);
+    return !network || isSmall(**network, width);
 }
 
 std::int64_t byteCount(const nvinfer1::Dims& dims)

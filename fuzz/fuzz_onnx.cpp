@@ -2,6 +2,7 @@
 
 #include "build.h"
 #include "format/enginefile.h"
+#include "graph/enginereader.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -42,8 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const std::unique_ptr<void, void (*)(void*)> memory(
         std::aligned_alloc(alignment, (engine.size() / alignment + 1) * alignment), std::free);
     std::memcpy(memory.get(), engine.data(), engine.size());
-    std::string error;
-    if (!scribo::format::readEngine(memory.get(), engine.size(), &error)) {
+    if (!scribo::cpu::readEngine(memory.get(), engine.size())) {
         std::abort();
     }
     return 0;

@@ -64,10 +64,10 @@ bool overlap(const void* a, std::size_t aSize, const void* b, std::size_t bSize)
 
 } // namespace
 
-Context::Context(std::shared_ptr<Model> source, nvinfer1::ILogger& reports)
-    : model(std::move(source))
-    , logger(reports)
-    , runner(model->engine())
+Context::Context(std::shared_ptr<Model> model, nvinfer1::ILogger& logger)
+    : model(std::move(model))
+    , logger(logger)
+    , runner(this->model->engine())
 {
 }
 
@@ -77,94 +77,87 @@ template <class Action>
 bool Context::alone(const char* what, Action action) const noexcept
 {
     if (busy.exchange(true, std::memory_order_acquire)) {
-        return guarded(logger, what, [](std::string* error) {
-            *error = "the context is in use by another thread";
-            return false;
-        });
+        return guarded(
+            logger, what, []() -> Result<void> { return failure("the context is in use by another thread"); });
     }
     const bool done = guarded(logger, what, action);
     busy.store(false, std::memory_order_release);
     return done;
 }
 
-bool Context::checkBinding(std::int32_t index, std::string* error) const
+Result<void> Context::checkBinding(std::int32_t index) const
 {
     const auto count = static_cast<std::int32_t>(model->bindings().size());
     if (index < 0 || index >= count) {
-        *error = "binding " + std::to_string(index) + " does not exist, the engine has " + std::to_string(count);
-        return false;
+        return failure("binding " + std::to_string(index) + " does not exist, the engine has " + std::to_string(count));
     }
-    return true;
+    return {};
 }
 
 Dims Context::getBindingDimensions(std::int32_t bindingIndex) const noexcept
 {
     Dims dims;
     dims.nbDims = -1;
-    alone("getBindingDimensions", [&](std::string* error) {
-        if (!checkBinding(bindingIndex, error)) {
-            return false;
-        }
-        const auto i = static_cast<std::size_t>(bindingIndex);
-        dims = toDims(current ? current->bindingShapes()[i] : model->bindings()[i].shape);
-        return true;
+    alone("getBindingDimensions", [&] {
+        return checkBinding(bindingIndex).map([&] {
+            const auto i = static_cast<std::size_t>(bindingIndex);
+            dims = toDims(current ? current->bindingShapes()[i] : model->bindings()[i].shape);
+        });
     });
     return dims;
 }
 
-bool Context::checkDimensions(const Dims& dimensions, std::string* error) const
+Result<void> Context::checkDimensions(const Dims& dimensions) const
 {
     const Shape& expected = model->bindings().front().shape;
     if (dimensions.nbDims != static_cast<std::int32_t>(expected.size())) {
-        *error = "the input has " + std::to_string(expected.size()) + " dimensions, not "
-            + std::to_string(dimensions.nbDims);
-        return false;
+        return failure("the input has " + std::to_string(expected.size()) + " dimensions, not "
+            + std::to_string(dimensions.nbDims));
     }
     for (std::size_t axis = 0; axis < widthAxis; ++axis) {
         if (dimensions.d[axis] != expected[axis]) {
-            *error = "dimension " + std::to_string(axis) + " of the input is " + std::to_string(expected[axis])
-                + ", not " + std::to_string(dimensions.d[axis]);
-            return false;
+            return failure("dimension " + std::to_string(axis) + " of the input is " + std::to_string(expected[axis])
+                + ", not " + std::to_string(dimensions.d[axis]));
         }
     }
     const int width = dimensions.d[widthAxis];
     const format::Network& network = model->network();
     if (width < network.minimum_width() || width > network.maximum_width()) {
-        *error = "a width of " + std::to_string(width) + " lies outside the engine's range of "
-            + std::to_string(network.minimum_width()) + " to " + std::to_string(network.maximum_width());
-        return false;
+        return failure("a width of " + std::to_string(width) + " lies outside the engine's range of "
+            + std::to_string(network.minimum_width()) + " to " + std::to_string(network.maximum_width()));
     }
-    return true;
+    return {};
 }
 
 bool Context::setBindingDimensions(std::int32_t bindingIndex, Dims dimensions) noexcept
 {
-    return alone("setBindingDimensions", [&](std::string* error) {
-        if (!checkBinding(bindingIndex, error)) {
-            return false;
-        }
-        if (bindingIndex != 0) {
-            *error = title(model->bindings(), static_cast<std::size_t>(bindingIndex))
-                + " is an output, its dimensions follow from the input's";
-            return false;
-        }
-        return checkDimensions(dimensions, error) && setWidth(dimensions.d[widthAxis], error);
+    return alone("setBindingDimensions", [&] {
+        return checkBinding(bindingIndex)
+            .and_then([&]() -> Result<void> {
+                if (bindingIndex == 0) {
+                    return checkDimensions(dimensions);
+                }
+                return failure(title(model->bindings(), static_cast<std::size_t>(bindingIndex))
+                    + " is an output, its dimensions follow from the input's");
+            })
+            .and_then([&] { return setWidth(dimensions.d[widthAxis]); });
     });
 }
 
-bool Context::setWidth(int width, std::string* error)
+Result<void> Context::setWidth(int width)
 {
     if (current && current->width() == width) {
-        return true;
+        return {};
     }
     Plan* plan = plans.find(width);
     std::unique_ptr<Plan> made;
     if (!plan) {
         const SingleThread single;
-        made = makePlan(*model, width, error);
-        if (!made) {
-            return false;
+        Result<std::unique_ptr<Plan>> planned = makePlan(*model, width);
+        if (!planned) {
+            return tl::unexpected(planned.error());
         }
+        made = std::move(*planned);
     }
     const std::size_t needed = (plan ? plan : made.get())->arenaSize();
     if (!arena || arena->size() < needed) {
@@ -173,10 +166,10 @@ bool Context::setWidth(int width, std::string* error)
         arena = std::move(larger);
     }
     current = plan ? plan : plans.insert(std::move(made));
-    return true;
+    return {};
 }
 
-bool Context::checkBuffers(void* const* bindings, std::string* error) const
+Result<void> Context::checkBuffers(void* const* bindings) const
 {
     const std::vector<Shape>& shapes = current->bindingShapes();
     for (std::size_t i = 0; i < shapes.size(); ++i) {
@@ -187,38 +180,34 @@ bool Context::checkBuffers(void* const* bindings, std::string* error) const
             }
         }
         if (!fault.empty()) {
-            *error = "the buffer of " + title(model->bindings(), i) + " " + fault;
-            return false;
+            return failure("the buffer of " + title(model->bindings(), i) + " " + fault);
         }
     }
-    return true;
+    return {};
 }
 
-bool Context::run(void* const* bindings, cudaStream_t stream, std::string* error)
+Result<void> Context::run(void* const* bindings, cudaStream_t stream)
 {
     if (!current) {
-        *error = "the dimensions of the input have not been set";
-        return false;
+        return failure("the dimensions of the input have not been set");
     }
     if (!bindings) {
-        *error = "there is no list of buffers";
-        return false;
+        return failure("there is no list of buffers");
     }
     if (!isStream(stream)) {
-        *error = "the stream does not exist";
-        return false;
+        return failure("the stream does not exist");
     }
-    if (!checkBuffers(bindings, error)) {
-        return false;
+    if (Result<void> checked = checkBuffers(bindings); !checked) {
+        return checked;
     }
     current->bind(arena->data(), bindings);
     runner.run(*current);
-    return true;
+    return {};
 }
 
 bool Context::enqueueV2(void* const* bindings, cudaStream_t stream, cudaEvent_t*) noexcept
 {
-    return alone("enqueueV2", [&](std::string* error) { return run(bindings, stream, error); });
+    return alone("enqueueV2", [&] { return run(bindings, stream); });
 }
 
 } // namespace scribo::cpu

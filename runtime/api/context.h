@@ -1,6 +1,7 @@
 #pragma once
 
 #include "NvInfer.h"
+#include "result.h"
 
 #include "plan/model.h"
 #include "plan/plancache.h"
@@ -9,7 +10,6 @@
 #include <atomic>
 #include <memory>
 #include <optional>
-#include <string>
 
 namespace scribo::cpu {
 
@@ -18,7 +18,7 @@ class Context final : public nvinfer1::IExecutionContext
 {
 public:
     /// Throws dnnl::error and std::bad_alloc.
-    Context(std::shared_ptr<Model> source, nvinfer1::ILogger& reports);
+    Context(std::shared_ptr<Model> model, nvinfer1::ILogger& logger);
 
     nvinfer1::Dims getBindingDimensions(std::int32_t bindingIndex) const noexcept override;
     bool setBindingDimensions(std::int32_t bindingIndex, nvinfer1::Dims dimensions) noexcept override;
@@ -27,11 +27,11 @@ public:
 private:
     template <class Action>
     bool alone(const char* what, Action action) const noexcept;
-    bool checkBinding(std::int32_t index, std::string* error) const;
-    bool checkDimensions(const nvinfer1::Dims& dimensions, std::string* error) const;
-    bool checkBuffers(void* const* bindings, std::string* error) const;
-    bool setWidth(int width, std::string* error);
-    bool run(void* const* bindings, cudaStream_t stream, std::string* error);
+    Result<void> checkBinding(std::int32_t index) const;
+    Result<void> checkDimensions(const nvinfer1::Dims& dimensions) const;
+    Result<void> checkBuffers(void* const* bindings) const;
+    Result<void> setWidth(int width);
+    Result<void> run(void* const* bindings, cudaStream_t stream);
 
     std::shared_ptr<Model> model;
     nvinfer1::ILogger& logger;

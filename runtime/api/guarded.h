@@ -1,6 +1,7 @@
 #pragma once
 
 #include "NvInferRuntimeCommon.h"
+#include "result.h"
 
 #include <exception>
 #include <new>
@@ -8,9 +9,9 @@
 
 namespace scribo::cpu {
 
-/// Runs `action(&error)`, which is false with a sentence in `error` when it fails. A failure, also
-/// one that is thrown, is reported to `logger` as one error that starts with `what`, and is false.
-/// Never an internal error: those end the process of an application that maps them to fatal ones.
+/// Runs `action()`, which gives a Result<void>. A failure, also one that is thrown, is reported to `logger` as one
+/// error that starts with `what`, and is false. Never an internal error: those end the process of an application that
+/// maps them to fatal ones.
 template <class Action>
 bool guarded(nvinfer1::ILogger& logger, const char* what, Action action) noexcept
 {
@@ -18,9 +19,11 @@ bool guarded(nvinfer1::ILogger& logger, const char* what, Action action) noexcep
     try {
         std::string error;
         try {
-            if (action(&error)) {
+            const Result<void> done = action();
+            if (done) {
                 return true;
             }
+            error = done.error().message;
         } catch (const std::bad_alloc&) {
             error = "there is not enough memory";
         } catch (const std::exception& fault) {

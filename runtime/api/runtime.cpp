@@ -13,18 +13,18 @@ namespace {
 class Engine final : public nvinfer1::ICudaEngine
 {
 public:
-    Engine(std::shared_ptr<Model> source, nvinfer1::ILogger& reports)
-        : model(std::move(source))
-        , logger(reports)
+    Engine(std::shared_ptr<Model> model, nvinfer1::ILogger& logger)
+        : model(std::move(model))
+        , logger(logger)
     {
     }
 
     nvinfer1::IExecutionContext* createExecutionContext() noexcept override
     {
         nvinfer1::IExecutionContext* context = nullptr;
-        guarded(logger, "createExecutionContext", [&](std::string*) {
+        guarded(logger, "createExecutionContext", [&]() -> Result<void> {
             context = new Context(model, logger);
-            return true;
+            return {};
         });
         return context;
     }
@@ -48,18 +48,18 @@ private:
 class Runtime final : public nvinfer1::IRuntime
 {
 public:
-    explicit Runtime(nvinfer1::ILogger& reports)
-        : logger(reports)
+    explicit Runtime(nvinfer1::ILogger& logger)
+        : logger(logger)
     {
     }
 
     nvinfer1::ICudaEngine* deserializeCudaEngine(const void* blob, std::size_t size) noexcept override
     {
         nvinfer1::ICudaEngine* engine = nullptr;
-        guarded(logger, "deserializeCudaEngine", [&](std::string* error) {
-            std::shared_ptr<Model> model = Model::load(blob, size, error);
-            engine = model ? new Engine(std::move(model), logger) : nullptr;
-            return engine != nullptr;
+        guarded(logger, "deserializeCudaEngine", [&] {
+            return Model::load(blob, size).map([&](std::shared_ptr<Model> model) {
+                engine = new Engine(std::move(model), logger);
+            });
         });
         return engine;
     }

@@ -1,8 +1,8 @@
 #include "enginefile.h"
 
-#include "networkcheck.h"
-
 #include <zlib.h>
+
+#include <algorithm>
 
 namespace scribo::format {
 
@@ -41,50 +41,34 @@ std::size_t constantBytes(const NetworkT& network)
     return total;
 }
 
-/// The container, once its identifier, structure, version and checksum are believed; else null.
-const Engine* openContainer(const void* bytes, std::size_t size, std::string* error)
+/// The container, once its identifier, structure, version and checksum are believed.
+Result<const Engine*> openContainer(const void* bytes, std::size_t size)
 {
     // Below this size there is not even room for an identifier.
     constexpr std::size_t smallest = sizeof(flatbuffers::uoffset_t) + flatbuffers::kFileIdentifierLength;
     if (!bytes || size < smallest || !EngineBufferHasIdentifier(bytes)) {
-        *error = "it is not an engine file of the CPU runtime";
-        return nullptr;
+        return failure("it is not an engine file of the CPU runtime");
     }
     if (size >= FLATBUFFERS_MAX_BUFFER_SIZE) {
-        *error = "the engine file is too large";
-        return nullptr;
+        return failure("the engine file is too large");
     }
     if (!isAligned(bytes)) {
-        *error = "the bytes of the engine do not start at a multiple of " + std::to_string(engineAlignment);
-        return nullptr;
+        return failure("the bytes of the engine do not start at a multiple of " + std::to_string(engineAlignment));
     }
     flatbuffers::Verifier verifier(static_cast<const std::uint8_t*>(bytes), size);
     if (!VerifyEngineBuffer(verifier)) {
-        *error = "the engine file is damaged or cut off";
-        return nullptr;
+        return failure("the engine file is damaged or cut off");
     }
     const Engine* engine = GetEngine(bytes);
     if (engine->format_version() != engineFormatVersion) {
-        *error = "the engine file has format version " + std::to_string(engine->format_version())
-            + ", this runtime reads version " + std::to_string(engineFormatVersion);
-        return nullptr;
+        return failure("the engine file has format version " + std::to_string(engine->format_version())
+            + ", this runtime reads version " + std::to_string(engineFormatVersion));
     }
     const std::uint8_t* field = checksumField(bytes);
     if (!engine->payload() || !field || checksumWithout(field, bytes, size) != engine->checksum()) {
-        *error = "the checksum of the engine file is wrong: it is damaged or cut off";
-        return nullptr;
+        return failure("the checksum of the engine file is wrong: it is damaged or cut off");
     }
     return engine;
-}
-
-bool constantsAligned(const Network& network)
-{
-    for (const Tensor* tensor : *network.tensors()) {
-        if (tensor->constant() && !isAligned(tensor->constant()->data())) {
-            return false;
-        }
-    }
-    return true;
 }
 
 } // namespace
@@ -115,29 +99,22 @@ void sealEngine(std::uint8_t* bytes, std::size_t size)
     flatbuffers::WriteScalar(bytes + (field - bytes), checksumWithout(field, bytes, size));
 }
 
-const Network* readEngine(const void* bytes, std::size_t size, std::string* error)
+Result<const Network*> openEngine(const void* bytes, std::size_t size)
 {
-    std::string ignored;
-    error = error ? error : &ignored;
-    const Engine* engine = openContainer(bytes, size, error);
-    if (!engine) {
-        return nullptr;
-    }
-    const std::uint8_t* payload = engine->payload()->data();
-    flatbuffers::Verifier verifier(payload, engine->payload()->size());
-    if (!isAligned(payload) || !verifier.VerifyBuffer<Network>()) {
-        *error = "the network in the engine file is malformed";
-        return nullptr;
-    }
-    const auto* network = flatbuffers::GetRoot<Network>(payload);
-    if (!checkNetwork(*network, error)) {
-        return nullptr;
-    }
-    if (!constantsAligned(*network)) {
-        *error = "the constants in the engine file are not aligned";
-        return nullptr;
-    }
-    return network;
+    return openContainer(bytes, size).and_then([](const Engine* engine) -> Result<const Network*> {
+        const std::uint8_t* payload = engine->payload()->data();
+        flatbuffers::Verifier verifier(payload, engine->payload()->size());
+        if (!isAligned(payload) || !verifier.VerifyBuffer<Network>()) {
+            return failure("the network in the engine file is malformed");
+        }
+        return flatbuffers::GetRoot<Network>(payload);
+    });
+}
+
+bool constantsAligned(const Network& network)
+{
+    return std::all_of(network.tensors()->begin(), network.tensors()->end(),
+        [](const Tensor* tensor) { return !tensor->constant() || isAligned(tensor->constant()->data()); });
 }
 
 } // namespace scribo::format

@@ -1,5 +1,6 @@
-#include "format/networkcheck.h"
-#include "rules.h"
+#include "attributes.h"
+#include "format/network.h"
+#include "operationtable.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,20 +19,20 @@ std::optional<std::int64_t> toInteger(float number)
     return static_cast<std::int64_t>(number);
 }
 
-bool castToIntegers(Rule& rule, const Value& data)
+Result<void> castToIntegers(Rule& rule, const Value& data)
 {
     const std::optional<std::int64_t> number = data.uniform ? toInteger(*data.uniform) : std::nullopt;
     if (!number) {
-        return rule.fail("its integers are not known before the picture is");
+        return failure("its integers are not known before the picture is");
     }
     const std::int64_t count = countElements(data.shape);
     if (count > maximumIntegers) {
-        return rule.fail("its result of " + toString(data.shape) + " is too large");
+        return failure("its result of " + toString(data.shape) + " is too large");
     }
     return rule.setIntegers(0, data.shape, std::vector<std::int64_t>(static_cast<std::size_t>(count), *number));
 }
 
-bool castToFloats(Rule& rule, const Value& data)
+Result<void> castToFloats(Rule& rule, const Value& data)
 {
     const auto& integers = data.integers;
     std::optional<float> uniform;
@@ -44,13 +45,18 @@ bool castToFloats(Rule& rule, const Value& data)
 
 } // namespace
 
-bool inferShapeOf(Rule& rule)
+Result<void> inferShapeOf(Rule& rule)
 {
     const Shape& shape = rule.operand(0).shape;
     return rule.setIntegers(0, {static_cast<std::int64_t>(shape.size())}, shape);
 }
 
-bool inferCast(Rule& rule)
+bool isSoundCast(const format::Operation& operation)
+{
+    return isKnown(operation.kind_as_Cast()->to());
+}
+
+Result<void> inferCast(Rule& rule)
 {
     const Value& data = rule.operand(0);
     const format::ElementType to = rule.operation.kind_as_Cast()->to();
@@ -60,11 +66,16 @@ bool inferCast(Rule& rule)
     return to == format::ElementType::Int64 ? castToIntegers(rule, data) : castToFloats(rule, data);
 }
 
-bool inferFill(Rule& rule)
+bool isSoundFill(const format::Operation& operation)
+{
+    return isKnown(operation.kind_as_Fill()->type());
+}
+
+Result<void> inferFill(Rule& rule)
 {
     const auto& fill = *rule.operation.kind_as_Fill();
-    if (!rule.operand(0).isInteger() || !rule.needIntegers(0)) {
-        return rule.fail("its shape is not a list of integers");
+    if (!rule.operand(0).isInteger() || !rule.needIntegers({0})) {
+        return failure("its shape is not a list of integers");
     }
     const Shape shape = rule.operand(0).integers;
     if (fill.type() == format::ElementType::Float32) {
@@ -73,7 +84,7 @@ bool inferFill(Rule& rule)
     const std::optional<std::int64_t> number = toInteger(fill.value());
     const std::int64_t count = countElements(shape);
     if (!number || count < 0 || count > maximumIntegers) {
-        return rule.fail("its result of " + toString(shape) + " is too large");
+        return failure("its result of " + toString(shape) + " is too large");
     }
     return rule.setIntegers(0, shape, std::vector<std::int64_t>(static_cast<std::size_t>(count), *number));
 }

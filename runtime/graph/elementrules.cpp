@@ -1,4 +1,5 @@
-#include "rules.h"
+#include "attributes.h"
+#include "operationtable.h"
 #include "scalarmath.h"
 #include "stridedcopy.h"
 
@@ -63,17 +64,17 @@ std::vector<std::int64_t> spread(const Value& value, const Shape& shape, std::in
     return result;
 }
 
-bool inferIntegerBinary(Rule& rule, BinaryKind kind, const Shape& shape)
+Result<void> inferIntegerBinary(Rule& rule, BinaryKind kind, const Shape& shape)
 {
     const std::int64_t count = countElements(shape);
     if (count < 0 || count > maximumIntegers) {
-        return rule.fail("its result of " + toString(shape) + " is too large");
+        return failure("its result of " + toString(shape) + " is too large");
     }
     std::vector<std::int64_t> left = spread(rule.operand(0), shape, count);
     const std::vector<std::int64_t> right = spread(rule.operand(1), shape, count);
     for (std::size_t i = 0; i < left.size(); ++i) {
         if (!applyIntegers(kind, left[i], right[i], &left[i])) {
-            return rule.fail("its integers divide by zero or overflow");
+            return failure("its integers divide by zero or overflow");
         }
     }
     return rule.setIntegers(0, shape, std::move(left));
@@ -89,15 +90,35 @@ bool covers(const Value& value, const Shape& shape)
 
 } // namespace
 
-bool inferActivation(Rule& rule)
+bool isSoundActivation(const format::Operation& operation)
 {
-    return rule.needFloats() && rule.setFloats(0, rule.operand(0).shape);
+    return isKnown(operation.kind_as_Activation());
 }
 
-bool inferUnary(Rule& rule)
+std::string showActivation(const format::Operation& operation)
 {
-    if (!rule.needFloats()) {
-        return false;
+    return format::EnumNameActivationKind(operation.kind_as_Activation()->kind());
+}
+
+Result<void> inferActivation(Rule& rule)
+{
+    return rule.needFloats({0}).and_then([&] { return rule.setFloats(0, rule.operand(0).shape); });
+}
+
+bool isSoundUnary(const format::Operation& operation)
+{
+    return isKnown(operation.kind_as_Unary()->kind());
+}
+
+std::string showUnary(const format::Operation& operation)
+{
+    return format::EnumNameUnaryKind(operation.kind_as_Unary()->kind());
+}
+
+Result<void> inferUnary(Rule& rule)
+{
+    if (Result<void> sound = rule.needFloats({0}); !sound) {
+        return sound;
     }
     const Value& data = rule.operand(0);
     std::optional<float> uniform;
@@ -107,17 +128,27 @@ bool inferUnary(Rule& rule)
     return rule.setFloats(0, data.shape, uniform);
 }
 
-bool inferBinary(Rule& rule)
+bool isSoundBinary(const format::Operation& operation)
+{
+    return isKnown(operation.kind_as_Binary()->kind());
+}
+
+std::string showBinary(const format::Operation& operation)
+{
+    return format::EnumNameBinaryKind(operation.kind_as_Binary()->kind());
+}
+
+Result<void> inferBinary(Rule& rule)
 {
     const BinaryKind kind = rule.operation.kind_as_Binary()->kind();
     const Value& left = rule.operand(0);
     const Value& right = rule.operand(1);
     if (left.type != right.type) {
-        return rule.fail("one operand holds integers and the other does not");
+        return failure("one operand holds integers and the other does not");
     }
     const std::optional<Shape> shape = broadcastShapes(left.shape, right.shape);
     if (!shape) {
-        return rule.fail(toString(left.shape) + " and " + toString(right.shape) + " do not go together");
+        return failure(toString(left.shape) + " and " + toString(right.shape) + " do not go together");
     }
     if (left.isInteger()) {
         return inferIntegerBinary(rule, kind, *shape);
@@ -129,45 +160,51 @@ bool inferBinary(Rule& rule)
     return rule.setFloats(0, *shape, uniform);
 }
 
-bool inferSoftmax(Rule& rule)
+std::string showSoftmax(const format::Operation& operation)
+{
+    const format::Softmax& softmax = *operation.kind_as_Softmax();
+    return "axis " + std::to_string(softmax.axis()) + (softmax.logarithm() ? ", logarithm" : "");
+}
+
+Result<void> inferSoftmax(Rule& rule)
 {
     const Value& data = rule.operand(0);
-    if (!rule.needFloats()) {
-        return false;
+    if (Result<void> sound = rule.needFloats({0}); !sound) {
+        return sound;
     }
     const int axis = rule.operation.kind_as_Softmax()->axis();
     if (normalAxis(axis, data.rank()) < 0) {
-        return rule.fail("axis " + std::to_string(axis) + " of " + toString(data.shape) + " does not exist");
+        return failure("axis " + std::to_string(axis) + " of " + toString(data.shape) + " does not exist");
     }
     return rule.setFloats(0, data.shape);
 }
 
-bool inferChannelAffine(Rule& rule)
+Result<void> inferChannelAffine(Rule& rule)
 {
     const Shape& data = rule.operand(0).shape;
-    if (!rule.needFloats(0) || !rule.needFloats(1) || !rule.needFloats(2)) {
-        return false;
+    if (Result<void> sound = rule.needFloats({0, 1, 2}); !sound) {
+        return sound;
     }
     if (data.size() < 2 || rule.operand(1).shape != Shape{data[1]} || rule.operand(2).shape != Shape{data[1]}) {
-        return rule.fail("its scale and shift do not fit the channels of " + toString(data));
+        return failure("its scale and shift do not fit the channels of " + toString(data));
     }
     return rule.setFloats(0, data);
 }
 
-bool inferLayerNormalisation(Rule& rule)
+Result<void> inferLayerNormalisation(Rule& rule)
 {
     const Value& data = rule.operand(0);
-    if (!rule.needFloats()) {
-        return false;
+    if (Result<void> sound = rule.needFloats({0}); !sound) {
+        return sound;
     }
     const int given = rule.operation.kind_as_LayerNormalisation()->axis();
     const int axis = normalAxis(given, data.rank());
     if (axis < 0) {
-        return rule.fail("axis " + std::to_string(given) + " of " + toString(data.shape) + " does not exist");
+        return failure("axis " + std::to_string(given) + " of " + toString(data.shape) + " does not exist");
     }
     const Shape normalised(data.shape.begin() + axis, data.shape.end());
     if (!covers(rule.operand(1), normalised) || (rule.input(2) && !covers(*rule.input(2), normalised))) {
-        return rule.fail("its scale and shift do not fit " + toString(normalised));
+        return failure("its scale and shift do not fit " + toString(normalised));
     }
     return rule.setFloats(0, data.shape);
 }

@@ -1,6 +1,7 @@
-#include "movement.h"
+#include "attributes.h"
+#include "operationtable.h"
 
-#include "format/networkcheck.h"
+#include "format/network.h"
 
 #include <algorithm>
 #include <limits>
@@ -10,25 +11,30 @@ namespace scribo::cpu {
 
 namespace {
 
-using format::OperationKind;
-
-bool tooLarge(Node& node, const Shape& shape)
+tl::unexpected<Error> tooLarge(const Shape& shape)
 {
-    return node.fail("its result of " + toString(shape) + " is too large");
+    return failure("its result of " + toString(shape) + " is too large");
 }
 
-bool noAxis(Node& node, std::int64_t axis, const Shape& shape)
+tl::unexpected<Error> noAxis(std::int64_t axis, const Shape& shape)
 {
-    return node.fail("axis " + std::to_string(axis) + " of " + toString(shape) + " does not exist");
+    return failure("axis " + std::to_string(axis) + " of " + toString(shape) + " does not exist");
 }
 
-bool describeTranspose(Node& node, Movement* movement)
+} // namespace
+
+std::string showTranspose(const format::Operation& operation)
+{
+    return listText(operation.kind_as_Transpose()->permutation());
+}
+
+Result<Movement> moveTranspose(const Node& node)
 {
     const auto* permutation = node.operation.kind_as_Transpose()->permutation();
     const Shape& data = node.operand(0).shape;
     std::vector<bool> seen(data.size(), false);
     if ((permutation ? permutation->size() : 0) != data.size()) {
-        return node.fail("its permutation does not fit " + toString(data));
+        return failure("its permutation does not fit " + toString(data));
     }
     const Shape dense = denseStrides(data);
     Shape result;
@@ -36,24 +42,27 @@ bool describeTranspose(Node& node, Movement* movement)
     for (flatbuffers::uoffset_t i = 0; i < data.size(); ++i) {
         const int from = permutation->Get(i);
         if (from < 0 || static_cast<std::size_t>(from) >= data.size() || seen[static_cast<std::size_t>(from)]) {
-            return node.fail("its permutation does not fit " + toString(data));
+            return failure("its permutation does not fit " + toString(data));
         }
         seen[static_cast<std::size_t>(from)] = true;
         result.push_back(data[static_cast<std::size_t>(from)]);
         strides.push_back(dense[static_cast<std::size_t>(from)]);
     }
-    movement->results = {result};
-    movement->parts = {{0, 0, {result, 0, strides, 0, denseStrides(result)}}};
-    return true;
+    return Movement{{result}, {{0, 0, {result, 0, strides, 0, denseStrides(result)}}}};
 }
 
-bool describeConcat(Node& node, Movement* movement)
+std::string showConcat(const format::Operation& operation)
+{
+    return "axis " + std::to_string(operation.kind_as_Concat()->axis());
+}
+
+Result<Movement> moveConcat(const Node& node)
 {
     const int given = node.operation.kind_as_Concat()->axis();
     const Value& first = node.operand(0);
     const int axis = normalAxis(given, first.rank());
     if (axis < 0) {
-        return noAxis(node, given, first.shape);
+        return noAxis(given, first.shape);
     }
     Shape result = first.shape;
     std::int64_t& total = result[static_cast<std::size_t>(axis)];
@@ -66,85 +75,108 @@ bool describeConcat(Node& node, Movement* movement)
             like[static_cast<std::size_t>(axis)] = total;
         }
         if (value.type != first.type || like != result || countElements(result) < 0) {
-            return node.fail(toString(value.shape) + " cannot be put behind " + toString(first.shape));
+            return failure(toString(value.shape) + " cannot be put behind " + toString(first.shape));
         }
     }
     const std::int64_t outer = countRange(result, 0, axis);
     const std::int64_t row = countRange(result, axis, static_cast<int>(result.size()));
+    Movement movement{{result}};
     std::int64_t position = 0;
     for (std::size_t i = 0; i < node.inputCount(); ++i) {
         const Shape& shape = node.operand(i).shape;
         const std::int64_t length = countRange(shape, axis, static_cast<int>(shape.size()));
-        movement->parts.push_back({i, 0, {{outer, length}, 0, {length, 1}, position, {row, 1}}});
+        movement.parts.push_back({i, 0, {{outer, length}, 0, {length, 1}, position, {row, 1}}});
         position += length;
     }
-    movement->results = {result};
-    return true;
+    return movement;
 }
 
-bool describeSplit(Node& node, Movement* movement)
+bool isSoundSplit(const format::Operation& operation)
+{
+    const auto& split = *operation.kind_as_Split();
+    return split.sizes() && isAligned(split.sizes());
+}
+
+std::string showSplit(const format::Operation& operation)
+{
+    const auto& split = *operation.kind_as_Split();
+    return "axis " + std::to_string(split.axis()) + " into " + listText(split.sizes());
+}
+
+Result<Movement> moveSplit(const Node& node)
 {
     const auto& split = *node.operation.kind_as_Split();
     const Value& data = node.operand(0);
     const int axis = normalAxis(split.axis(), data.rank());
     if (axis < 0) {
-        return noAxis(node, split.axis(), data.shape);
+        return noAxis(split.axis(), data.shape);
     }
     if (split.sizes()->size() != node.outputCount()) {
-        return node.fail("it has " + std::to_string(node.outputCount()) + " outputs for "
+        return failure("it has " + std::to_string(node.outputCount()) + " outputs for "
             + std::to_string(split.sizes()->size()) + " parts");
     }
     const std::int64_t outer = countRange(data.shape, 0, axis);
     const std::int64_t inner = countRange(data.shape, axis + 1, data.rank());
     std::int64_t left = data.shape[static_cast<std::size_t>(axis)];
     const std::int64_t row = left * inner;
+    Movement movement;
     for (std::size_t i = 0; i < node.outputCount(); ++i) {
         const std::int64_t size = split.sizes()->Get(static_cast<flatbuffers::uoffset_t>(i));
         if (size < 0 || size > left) {
-            return node.fail("its parts do not add up to " + toString(data.shape));
+            return failure("its parts do not add up to " + toString(data.shape));
         }
         Shape result = data.shape;
         result[static_cast<std::size_t>(axis)] = size;
-        movement->results.push_back(result);
-        movement->parts.push_back({0, i, {{outer, size * inner}, row - left * inner, {row, 1}, 0, {size * inner, 1}}});
+        movement.results.push_back(result);
+        movement.parts.push_back({0, i, {{outer, size * inner}, row - left * inner, {row, 1}, 0, {size * inner, 1}}});
         left -= size;
     }
-    return left == 0 || node.fail("its parts do not add up to " + toString(data.shape));
+    if (left != 0) {
+        return failure("its parts do not add up to " + toString(data.shape));
+    }
+    return movement;
 }
 
-bool describeGather(Node& node, Movement* movement)
+std::string showGather(const format::Operation& operation)
+{
+    return "axis " + std::to_string(operation.kind_as_Gather()->axis());
+}
+
+Result<Movement> moveGather(const Node& node)
 {
     const int given = node.operation.kind_as_Gather()->axis();
     const Value& data = node.operand(0);
     const Value& indices = node.operand(1);
     const int axis = normalAxis(given, data.rank());
     if (axis < 0) {
-        return noAxis(node, given, data.shape);
+        return noAxis(given, data.shape);
     }
     if (!indices.isInteger()) {
-        return node.fail("its indices are not integers");
+        return failure("its indices are not integers");
     }
     Shape result(data.shape.begin(), data.shape.begin() + axis);
     result.insert(result.end(), indices.shape.begin(), indices.shape.end());
     result.insert(result.end(), data.shape.begin() + axis + 1, data.shape.end());
     if (countElements(result) < 0) {
-        return tooLarge(node, result);
+        return tooLarge(result);
     }
     const std::int64_t extent = data.shape[static_cast<std::size_t>(axis)];
     const std::int64_t outer = countRange(data.shape, 0, axis);
     const std::int64_t inner = countRange(data.shape, axis + 1, data.rank());
     const auto count = static_cast<std::int64_t>(indices.integers.size());
+    Movement movement{{result}};
     for (std::int64_t i = 0; i < count; ++i) {
         const std::int64_t index = indices.integers[static_cast<std::size_t>(i)];
         if (index < -extent || index >= extent) {
-            return node.fail("index " + std::to_string(index) + " lies outside " + toString(data.shape));
+            return failure("index " + std::to_string(index) + " lies outside " + toString(data.shape));
         }
         const std::int64_t from = (index < 0 ? index + extent : index) * inner;
-        movement->parts.push_back({0, 0, {{outer, inner}, from, {extent * inner, 1}, i * inner, {count * inner, 1}}});
+        movement.parts.push_back({0, 0, {{outer, inner}, from, {extent * inner, 1}, i * inner, {count * inner, 1}}});
     }
-    movement->results = {result};
-    return true;
+    return movement;
 }
+
+namespace {
 
 /// Where a slice starts and how many elements it takes along an axis of `extent`, with the limits
 /// cut to the axis as ONNX does.
@@ -172,13 +204,13 @@ AxisSlice cutSlice(std::int64_t start, std::int64_t end, std::int64_t step, std:
     return {start, start > end ? (start - end - 1) / -step + 1 : 0};
 }
 
-bool describeSlice(Node& node, Movement* movement)
+} // namespace
+
+Result<Movement> moveSlice(const Node& node)
 {
     const Value& data = node.operand(0);
-    for (std::size_t i = 1; i < 5; ++i) {
-        if (!node.needIntegers(i)) {
-            return false;
-        }
+    if (const Result<void> sound = node.needIntegers({1, 2, 3, 4}); !sound) {
+        return tl::unexpected(sound.error());
     }
     const std::vector<std::int64_t>& starts = node.operand(1).integers;
     const std::vector<std::int64_t>& ends = node.operand(2).integers;
@@ -188,7 +220,7 @@ bool describeSlice(Node& node, Movement* movement)
     const std::vector<std::int64_t> steps
         = node.input(4) ? node.input(4)->integers : std::vector<std::int64_t>(starts.size(), 1);
     if (ends.size() != starts.size() || axes.size() != starts.size() || steps.size() != starts.size()) {
-        return node.fail("its starts, ends, axes and steps are not equally many");
+        return failure("its starts, ends, axes and steps are not equally many");
     }
     const Shape dense = denseStrides(data.shape);
     StridedCopy copy = {data.shape, 0, dense, 0, {}};
@@ -198,7 +230,7 @@ bool describeSlice(Node& node, Movement* movement)
         const auto position = static_cast<std::size_t>(std::max(axis, 0));
         // The most negative step has no opposite.
         if (axis < 0 || seen[position] || steps[i] == 0 || steps[i] == std::numeric_limits<std::int64_t>::min()) {
-            return node.fail(
+            return failure(
                 "it slices an axis that does not exist in " + toString(data.shape) + ", or one twice, or with step 0");
         }
         seen[position] = true;
@@ -209,81 +241,54 @@ bool describeSlice(Node& node, Movement* movement)
         copy.fromStrides[position] = slice.count > 1 ? steps[i] * dense[position] : 0;
     }
     copy.toStrides = denseStrides(copy.extents);
-    movement->results = {copy.extents};
-    movement->parts = {{0, 0, std::move(copy)}};
-    return true;
+    return Movement{{copy.extents}, {{0, 0, copy}}};
 }
 
-bool describeExpand(Node& node, Movement* movement)
+Result<Movement> moveExpand(const Node& node)
 {
-    if (!node.operand(1).isInteger() || !node.needIntegers(1)) {
-        return node.fail("its shape is not a list of integers");
+    if (!node.operand(1).isInteger() || !node.needIntegers({1})) {
+        return failure("its shape is not a list of integers");
     }
     const Value& data = node.operand(0);
     const std::optional<Shape> result = broadcastShapes(data.shape, node.operand(1).integers);
     if (!result) {
-        return node.fail(toString(data.shape) + " cannot be made " + toString(node.operand(1).integers));
+        return failure(toString(data.shape) + " cannot be made " + toString(node.operand(1).integers));
     }
     if (result->size() > format::maximumRank || countElements(*result) < 0) {
-        return tooLarge(node, *result);
+        return tooLarge(*result);
     }
-    movement->results = {*result};
-    movement->parts = {{0, 0, {*result, 0, broadcastStrides(data.shape, *result), 0, denseStrides(*result)}}};
-    return true;
+    return Movement{{*result}, {{0, 0, {*result, 0, broadcastStrides(data.shape, *result), 0, denseStrides(*result)}}}};
 }
 
-bool describePad(Node& node, Movement* movement)
+bool isSoundPad(const format::Operation& operation)
+{
+    return isAligned(operation.kind_as_Pad()->begin()) && isAligned(operation.kind_as_Pad()->end());
+}
+
+Result<Movement> movePad(const Node& node)
 {
     const auto& pad = *node.operation.kind_as_Pad();
     const Shape& data = node.operand(0).shape;
     if ((pad.begin() ? pad.begin()->size() : 0) != data.size() || (pad.end() ? pad.end()->size() : 0) != data.size()) {
-        return node.fail("its padding does not fit " + toString(data));
+        return failure("its padding does not fit " + toString(data));
     }
     Shape result = data;
     for (flatbuffers::uoffset_t i = 0; i < data.size(); ++i) {
         const std::int64_t begin = pad.begin()->Get(i);
         const std::int64_t end = pad.end()->Get(i);
         if (begin < 0 || end < 0 || begin > maximumElements || end > maximumElements) {
-            return node.fail(
-                "a padding of " + std::to_string(begin) + " and " + std::to_string(end) + " makes no sense");
+            return failure("a padding of " + std::to_string(begin) + " and " + std::to_string(end) + " makes no sense");
         }
         result[i] += begin + end;
     }
     if (countElements(result) < 0) {
-        return tooLarge(node, result);
+        return tooLarge(result);
     }
     StridedCopy copy = {data, 0, denseStrides(data), 0, denseStrides(result)};
     for (flatbuffers::uoffset_t i = 0; i < data.size(); ++i) {
         copy.toOffset += pad.begin()->Get(i) * copy.toStrides[i];
     }
-    movement->results = {result};
-    movement->parts = {{0, 0, std::move(copy)}};
-    movement->filler = pad.value();
-    return true;
-}
-
-} // namespace
-
-bool describeMovement(Node& node, Movement* movement)
-{
-    switch (node.operation.kind_type()) {
-    case OperationKind::Transpose:
-        return describeTranspose(node, movement);
-    case OperationKind::Concat:
-        return describeConcat(node, movement);
-    case OperationKind::Split:
-        return describeSplit(node, movement);
-    case OperationKind::Gather:
-        return describeGather(node, movement);
-    case OperationKind::Slice:
-        return describeSlice(node, movement);
-    case OperationKind::Expand:
-        return describeExpand(node, movement);
-    case OperationKind::Pad:
-        return describePad(node, movement);
-    default:
-        return node.fail("it does not move values");
-    }
+    return Movement{{result}, {{0, 0, std::move(copy)}}, pad.value()};
 }
 
 } // namespace scribo::cpu

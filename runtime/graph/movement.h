@@ -6,7 +6,8 @@
 namespace scribo::cpu {
 
 /// An operation that only moves values (Transpose, Concat, Gather, Slice, Expand, Split, Pad),
-/// taken apart into copies. The shape arithmetic carries it out on integers, a plan on floats.
+/// taken apart into copies (see OperationRow::movement). The shape arithmetic carries it out on integers, a plan on
+/// floats.
 struct Movement
 {
     struct Part
@@ -18,12 +19,9 @@ struct Movement
 
     /// The shape of each output.
     std::vector<Shape> results;
-    std::vector<Part> parts;
+    std::vector<Part> parts = {};
     /// What elements hold that no part covers; nothing when the parts cover everything.
-    std::optional<float> filler;
+    std::optional<float> filler = std::nullopt;
 };
-
-/// False, with the reason in the node, when the inputs do not fit.
-bool describeMovement(Node& node, Movement* movement);
 
 } // namespace scribo::cpu

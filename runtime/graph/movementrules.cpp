@@ -1,5 +1,4 @@
-#include "movement.h"
-#include "rules.h"
+#include "operationtable.h"
 
 namespace scribo::cpu {
 
@@ -11,15 +10,15 @@ std::optional<float> join(const std::optional<float>& common, const std::optiona
     return common && element && *common == *element ? common : std::nullopt;
 }
 
-bool moveIntegers(Rule& rule, const Movement& movement)
+Result<void> moveIntegers(Rule& rule, const Movement& movement)
 {
     if (movement.filler) {
-        return rule.fail("it cannot pad integers");
+        return failure("it cannot pad integers");
     }
     for (std::size_t output = 0; output < movement.results.size(); ++output) {
         const std::int64_t count = countElements(movement.results[output]);
         if (count < 0 || count > maximumIntegers) {
-            return rule.fail("its result of " + toString(movement.results[output]) + " is too large");
+            return failure("its result of " + toString(movement.results[output]) + " is too large");
         }
         std::vector<std::int64_t> integers(static_cast<std::size_t>(count));
         for (const Movement::Part& part : movement.parts) {
@@ -27,36 +26,36 @@ bool moveIntegers(Rule& rule, const Movement& movement)
                 copyStrided(part.copy, rule.operand(part.input).integers.data(), integers.data());
             }
         }
-        if (!rule.setIntegers(output, movement.results[output], std::move(integers))) {
-            return false;
+        if (Result<void> done = rule.setIntegers(output, movement.results[output], std::move(integers)); !done) {
+            return done;
         }
     }
-    return true;
+    return {};
 }
 
-bool moveFloats(Rule& rule, const Movement& movement)
+Result<void> moveFloats(Rule& rule, const Movement& movement)
 {
     std::optional<float> uniform = movement.filler ? movement.filler : rule.operand(0).uniform;
     for (const Movement::Part& part : movement.parts) {
         uniform = join(uniform, rule.operand(part.input).uniform);
     }
     for (std::size_t output = 0; output < movement.results.size(); ++output) {
-        if (!rule.setFloats(output, movement.results[output], uniform)) {
-            return false;
+        if (Result<void> done = rule.setFloats(output, movement.results[output], uniform); !done) {
+            return done;
         }
     }
-    return true;
+    return {};
 }
 
 } // namespace
 
-bool inferMovement(Rule& rule)
+Result<void> inferMovement(Rule& rule)
 {
-    Movement movement;
-    if (!describeMovement(rule, &movement)) {
-        return false;
+    const Result<Movement> movement = operationRow(rule.operation.kind_type()).movement(rule);
+    if (!movement) {
+        return tl::unexpected(movement.error());
     }
-    return rule.operand(0).isInteger() ? moveIntegers(rule, movement) : moveFloats(rule, movement);
+    return rule.operand(0).isInteger() ? moveIntegers(rule, *movement) : moveFloats(rule, *movement);
 }
 
 } // namespace scribo::cpu

@@ -1,5 +1,6 @@
-#include "format/networkcheck.h"
-#include "rules.h"
+#include "attributes.h"
+#include "format/network.h"
+#include "operationtable.h"
 
 #include <algorithm>
 
@@ -50,37 +51,42 @@ std::optional<std::vector<bool>> namedAxes(const flatbuffers::Vector<int>* axes,
 
 } // namespace
 
-bool inferReshape(Rule& rule)
+Result<void> inferReshape(Rule& rule)
 {
-    if (!rule.operand(1).isInteger() || !rule.needIntegers(1)) {
-        return rule.fail("its new shape is not a list of integers");
+    if (!rule.operand(1).isInteger() || !rule.needIntegers({1})) {
+        return failure("its new shape is not a list of integers");
     }
     const Value& data = rule.operand(0);
     const std::vector<std::int64_t>& wanted = rule.operand(1).integers;
     if (wanted.size() > format::maximumRank) {
-        return rule.fail("its result has " + std::to_string(wanted.size()) + " dimensions");
+        return failure("its result has " + std::to_string(wanted.size()) + " dimensions");
     }
     const std::optional<Shape> shape = completeShape(data.shape, wanted);
     if (!shape) {
-        return rule.fail(toString(data.shape) + " cannot be made " + toString(wanted));
+        return failure(toString(data.shape) + " cannot be made " + toString(wanted));
     }
     return rule.setReshaped(0, *shape, data);
 }
 
-bool inferSqueeze(Rule& rule)
+std::string showSqueeze(const format::Operation& operation)
+{
+    return "axes " + listText(operation.kind_as_Squeeze()->axes());
+}
+
+Result<void> inferSqueeze(Rule& rule)
 {
     const auto* axes = rule.operation.kind_as_Squeeze()->axes();
     const Value& data = rule.operand(0);
     const bool all = !axes || axes->size() == 0;
     const std::optional<std::vector<bool>> named = namedAxes(axes, data.rank());
     if (!named) {
-        return rule.fail("an axis does not exist in " + toString(data.shape));
+        return failure("an axis does not exist in " + toString(data.shape));
     }
     Shape shape;
     for (std::size_t axis = 0; axis < data.shape.size(); ++axis) {
         const bool dropped = all ? data.shape[axis] == 1 : (*named)[axis];
         if (dropped && data.shape[axis] != 1) {
-            return rule.fail("axis " + std::to_string(axis) + " of " + toString(data.shape) + " is not 1");
+            return failure("axis " + std::to_string(axis) + " of " + toString(data.shape) + " is not 1");
         }
         if (!dropped) {
             shape.push_back(data.shape[axis]);
@@ -89,17 +95,22 @@ bool inferSqueeze(Rule& rule)
     return rule.setReshaped(0, std::move(shape), data);
 }
 
-bool inferUnsqueeze(Rule& rule)
+std::string showUnsqueeze(const format::Operation& operation)
+{
+    return "axes " + listText(operation.kind_as_Unsqueeze()->axes());
+}
+
+Result<void> inferUnsqueeze(Rule& rule)
 {
     const auto* axes = rule.operation.kind_as_Unsqueeze()->axes();
     const Value& data = rule.operand(0);
     const std::size_t rank = data.shape.size() + (axes ? axes->size() : 0);
     if (rank > format::maximumRank) {
-        return rule.fail("its result has " + std::to_string(rank) + " dimensions");
+        return failure("its result has " + std::to_string(rank) + " dimensions");
     }
     const std::optional<std::vector<bool>> named = namedAxes(axes, static_cast<int>(rank));
     if (!named) {
-        return rule.fail("an axis does not exist in its result");
+        return failure("an axis does not exist in its result");
     }
     Shape shape;
     std::size_t next = 0;

@@ -1,6 +1,6 @@
 #include "rule.h"
 
-#include "format/networkcheck.h"
+#include "format/network.h"
 
 namespace scribo::cpu {
 
@@ -14,44 +14,54 @@ void Rule::set(std::size_t i, Value value)
     }
 }
 
-bool Rule::setFloats(std::size_t i, Shape shape, std::optional<float> uniform)
+Result<void> Rule::setFloats(std::size_t i, Shape shape, std::optional<float> uniform)
 {
     if (shape.size() > format::maximumRank) {
-        return fail("its result has " + std::to_string(shape.size()) + " dimensions");
+        return failure("its result has " + std::to_string(shape.size()) + " dimensions");
     }
     if (countElements(shape) < 1) {
-        return fail("its result of " + toString(shape) + " is empty or too large");
+        return failure("its result of " + toString(shape) + " is empty or too large");
     }
     set(i, {ElementType::Float32, std::move(shape), {}, uniform});
-    return true;
+    return {};
 }
 
-bool Rule::setIntegers(std::size_t i, Shape shape, std::vector<std::int64_t> integers)
+Result<void> Rule::setIntegers(std::size_t i, Shape shape, std::vector<std::int64_t> integers)
 {
     if (shape.size() > format::maximumRank || countElements(shape) != static_cast<std::int64_t>(integers.size())
         || countElements(shape) > maximumIntegers) {
-        return fail("its result of " + toString(shape) + " is too large");
+        return failure("its result of " + toString(shape) + " is too large");
     }
     set(i, {ElementType::Int64, std::move(shape), std::move(integers), std::nullopt});
-    return true;
+    return {};
 }
 
-bool Rule::setReshaped(std::size_t i, Shape shape, const Value& source)
+Result<void> Rule::setReshaped(std::size_t i, Shape shape, const Value& source)
 {
     return source.isInteger() ? setIntegers(i, std::move(shape), source.integers)
                               : setFloats(i, std::move(shape), source.uniform);
 }
 
-bool Node::needFloats(std::size_t i)
+Result<void> Node::needFloats(std::initializer_list<std::size_t> inputs) const
 {
-    return !operand(i).isInteger() || fail("input " + std::to_string(i) + " holds integers");
+    for (std::size_t i : inputs) {
+        const Value* value = input(i);
+        if (value && value->isInteger()) {
+            return failure("input " + std::to_string(i) + " holds integers");
+        }
+    }
+    return {};
 }
 
-bool Node::needIntegers(std::size_t i)
+Result<void> Node::needIntegers(std::initializer_list<std::size_t> inputs) const
 {
-    const Value* value = input(i);
-    return !value || (value->isInteger() && value->rank() <= 1)
-        || fail("input " + std::to_string(i) + " is not a list of integers");
+    for (std::size_t i : inputs) {
+        const Value* value = input(i);
+        if (value && (!value->isInteger() || value->rank() > 1)) {
+            return failure("input " + std::to_string(i) + " is not a list of integers");
+        }
+    }
+    return {};
 }
 
 } // namespace scribo::cpu

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "result.h"
 #include "value.h"
 
-#include <string>
+#include <initializer_list>
 #include <utility>
 #include <vector>
 
@@ -13,9 +14,9 @@ namespace scribo::cpu {
 class Node
 {
 public:
-    Node(const format::Operation& node, const std::vector<Value>& all)
-        : operation(node)
-        , known(all)
+    Node(const format::Operation& operation, const std::vector<Value>& values)
+        : operation(operation)
+        , known(values)
     {
     }
 
@@ -33,19 +34,10 @@ public:
     /// A required input.
     const Value& operand(std::size_t i) const { return *input(i); }
 
-    /// Whether input `i` is floats; says so when it is not.
-    bool needFloats(std::size_t i = 0);
-    /// Whether input `i`, when it is there, is integers of at most one dimension.
-    bool needIntegers(std::size_t i);
-
-    /// Keeps the reason why the operation cannot be run, and is false.
-    bool fail(const std::string& reason)
-    {
-        error = reason;
-        return false;
-    }
-
-    std::string error;
+    /// An error when one of these inputs is there and holds integers.
+    Result<void> needFloats(std::initializer_list<std::size_t> inputs) const;
+    /// An error when one of these inputs is there and is not integers of at most one dimension.
+    Result<void> needIntegers(std::initializer_list<std::size_t> inputs) const;
 
 private:
     const std::vector<Value>& known;
@@ -55,18 +47,18 @@ private:
 class Rule : public Node
 {
 public:
-    Rule(const format::Operation& node, std::vector<Value>* all)
-        : Node(node, *all)
-        , values(*all)
+    Rule(const format::Operation& operation, std::vector<Value>* values)
+        : Node(operation, *values)
+        , values(*values)
     {
     }
 
-    /// Result `i` is floats of `shape`. False when that is too large or has nothing in it.
-    bool setFloats(std::size_t i, Shape shape, std::optional<float> uniform = std::nullopt);
+    /// Result `i` is floats of `shape`. An error when that is too large or has nothing in it.
+    Result<void> setFloats(std::size_t i, Shape shape, std::optional<float> uniform = std::nullopt);
     /// Result `i` is these integers.
-    bool setIntegers(std::size_t i, Shape shape, std::vector<std::int64_t> integers);
+    Result<void> setIntegers(std::size_t i, Shape shape, std::vector<std::int64_t> integers);
     /// Result `i` has the elements of `source` in another shape of as many elements.
-    bool setReshaped(std::size_t i, Shape shape, const Value& source);
+    Result<void> setReshaped(std::size_t i, Shape shape, const Value& source);
 
 private:
     std::vector<Value>& values;

@@ -1,7 +1,9 @@
 #include "shapes.h"
 
-#include "format/networkcheck.h"
-#include "rules.h"
+#include "networkcheck.h"
+#include "operationrow.h"
+
+#include "format/network.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,63 +11,6 @@
 namespace scribo::cpu {
 
 namespace {
-
-using format::OperationKind;
-
-bool infer(Rule& rule)
-{
-    switch (rule.operation.kind_type()) {
-    case OperationKind::Activation:
-        return inferActivation(rule);
-    case OperationKind::Convolution:
-        return inferConvolution(rule);
-    case OperationKind::Pooling:
-        return inferPooling(rule);
-    case OperationKind::Reduction:
-        return inferReduction(rule);
-    case OperationKind::Resize:
-        return inferResize(rule);
-    case OperationKind::Recurrent:
-        return inferRecurrent(rule);
-    case OperationKind::FullyConnected:
-        return inferFullyConnected(rule);
-    case OperationKind::MatrixProduct:
-        return inferMatrixProduct(rule);
-    case OperationKind::Binary:
-        return inferBinary(rule);
-    case OperationKind::Unary:
-        return inferUnary(rule);
-    case OperationKind::ChannelAffine:
-        return inferChannelAffine(rule);
-    case OperationKind::LayerNormalisation:
-        return inferLayerNormalisation(rule);
-    case OperationKind::Softmax:
-        return inferSoftmax(rule);
-    case OperationKind::Reshape:
-        return inferReshape(rule);
-    case OperationKind::Squeeze:
-        return inferSqueeze(rule);
-    case OperationKind::Unsqueeze:
-        return inferUnsqueeze(rule);
-    case OperationKind::ShapeOf:
-        return inferShapeOf(rule);
-    case OperationKind::Cast:
-        return inferCast(rule);
-    case OperationKind::Fill:
-        return inferFill(rule);
-    case OperationKind::Transpose:
-    case OperationKind::Concat:
-    case OperationKind::Gather:
-    case OperationKind::Slice:
-    case OperationKind::Expand:
-    case OperationKind::Split:
-    case OperationKind::Pad:
-        return inferMovement(rule);
-    case OperationKind::NONE:
-        break;
-    }
-    return rule.fail("it is of an unknown kind");
-}
 
 /// The one number that the constant consists of, if it does. Most constants end the search at their
 /// second element.
@@ -81,6 +26,11 @@ std::optional<float> uniformNumber(const std::uint8_t* bytes, std::int64_t count
     return number;
 }
 
+std::string constantTitle(const format::Tensor& tensor)
+{
+    return "the constant '" + (tensor.name() ? tensor.name()->str() : std::string()) + "'";
+}
+
 /// Counts the integers of `value` to those of the network; false when these are too many to be kept.
 bool addIntegers(const Value& value, std::int64_t* integers)
 {
@@ -88,58 +38,60 @@ bool addIntegers(const Value& value, std::int64_t* integers)
     return *integers <= maximumNetworkIntegers;
 }
 
-bool setConstant(const format::Tensor& tensor, Value* value, std::int64_t* integers, std::string* error)
+Result<Value> valueOfConstant(const format::Tensor& tensor)
 {
+    Value value;
+    value.type = tensor.type();
     if (tensor.dims()) {
-        value->shape.assign(tensor.dims()->begin(), tensor.dims()->end());
+        value.shape.assign(tensor.dims()->begin(), tensor.dims()->end());
     }
-    const std::int64_t count = countElements(value->shape);
-    const std::string name = tensor.name() ? tensor.name()->str() : std::string();
-    if (count < 0 || (value->isInteger() ? count > maximumIntegers : count == 0)) {
-        *error = "the constant '" + name + "' of " + toString(value->shape) + " is empty or too large";
-        return false;
+    const std::int64_t count = countElements(value.shape);
+    if (count < 0 || (value.isInteger() ? count > maximumIntegers : count == 0)) {
+        return failure(constantTitle(tensor) + " of " + toString(value.shape) + " is empty or too large");
     }
-    if (value->isInteger()) {
-        value->integers.resize(static_cast<std::size_t>(count));
-        if (count > 0) {
-            std::memcpy(value->integers.data(), tensor.constant()->data(), tensor.constant()->size());
-        }
-        if (!addIntegers(*value, integers)) {
-            *error = "the constant '" + name + "' makes the network's integers too many";
-            return false;
-        }
-    } else {
-        value->uniform = uniformNumber(tensor.constant()->data(), count);
+    if (!value.isInteger()) {
+        value.uniform = uniformNumber(tensor.constant()->data(), count);
+        return value;
     }
-    return true;
+    value.integers.resize(static_cast<std::size_t>(count));
+    if (count > 0) {
+        std::memcpy(value.integers.data(), tensor.constant()->data(), tensor.constant()->size());
+    }
+    return value;
 }
 
-bool setConstants(
-    const format::Network& network, std::vector<Value>* values, std::int64_t* integers, std::string* error)
+Result<void> setConstants(const format::Network& network, std::vector<Value>* values, std::int64_t* integers)
 {
     for (flatbuffers::uoffset_t i = 0; i < network.tensors()->size(); ++i) {
         const format::Tensor& tensor = *network.tensors()->Get(i);
         Value& value = (*values)[i];
         value.type = tensor.type();
-        if (format::isConstant(tensor) && !setConstant(tensor, &value, integers, error)) {
-            return false;
+        if (!format::isConstant(tensor)) {
+            continue;
+        }
+        Result<Value> known = valueOfConstant(tensor);
+        if (!known) {
+            return tl::unexpected(known.error());
+        }
+        value = std::move(*known);
+        if (!addIntegers(value, integers)) {
+            return failure(constantTitle(tensor) + " makes the network's integers too many");
         }
     }
-    return true;
+    return {};
 }
 
-bool setInput(const format::Network& network, int width, std::vector<Value>* values, std::string* error)
+Result<void> setInput(const format::Network& network, int width, std::vector<Value>* values)
 {
     const int input = network.inputs()->Get(0);
     const auto* dims = network.tensors()->Get(static_cast<flatbuffers::uoffset_t>(input))->dims();
     Shape shape(dims->begin(), dims->end());
     shape[3] = width;
     if (width < 1 || width > format::maximumWidth || countElements(shape) < 1) {
-        *error = "an input of " + toString(shape) + " makes no sense";
-        return false;
+        return failure("an input of " + toString(shape) + " makes no sense");
     }
     (*values)[static_cast<std::size_t>(input)].shape = std::move(shape);
-    return true;
+    return {};
 }
 
 /// The types of results follow from the operations; what the file says of them must agree.
@@ -162,47 +114,53 @@ bool addResults(const format::Operation& operation, const std::vector<Value>& va
         [&](int output) { return output < 0 || addIntegers(values[static_cast<std::size_t>(output)], integers); });
 }
 
-} // namespace
-
-bool inferValues(const format::Network& network, int width, std::vector<Value>* values, std::string* error)
+/// Adds the results of `operation` to the values.
+Result<void> setResults(const format::Network& network, const format::Operation& operation, std::vector<Value>* values,
+    std::int64_t* integers)
 {
-    values->assign(network.tensors()->size(), {});
-    std::int64_t integers = 0;
-    if (!setConstants(network, values, &integers, error) || !setInput(network, width, values, error)) {
-        return false;
+    Rule rule(operation, values);
+    if (Result<void> done = operationRow(operation.kind_type()).infer(rule); !done) {
+        return done;
     }
-    for (const format::Operation* operation : *network.operations()) {
-        Rule rule(*operation, values);
-        if (!infer(rule)) {
-            *error = format::operationTitle(*operation) + ": " + rule.error;
-            return false;
-        }
-        if (!typesAgree(network, *operation, *values)) {
-            *error = format::operationTitle(*operation) + ": its result is not of the type that the engine says";
-            return false;
-        }
-        if (!addResults(*operation, *values, &integers)) {
-            *error = format::operationTitle(*operation) + ": its result makes the network's integers too many";
-            return false;
-        }
+    if (!typesAgree(network, operation, *values)) {
+        return failure("its result is not of the type that the engine says");
     }
-    return true;
+    if (!addResults(operation, *values, integers)) {
+        return failure("its result makes the network's integers too many");
+    }
+    return {};
 }
 
-bool inferShapes(
-    const format::Network& network, int width, std::vector<std::vector<std::int64_t>>* shapes, std::string* error)
+} // namespace
+
+Result<std::vector<Value>> inferValues(const format::Network& network, int width)
 {
-    std::string ignored;
-    error = error ? error : &ignored;
-    std::vector<Value> values;
-    if (!format::checkNetwork(network, error) || !inferValues(network, width, &values, error)) {
-        return false;
+    std::vector<Value> values(network.tensors()->size());
+    std::int64_t integers = 0;
+    const Result<void> begun
+        = setConstants(network, &values, &integers).and_then([&] { return setInput(network, width, &values); });
+    if (!begun) {
+        return tl::unexpected(begun.error());
     }
-    shapes->clear();
-    for (Value& value : values) {
-        shapes->push_back(std::move(value.shape));
+    for (const format::Operation* operation : *network.operations()) {
+        if (const Result<void> done = setResults(network, *operation, &values, &integers); !done) {
+            return failure(format::operationTitle(*operation) + ": " + done.error().message);
+        }
     }
-    return true;
+    return values;
+}
+
+Result<std::vector<Shape>> inferShapes(const format::Network& network, int width)
+{
+    return checkNetwork(network)
+        .and_then([&] { return inferValues(network, width); })
+        .map([](std::vector<Value> values) {
+            std::vector<Shape> shapes;
+            for (Value& value : values) {
+                shapes.push_back(std::move(value.shape));
+            }
+            return shapes;
+        });
 }
 
 } // namespace scribo::cpu

@@ -1,6 +1,6 @@
 #include "operations.h"
 
-#include "graph/movement.h"
+#include "graph/operationrow.h"
 
 #include <algorithm>
 
@@ -99,9 +99,8 @@ void addFill(PlanBuilder& plan, const format::Operation& operation)
 
 void addMovement(PlanBuilder& plan, const format::Operation& operation)
 {
-    Node node(operation, plan.allValues());
-    Movement movement;
-    describeMovement(node, &movement);
+    // It was described once already, when the shapes were worked out.
+    const Movement movement = operationRow(operation.kind_type()).movement(Node(operation, plan.allValues())).value();
     for (std::size_t output = 0; output < movement.results.size(); ++output) {
         if (plan.isRead(output)) {
             addGathering(plan, movement, output);

@@ -23,27 +23,31 @@ bool limitOneDnn()
     return true;
 }
 
+/// Adds the steps of an operation whose shapes are known.
+void addOperation(PlanBuilder& plan, const format::Operation& operation)
+{
+    format::rowOf(planOperations, operation.kind_type()).add(plan, operation);
+}
+
 } // namespace
 
-std::unique_ptr<Plan> makePlan(Model& model, int width, std::string* error)
+Result<std::unique_ptr<Plan>> makePlan(Model& model, int width)
 {
     [[maybe_unused]] static const bool limited = limitOneDnn();
-    std::vector<Value> values;
-    if (!inferValues(model.network(), width, &values, error)) {
-        return nullptr;
+    Result<std::vector<Value>> values = inferValues(model.network(), width);
+    if (!values) {
+        return tl::unexpected(values.error());
     }
-    PlanBuilder builder(model, std::move(values), width, maximumPlanBytes);
+    PlanBuilder builder(model, std::move(*values), width, maximumPlanBytes);
     try {
         std::unique_ptr<Plan> plan = builder.build(addOperation);
         if (plan->arenaSize() + plan->fixedSize() > maximumPlanBytes) {
-            *error = "a width of " + std::to_string(width) + " needs "
-                + std::to_string(plan->arenaSize() + plan->fixedSize()) + " bytes of working memory";
-            return nullptr;
+            return failure("a width of " + std::to_string(width) + " needs "
+                + std::to_string(plan->arenaSize() + plan->fixedSize()) + " bytes of working memory");
         }
         return plan;
     } catch (const dnnl::error& fault) {
-        *error = builder.operationTitle() + ": " + fault.what();
-        return nullptr;
+        return failure(builder.operationTitle() + ": " + fault.what());
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "alignedbuffer.h"
+#include "result.h"
 #include "weightstore.h"
 
 #include <memory>
@@ -24,9 +25,9 @@ struct Binding
 class Model
 {
 public:
-    /// Null, with a sentence in `error`, when the bytes are not an intact engine that can be run
-    /// at its smallest and its largest width. Throws std::bad_alloc.
-    static std::shared_ptr<Model> load(const void* bytes, std::size_t size, std::string* error);
+    /// An error when the bytes are not an intact engine that can be run at its smallest and its largest width; never
+    /// null. Throws std::bad_alloc.
+    static Result<std::shared_ptr<Model>> load(const void* bytes, std::size_t size);
 
     const format::Network& network() const { return *content; }
     /// The input, then the outputs.
@@ -40,7 +41,7 @@ private:
     {
     }
 
-    bool findBindings(std::string* error);
+    Result<void> findBindings();
 
     AlignedBuffer file;
     const format::Network* content = nullptr;

@@ -1,6 +1,6 @@
 #include "planbuilder.h"
 
-#include "format/networkcheck.h"
+#include "format/network.h"
 
 #include <algorithm>
 

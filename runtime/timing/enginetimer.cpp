@@ -87,13 +87,10 @@ EngineTimer::~EngineTimer() = default;
 Result<void> EngineTimer::load(const void* bytes, std::size_t size)
 {
     const Clock::time_point start = Clock::now();
-    std::string reason;
-    state->model = Model::load(bytes, size, &reason);
-    state->loading = millisecondsSince(start);
-    if (!state->model) {
-        return failure(std::move(reason));
-    }
-    return {};
+    return Model::load(bytes, size).map([&](std::shared_ptr<Model> model) {
+        state->model = std::move(model);
+        state->loading = millisecondsSince(start);
+    });
 }
 
 double EngineTimer::loadTime() const
@@ -111,11 +108,11 @@ Result<WidthTimes> EngineTimer::time(int width, int runs)
     const SingleThread single;
     dnnl::stream stream(state->model->engine());
     const Clock::time_point start = Clock::now();
-    std::string reason;
-    state->plan = makePlan(*state->model, width, &reason);
-    if (!state->plan) {
-        return failure(std::move(reason));
+    Result<std::unique_ptr<Plan>> plan = makePlan(*state->model, width);
+    if (!plan) {
+        return tl::unexpected(plan.error());
     }
+    state->plan = std::move(*plan);
     state->bind();
     state->plan->run(stream, Crew());
     WidthTimes times;

@@ -3,6 +3,7 @@
 
 #include "build.h"
 #include "format/enginefile.h"
+#include "graph/enginereader.h"
 
 #include <gtest/gtest.h>
 
@@ -33,8 +34,8 @@ void buildOrRefuse(const std::string& bytes)
     const std::unique_ptr<void, void (*)(void*)> memory(
         std::aligned_alloc(alignment, (engine.size() / alignment + 1) * alignment), std::free);
     std::memcpy(memory.get(), engine.data(), engine.size());
-    std::string error;
-    EXPECT_TRUE(scribo::format::readEngine(memory.get(), engine.size(), &error)) << error;
+    const auto read = scribo::cpu::readEngine(memory.get(), engine.size());
+    EXPECT_TRUE(read) << read.error().message;
 }
 
 class Damaged : public testing::TestWithParam<const char*>

@@ -1,5 +1,6 @@
 #include "operationcase.h"
 
+#include "graph/enginereader.h"
 #include "plan/alignedbuffer.h"
 
 #include <gmock/gmock.h>
@@ -73,10 +74,9 @@ TEST(EngineFile, ReadsWhatItWrote)
     const std::vector<std::uint8_t> bytes = maker.bytes(1, 7);
     const cpu::AlignedBuffer copy(bytes.size());
     std::memcpy(copy.data(), bytes.data(), bytes.size());
-    std::string error;
-    const format::Network* network = format::readEngine(copy.data(), bytes.size(), &error);
-    ASSERT_NE(network, nullptr) << error;
-    const std::unique_ptr<format::NetworkT> read(network->UnPack());
+    const Result<const format::Network*> network = cpu::readEngine(copy.data(), bytes.size());
+    ASSERT_TRUE(network) << network.error().message;
+    const std::unique_ptr<format::NetworkT> read((*network)->UnPack());
     EXPECT_EQ(read->builder, "builder 1");
     EXPECT_EQ(read->source, "model.onnx");
     EXPECT_EQ(read->maximum_width, 7);
@@ -90,10 +90,9 @@ TEST(EngineFile, MustBeAligned)
     const cpu::AlignedBuffer copy(bytes.size() + 8);
     auto* const shifted = static_cast<std::uint8_t*>(copy.data()) + 8;
     std::memcpy(shifted, bytes.data(), bytes.size());
-    std::string error;
-    EXPECT_EQ(format::readEngine(shifted, bytes.size(), &error), nullptr);
-    EXPECT_EQ(error, "the bytes of the engine do not start at a multiple of 64");
-    EXPECT_EQ(format::readEngine(shifted, bytes.size(), nullptr), nullptr);
+    const Result<const format::Network*> network = cpu::readEngine(shifted, bytes.size());
+    ASSERT_FALSE(network);
+    EXPECT_EQ(network.error().message, "the bytes of the engine do not start at a multiple of 64");
 }
 
 TEST(EngineFile, CutOffAnywhereIsRefused)

@@ -11,21 +11,23 @@ using cpu::Model;
 using cpu::Plan;
 using cpu::PlanCache;
 
+std::shared_ptr<Model> modelOf(const std::vector<std::uint8_t>& bytes)
+{
+    const Result<std::shared_ptr<Model>> model = Model::load(bytes.data(), bytes.size());
+    EXPECT_TRUE(model) << model.error().message;
+    return model.value_or(nullptr);
+}
+
 std::shared_ptr<Model> crnnModel()
 {
-    const std::vector<std::uint8_t> bytes = smallCrnn(format::CellKind::Lstm, 7, 1).bytes(8, 96);
-    std::string error;
-    std::shared_ptr<Model> model = Model::load(bytes.data(), bytes.size(), &error);
-    EXPECT_NE(model, nullptr) << error;
-    return model;
+    return modelOf(smallCrnn(format::CellKind::Lstm, 7, 1).bytes(8, 96));
 }
 
 std::unique_ptr<Plan> planOf(Model& model, int width)
 {
-    std::string error;
-    std::unique_ptr<Plan> plan = cpu::makePlan(model, width, &error);
-    EXPECT_NE(plan, nullptr) << error;
-    return plan;
+    Result<std::unique_ptr<Plan>> plan = cpu::makePlan(model, width);
+    EXPECT_TRUE(plan) << plan.error().message;
+    return plan ? std::move(*plan) : nullptr;
 }
 
 TEST(PlanCache, DropsWhatWasNotUsedForLongest)
@@ -81,9 +83,8 @@ TEST(Plan, TakesTilesForConvolutionsOfThreeByThree)
     const std::vector<float> ones(channels * channels * 9, 1.0F);
     maker.output(maker.add(convolution, {picture, maker.floats({channels, channels, 3, 3}, ones)}), "output");
     const std::vector<std::uint8_t> bytes = maker.bytes(8, 96);
-    std::string error;
-    const std::shared_ptr<Model> model = Model::load(bytes.data(), bytes.size(), &error);
-    ASSERT_NE(model, nullptr) << error;
+    const std::shared_ptr<Model> model = modelOf(bytes);
+    ASSERT_NE(model, nullptr);
     planOf(*model, 32);
     // Six by six weights of a filter in the place of three by three.
     EXPECT_GE(model->weights().size(), sizeof(float) * channels * channels * 36);
@@ -97,9 +98,8 @@ TEST(Plan, LeavesZeroStatesAndUnreadResultsOut)
     maker.add(format::SoftmaxT(), {maker.add(format::BinaryT(), {picture, picture})});
     maker.output(maker.add(format::UnaryT(), {maker.add(format::ActivationT(), {picture})}), "output");
     const std::vector<std::uint8_t> bytes = maker.bytes(1, 96);
-    std::string error;
-    const std::shared_ptr<Model> model = Model::load(bytes.data(), bytes.size(), &error);
-    ASSERT_NE(model, nullptr) << error;
+    const std::shared_ptr<Model> model = modelOf(bytes);
+    ASSERT_NE(model, nullptr);
     const std::unique_ptr<Plan> plan = planOf(*model, 10);
     // From the input's buffer straight into the output's.
     EXPECT_EQ(plan->arenaSize(), 0U);

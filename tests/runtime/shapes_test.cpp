@@ -29,11 +29,10 @@ protected:
         maker.network.maximum_width = 100;
         flatbuffers::FlatBufferBuilder buffer;
         buffer.Finish(format::Network::Pack(buffer, &maker.network));
-        std::vector<Shape> shapes;
-        error.clear();
-        const bool known = cpu::inferShapes(
-            *flatbuffers::GetRoot<format::Network>(buffer.GetBufferPointer()), width, &shapes, &error);
-        return known ? shapes[static_cast<std::size_t>(tensor)] : Shape();
+        const Result<std::vector<Shape>> shapes
+            = cpu::inferShapes(*flatbuffers::GetRoot<format::Network>(buffer.GetBufferPointer()), width);
+        error = shapes ? "" : shapes.error().message;
+        return shapes ? (*shapes)[static_cast<std::size_t>(tensor)] : Shape();
     }
 
     /// What is said of a network whose next operation is `kind`.

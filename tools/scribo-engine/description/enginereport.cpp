@@ -1,8 +1,6 @@
 #include "enginereport.h"
 
-#include "multiplyadds.h"
-#include "operationdetails.h"
-
+#include "graph/operationrow.h"
 #include "graph/shapes.h"
 
 #include <algorithm>
@@ -46,7 +44,7 @@ OperationReport describeOperation(
     OperationReport report;
     report.kind = QString::fromLatin1(format::EnumNameOperationKind(operation.kind_type()));
     report.name = text(operation.name());
-    report.details = operationDetails(operation);
+    report.details = QString::fromStdString(cpu::operationDetails(operation));
     for (int input : *operation.inputs()) {
         if (input < 0) {
             continue;
@@ -62,20 +60,18 @@ OperationReport describeOperation(
         report.narrowest = shapes.narrowest[static_cast<std::size_t>(*read)];
         report.widest = shapes.widest[static_cast<std::size_t>(*read)];
     }
-    report.multiplyAddsNarrowest = multiplyAdds(operation, shapes.narrowest);
-    report.multiplyAddsWidest = multiplyAdds(operation, shapes.widest);
+    report.multiplyAddsNarrowest = cpu::multiplyAdds(operation, shapes.narrowest);
+    report.multiplyAddsWidest = cpu::multiplyAdds(operation, shapes.widest);
     return report;
 }
 
 Result<EndShapes> inferEnds(const format::Network& network)
 {
-    EndShapes shapes;
-    std::string reason;
-    if (!cpu::inferShapes(network, network.minimum_width(), &shapes.narrowest, &reason)
-        || !cpu::inferShapes(network, network.maximum_width(), &shapes.widest, &reason)) {
-        return failure(reason);
-    }
-    return shapes;
+    return cpu::inferShapes(network, network.minimum_width()).and_then([&](std::vector<Shape> narrowest) {
+        return cpu::inferShapes(network, network.maximum_width()).map([&](std::vector<Shape> widest) {
+            return EndShapes{std::move(narrowest), std::move(widest)};
+        });
+    });
 }
 
 } // namespace

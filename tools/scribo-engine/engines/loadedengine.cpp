@@ -1,6 +1,6 @@
 #include "loadedengine.h"
 
-#include "format/enginefile.h"
+#include "graph/enginereader.h"
 
 namespace scribo::tool {
 
@@ -10,13 +10,13 @@ Result<LoadedEngine> LoadedEngine::read(const QString& path)
     if (!bytes) {
         return tl::unexpected<Error>(bytes.error());
     }
-    std::string reason;
     LoadedEngine engine;
     engine.bytes = std::move(*bytes);
-    engine.root = format::readEngine(engine.bytes.data(), engine.bytes.size(), &reason);
-    if (!engine.root) {
-        return failure(reason);
+    const Result<const format::Network*> network = cpu::readEngine(engine.bytes.data(), engine.bytes.size());
+    if (!network) {
+        return tl::unexpected<Error>(network.error());
     }
+    engine.root = *network;
     return engine;
 }
 

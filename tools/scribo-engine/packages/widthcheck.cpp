@@ -11,14 +11,13 @@ namespace {
 
 std::vector<std::int64_t> outputSizes(const format::Network& network, int width)
 {
-    std::vector<std::vector<std::int64_t>> shapes;
-    std::string error;
+    const Result<std::vector<cpu::Shape>> shapes = cpu::inferShapes(network, width);
     std::vector<std::int64_t> sizes;
-    if (!cpu::inferShapes(network, width, &shapes, &error)) {
+    if (!shapes) {
         return sizes;
     }
     for (int output : *network.outputs()) {
-        const auto& shape = shapes[static_cast<std::size_t>(output)];
+        const cpu::Shape& shape = (*shapes)[static_cast<std::size_t>(output)];
         sizes.push_back(std::accumulate(shape.begin(), shape.end(), std::int64_t(1), std::multiplies<>()));
     }
     return sizes;

@@ -346,10 +346,9 @@ std::vector<int> Importer::add(const OnnxNode& node, format::OperationT operatio
     if (std::optional<TensorT> value = evaluate(*network, operation)) {
         return {addTensor(std::move(*value))};
     }
-    std::string error;
-    const std::optional<format::ElementType> type = resultType(*network, operation, &error);
+    const Result<format::ElementType> type = resultType(*network, operation);
     if (!type) {
-        node.refuse(error);
+        node.refuse(type.error().message);
     }
     for (int i = 0; i < count; ++i) {
         TensorT output;

@@ -1,7 +1,6 @@
 #include "evaluate.h"
 
-#include "graph/movement.h"
-#include "graph/rules.h"
+#include "graph/operationrow.h"
 #include "graph/scalarmath.h"
 
 #include <algorithm>
@@ -59,7 +58,8 @@ public:
     {
         const auto& operation = *flatbuffers::GetRoot<format::Operation>(buffer.GetBufferPointer());
         cpu::Rule rule(operation, &values);
-        if (!apply(rule)) {
+        const cpu::OperationRow& row = cpu::operationRow(operation.kind_type());
+        if (!row.isFolded || !row.infer(rule)) {
             return std::nullopt;
         }
         const Value& output = values.back();
@@ -78,54 +78,23 @@ public:
     }
 
 private:
-    static bool apply(cpu::Rule& rule)
-    {
-        switch (rule.operation.kind_type()) {
-        case OperationKind::Binary:
-            return cpu::inferBinary(rule);
-        case OperationKind::Unary:
-            return cpu::inferUnary(rule);
-        case OperationKind::Reshape:
-            return cpu::inferReshape(rule);
-        case OperationKind::Squeeze:
-            return cpu::inferSqueeze(rule);
-        case OperationKind::Unsqueeze:
-            return cpu::inferUnsqueeze(rule);
-        case OperationKind::ShapeOf:
-            return cpu::inferShapeOf(rule);
-        case OperationKind::Cast:
-            return cpu::inferCast(rule);
-        case OperationKind::Fill:
-            return cpu::inferFill(rule);
-        case OperationKind::Transpose:
-        case OperationKind::Concat:
-        case OperationKind::Gather:
-        case OperationKind::Slice:
-        case OperationKind::Expand:
-            return cpu::inferMovement(rule);
-        default:
-            return false;
-        }
-    }
-
     /// The floats of the result, which differ from one another.
-    bool compute(cpu::Rule& rule, std::vector<float>* result)
+    bool compute(const cpu::Rule& rule, std::vector<float>* result) const
     {
-        switch (rule.operation.kind_type()) {
-        case OperationKind::Binary:
-            return computeBinary(rule, result);
-        case OperationKind::Unary:
-            return computeUnary(rule, result);
-        case OperationKind::Reshape:
-        case OperationKind::Squeeze:
-        case OperationKind::Unsqueeze:
+        const OperationKind kind = rule.operation.kind_type();
+        if (const auto movement = cpu::operationRow(kind).movement) {
+            move(movement(rule).value(), result);
+        } else if (kind == OperationKind::Binary) {
+            computeBinary(rule, result);
+        } else if (kind == OperationKind::Unary) {
+            computeUnary(rule, result);
+        } else if (inputs[0]->type == ElementType::Float32) {
+            // Another shape of the same floats.
             *result = floatValues(*inputs[0]);
-            return true;
-        case OperationKind::Cast:
-            return computeCast(result);
-        default:
-            return move(rule, result);
+        } else {
+            computeCast(result);
         }
+        return result->size() == static_cast<std::size_t>(elementCount(values.back().shape));
     }
 
     /// The floats of an input, repeated to fill the result.
@@ -140,46 +109,34 @@ private:
         return result;
     }
 
-    bool computeBinary(const cpu::Rule& rule, std::vector<float>* result) const
+    void computeBinary(const cpu::Rule& rule, std::vector<float>* result) const
     {
         const format::BinaryKind kind = rule.operation.kind_as_Binary()->kind();
         const std::vector<float> left = spread(0);
         const std::vector<float> right = spread(1);
         std::transform(left.begin(), left.end(), right.begin(), result->begin(),
             [kind](float a, float b) { return cpu::applyBinary(kind, a, b); });
-        return true;
     }
 
-    bool computeUnary(const cpu::Rule& rule, std::vector<float>* result) const
+    void computeUnary(const cpu::Rule& rule, std::vector<float>* result) const
     {
         const format::UnaryKind kind = rule.operation.kind_as_Unary()->kind();
         const std::vector<float> data = floatValues(*inputs[0]);
         std::transform(data.begin(), data.end(), result->begin(), [kind](float x) { return cpu::applyUnary(kind, x); });
-        return true;
     }
 
-    bool computeCast(std::vector<float>* result) const
+    void computeCast(std::vector<float>* result) const
     {
-        if (inputs[0]->type == ElementType::Float32) {
-            *result = floatValues(*inputs[0]);
-        } else {
-            const std::vector<std::int64_t> integers = integerValues(*inputs[0]);
-            std::transform(integers.begin(), integers.end(), result->begin(),
-                [](std::int64_t integer) { return static_cast<float>(integer); });
-        }
-        return true;
+        const std::vector<std::int64_t> integers = integerValues(*inputs[0]);
+        std::transform(integers.begin(), integers.end(), result->begin(),
+            [](std::int64_t integer) { return static_cast<float>(integer); });
     }
 
-    bool move(cpu::Rule& rule, std::vector<float>* result) const
+    void move(const cpu::Movement& movement, std::vector<float>* result) const
     {
-        cpu::Movement movement;
-        if (!cpu::describeMovement(rule, &movement)) {
-            return false;
-        }
         for (const cpu::Movement::Part& part : movement.parts) {
             cpu::copyStrided(part.copy, floatValues(*inputs[part.input]).data(), result->data());
         }
-        return true;
     }
 
     std::vector<const TensorT*> inputs;

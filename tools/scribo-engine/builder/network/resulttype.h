@@ -1,15 +1,13 @@
 #pragma once
 
-#include "engine_generated.h"
+#include "result.h"
 
-#include <optional>
-#include <string>
+#include "engine_generated.h"
 
 namespace scribo::builder {
 
-/// The element type of what `operation` gives for its inputs in `network`; nothing, with the reason
-/// in `error`, when it cannot work on inputs of their types.
-std::optional<format::ElementType> resultType(
-    const format::NetworkT& network, const format::OperationT& operation, std::string* error);
+/// The element type of what `operation` gives for its inputs in `network`; an error when it cannot work on inputs of
+/// their types.
+Result<format::ElementType> resultType(const format::NetworkT& network, const format::OperationT& operation);
 
 } // namespace scribo::builder

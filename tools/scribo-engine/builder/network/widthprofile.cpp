@@ -58,16 +58,15 @@ Result<Profile> profileNetwork(const format::NetworkT& network, const WidthRange
         return profile;
     }
     for (int width = range.minimum; width <= range.maximum; ++width) {
-        std::vector<cpu::Value> values;
-        std::string reason;
-        if (!cpu::inferValues(*packed, width, &values, &reason)) {
-            return failure("at width " + std::to_string(width) + ": " + reason);
+        Result<std::vector<cpu::Value>> values = cpu::inferValues(*packed, width);
+        if (!values) {
+            return failure("at width " + std::to_string(width) + ": " + values.error().message);
         }
         if (profile.empty()) {
-            for (cpu::Value& value : values) {
+            for (cpu::Value& value : *values) {
                 profile.push_back({std::move(value.shape), std::move(value.integers)});
             }
-        } else if (!mergeAll(&profile, values)) {
+        } else if (!mergeAll(&profile, *values)) {
             return failure("at width " + std::to_string(width) + ": a tensor has another number of dimensions");
         }
     }

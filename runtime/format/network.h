@@ -2,21 +2,17 @@
 
 #include "engine_generated.h"
 
+#include <cstdint>
 #include <string>
 
+/// Plain facts of a network and its parts. The network must have passed the FlatBuffers verifier.
 namespace scribo::format {
 
-/// Whether a network hangs together, so that everything behind may follow its indices, enumerations
-/// and lists without looking again. False with a sentence in `error`, which may be null. Checked:
-///  - every tensor has a known type, and a constant as many bytes as its extents say;
-///  - exactly one input, N x C x H x width, and at least one output, all floats and named;
-///  - every operation is of a known kind with known enumerations, has its attributes, as many inputs
-///    and outputs as its kind takes, and reads only what stands before it (constants, the input, or
-///    results of earlier operations);
-///  - no tensor is computed twice;
-///  - the range of widths is not empty.
-/// `network` must have passed the FlatBuffers verifier.
-bool checkNetwork(const Network& network, std::string* error);
+/// Whether the kind is one of those of the schema.
+constexpr bool isKnown(OperationKind kind)
+{
+    return kind > OperationKind::NONE && kind <= OperationKind::MAX;
+}
 
 /// The name of the operation as messages give it: its kind and the node that it came from.
 std::string operationTitle(const Operation& operation);
