@@ -218,7 +218,7 @@ QString describeChoices(const RadioBoxParam& parameter)
 QString describeLine(LineEditParam& parameter)
 {
     const QJsonObject state = stateOf(parameter);
-    const QString value = state[valuesKey].toVariant().toString();
+    QString value = state[valuesKey].toVariant().toString();
     if (parameter.valueType == LineEditParam::StringValue) {
         return quoted(value);
     }

@@ -26,7 +26,7 @@ QString findPlugin(const QString& given, const QString& programFolder)
     if (!environment.isEmpty()) {
         return QFileInfo(environment).absoluteFilePath();
     }
-    const QString built = QDir::cleanPath(programFolder + QStringLiteral("/../Plugins/Processing/Scribo/libScribo.so"));
+    QString built = QDir::cleanPath(programFolder + QStringLiteral("/../Plugins/Processing/Scribo/libScribo.so"));
     if (QFileInfo::exists(built)) {
         return built;
     }

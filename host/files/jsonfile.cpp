@@ -31,7 +31,7 @@ Result<QJsonDocument> readJsonFile(const QString& path)
         return failure(path + QStringLiteral(": cannot be read: ") + file.errorString());
     }
     QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
+    QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
     if (parseError.error != QJsonParseError::NoError) {
         return failure(
             QStringLiteral("%1:%2: not JSON: %3").arg(path, place(bytes, parseError.offset), parseError.errorString()));

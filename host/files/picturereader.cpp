@@ -30,7 +30,7 @@ Result<QByteArray> readBytes(const QString& path)
     if (file.size() > largestFile) {
         return failure("is larger than 2 GB, the most that can be read");
     }
-    const QByteArray bytes = file.readAll();
+    QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
         return failure(QStringLiteral("cannot be read: ") + file.errorString());
     }
