@@ -6,14 +6,17 @@
 #include <QDateTime>
 #include <QJsonObject>
 
+#include <cstdint>
+#include <optional>
+
 namespace scribo::line {
 
 /// What is known of an item when its trigger comes.
 struct ItemContext
 {
-    QDateTime at; ///< the station's local time
-    QString lot;
-    std::int64_t counter = 0;
+    QDateTime at; ///< when the trigger came, in UTC
+    QString lot; ///< empty: none is set
+    std::optional<std::int64_t> counter; ///< none: it is not set
 };
 
 /// What a job says of one picture.

@@ -34,7 +34,7 @@ public:
     {
         PictureSource::Mode mode = PictureSource::Mode::triggered; ///< free: the source's pictures are the triggers
         Sequencer::Options sequencing;
-        std::function<QDateTime()> now = &QDateTime::currentDateTime; ///< the station's local time
+        std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc; ///< the time in UTC
     };
 
     /// `sinks` outlive the engine. Nothing runs before start().
@@ -92,7 +92,7 @@ private:
     JobSet jobs;
     std::shared_ptr<ItemJudge> job; ///< for the next trigger; null: none is chosen
     QString lot;
-    std::int64_t counter = 0;
+    std::optional<std::int64_t> counter;
     QString sourceFault;
     std::uint64_t okCount = 0;
     std::uint64_t ngCount = 0;

@@ -38,7 +38,7 @@ public:
         judgement.isOk = true;
         judgement.reason = Reason::none;
         RegionReading reading;
-        reading.text = QStringLiteral("%1 %2 %3").arg(frame.name, context.lot).arg(context.counter);
+        reading.text = QStringLiteral("%1 %2 %3").arg(frame.name, context.lot).arg(context.counter.value_or(0));
         judgement.readings.append(reading);
         judgement.processMilliseconds = 1.5;
         return judgement;
