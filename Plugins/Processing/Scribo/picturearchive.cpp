@@ -107,7 +107,7 @@ QString PictureArchive::folderAt(const QDateTime& now, ToolInterface* tool, cons
         return {};
     }
 
-    const QString folder = base.path + modelName + QLatin1Char('_') + toolId + QLatin1Char('/') + verdictFolder(record);
+    QString folder = base.path + modelName + QLatin1Char('_') + toolId + QLatin1Char('/') + verdictFolder(record);
     QDir().mkpath(folder);
 
     if (!settings.saveSwitch[record.isOk ? 0 : 1]) {

@@ -7,8 +7,6 @@ namespace scribo::builder {
 
 namespace {
 
-using format::OperationKind;
-
 /// The network's channels as weighted sums of the picture's, plus an offset each.
 struct Mixture
 {
