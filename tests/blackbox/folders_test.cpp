@@ -65,7 +65,7 @@ std::vector<Job> readJobs(const QString& folder)
 
 cv::Mat readPicture(const QString& path)
 {
-    const cv::Mat stored = cv::imread(path.toStdString(), cv::IMREAD_UNCHANGED);
+    cv::Mat stored = cv::imread(path.toStdString(), cv::IMREAD_UNCHANGED);
     EXPECT_FALSE(stored.empty()) << path.toStdString();
     if (stored.channels() != 3) {
         return stored;

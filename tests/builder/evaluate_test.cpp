@@ -71,10 +71,10 @@ Kind withAxis(int axis)
 }
 
 template <class Kind>
-Kind withAxes(std::vector<int> axes)
+Kind withAxes(const std::vector<int>& axes)
 {
     Kind kind;
-    kind.axes = std::move(axes);
+    kind.axes = axes;
     return kind;
 }
 
@@ -198,7 +198,8 @@ TEST(Evaluate, Gather)
     EXPECT_FALSE(apply(withAxis<GatherT>(0), {twoByThree, floats({1}, {0})}));
 }
 
-std::optional<TensorT> slice(const TensorT& data, Integers starts, Integers ends, Integers axes, Integers steps)
+std::optional<TensorT> slice(
+    const TensorT& data, const Integers& starts, const Integers& ends, const Integers& axes, const Integers& steps)
 {
     return apply(SliceT(), {data, list(starts), list(ends), list(axes), list(steps)});
 }

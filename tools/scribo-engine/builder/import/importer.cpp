@@ -355,7 +355,7 @@ std::vector<int> Importer::add(const OnnxNode& node, format::OperationT operatio
         output.type = type.value_or(format::ElementType::Float32);
         operation.outputs.push_back(addTensor(std::move(output)));
     }
-    const std::vector<int> outputs = operation.outputs;
+    std::vector<int> outputs = operation.outputs;
     if (type) {
         network->operations.push_back(std::make_unique<format::OperationT>(std::move(operation)));
     }

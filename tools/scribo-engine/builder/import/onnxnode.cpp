@@ -62,7 +62,7 @@ std::string OnnxNode::text(const char* attribute, const std::string& fallback) c
     return found ? found->s() : fallback;
 }
 
-std::vector<std::int64_t> OnnxNode::integers(const char* attribute, std::vector<std::int64_t> fallback) const
+std::vector<std::int64_t> OnnxNode::integers(const char* attribute, const std::vector<std::int64_t>& fallback) const
 {
     const auto type = AttributeProto::INTS;
     const AttributeProto* found = find(attribute, &type);

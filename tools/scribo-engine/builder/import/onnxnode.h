@@ -34,7 +34,7 @@ public:
     std::int64_t integer(const char* attribute, std::int64_t fallback) const;
     float real(const char* attribute, float fallback) const;
     std::string text(const char* attribute, const std::string& fallback) const;
-    std::vector<std::int64_t> integers(const char* attribute, std::vector<std::int64_t> fallback) const;
+    std::vector<std::int64_t> integers(const char* attribute, const std::vector<std::int64_t>& fallback) const;
     std::vector<float> reals(const char* attribute) const;
     std::vector<std::string> texts(const char* attribute) const;
     /// An integer that counts axes, from the front or, negative, from the back. One that no tensor
