@@ -133,9 +133,8 @@ Result<void> PreparedJob::readModel()
         return failure(QStringLiteral("%1 is no name of an engine file").arg(job.model).toStdString());
     }
     ModelConfig config;
-    QString error;
-    if (!readModelConfig(name->configPath, &config, &error)) {
-        return failure(error.toStdString());
+    if (Result<void> read = readModelConfig(name->configPath, &config); !read) {
+        return read;
     }
     for (const ClassInfo& one : config.classes) {
         characters.groups.append(QString::fromStdString(one.name));
