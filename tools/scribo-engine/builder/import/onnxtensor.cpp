@@ -35,7 +35,7 @@ std::vector<Value> rawValues(const std::string& raw, Convert convert)
     for (std::size_t i = 0; i < values.size(); ++i) {
         Stored stored;
         std::memcpy(&stored, raw.data() + i * sizeof(Stored), sizeof(Stored));
-        values[i] = static_cast<Value>(convert(stored));
+        values[i] = static_cast<Value>(convert(stored)); // NOLINT(bugprone-signed-char-misuse): an int8 is a number
     }
     return values;
 }
