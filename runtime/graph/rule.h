@@ -14,9 +14,9 @@ namespace scribo::cpu {
 class Node
 {
 public:
-    Node(const format::Operation& operation, const std::vector<Value>& values)
+    Node(const format::Operation& operation, const std::vector<Value>& known)
         : operation(operation)
-        , known(values)
+        , known(known)
     {
     }
 

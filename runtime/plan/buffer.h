@@ -35,10 +35,10 @@ struct Buffer
 class Addresses
 {
 public:
-    Addresses(const std::vector<Buffer>& known, void* arenaStart, void* const* bindingPointers)
-        : buffers(known)
-        , arena(static_cast<std::byte*>(arenaStart))
-        , bindings(bindingPointers)
+    Addresses(const std::vector<Buffer>& buffers, void* arena, void* const* bindings)
+        : buffers(buffers)
+        , arena(static_cast<std::byte*>(arena))
+        , bindings(bindings)
     {
     }
 

@@ -15,8 +15,8 @@ public:
     /// 320, finds all of them again; a network of hundreds of steps keeps the last dozen or so.
     static constexpr std::size_t maximumSize = std::size_t(96) << 20;
 
-    explicit PlanCache(std::size_t limit = maximumSize)
-        : most(limit)
+    explicit PlanCache(std::size_t most = maximumSize)
+        : most(most)
     {
     }
 

@@ -34,13 +34,13 @@ public:
         dnnl::memory::desc layout;
     };
 
-    /// `fixed` holds the arguments that never move, by role.
-    PrimitiveStep(dnnl::primitive step, std::vector<Argument> moving, std::unordered_map<int, dnnl::memory> fixed,
-        dnnl::engine on)
-        : primitive(std::move(step))
-        , arguments(std::move(moving))
-        , memories(std::move(fixed))
-        , engine(std::move(on))
+    /// `memories` holds the arguments that never move, by role.
+    PrimitiveStep(dnnl::primitive primitive, std::vector<Argument> arguments,
+        std::unordered_map<int, dnnl::memory> memories, dnnl::engine engine)
+        : primitive(std::move(primitive))
+        , arguments(std::move(arguments))
+        , memories(std::move(memories))
+        , engine(std::move(engine))
     {
     }
 
@@ -67,11 +67,11 @@ class KernelStep : public Step
 public:
     using Kernel = std::function<void(float* const* operands, int part)>;
 
-    KernelStep(std::vector<BufferId> used, int count, Kernel function)
-        : buffers(std::move(used))
-        , parts(count)
-        , kernel(std::move(function))
-        , operands(buffers.size())
+    KernelStep(std::vector<BufferId> buffers, int parts, Kernel kernel)
+        : buffers(std::move(buffers))
+        , parts(parts)
+        , kernel(std::move(kernel))
+        , operands(this->buffers.size())
     {
     }
 

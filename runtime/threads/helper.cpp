@@ -37,8 +37,8 @@ void waitAMoment(int turn)
 
 } // namespace
 
-Helper::Helper(int usable)
-    : processors(usable)
+Helper::Helper(int processors)
+    : processors(processors)
 {
 }
 

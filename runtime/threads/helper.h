@@ -35,8 +35,8 @@ public:
     class Run
     {
     public:
-        explicit Run(Helper& of)
-            : helper(of)
+        explicit Run(Helper& helper)
+            : helper(helper)
         {
             helper.runs.fetch_add(1, std::memory_order_relaxed);
         }

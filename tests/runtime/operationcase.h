@@ -15,8 +15,8 @@ namespace scribo::test {
 class OperationCase
 {
 public:
-    explicit OperationCase(std::mt19937& source)
-        : random(source)
+    explicit OperationCase(std::mt19937& random)
+        : random(random)
     {
     }
 
