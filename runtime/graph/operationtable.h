@@ -20,6 +20,8 @@ Result<void> inferReduction(Rule& rule);
 bool isSoundReduction(const format::Operation& operation);
 std::string showReduction(const format::Operation& operation);
 Result<void> inferResize(Rule& rule);
+Result<void> inferGridSample(Rule& rule);
+std::string showGridSample(const format::Operation& operation);
 
 // matrixrules.cpp
 Result<void> inferRecurrent(Rule& rule);
@@ -131,6 +133,8 @@ inline constexpr OperationRow operationTable[] = {
     OperationRow{format::OperationKind::Pad, takes(1), onlyFloats, inferMovement}
         .moves(movePad).checks(isSoundPad),
     OperationRow{format::OperationKind::Resize, takes(2), floatsFromFirst, inferResize},
+    OperationRow{format::OperationKind::GridSample, takes(2), onlyFloats, inferGridSample}
+        .shows(showGridSample),
 };
 // clang-format on
 

@@ -161,4 +161,25 @@ Result<void> inferResize(Rule& rule)
     return rule.setFloats(0, result, rule.operand(0).uniform);
 }
 
+std::string showGridSample(const format::Operation& operation)
+{
+    const auto& sample = *operation.kind_as_GridSample();
+    Details details;
+    details.add(sample.border() ? "beyond it its border" : "beyond it zeros");
+    return sample.align_corners() ? details.add("corners aligned").text : details.text;
+}
+
+Result<void> inferGridSample(Rule& rule)
+{
+    if (Result<void> sound = rule.needFloats({0, 1}); !sound) {
+        return sound;
+    }
+    const Shape& data = rule.operand(0).shape;
+    const Shape& grid = rule.operand(1).shape;
+    if (data.size() != 4 || grid.size() != 4 || grid[0] != data[0] || grid[3] != 2) {
+        return failure("a grid of " + toString(grid) + " does not fit " + toString(data));
+    }
+    return rule.setFloats(0, {data[0], data[1], grid[1], grid[2]});
+}
+
 } // namespace scribo::cpu

@@ -12,6 +12,7 @@ void addConvolution(PlanBuilder& plan, const format::Operation& operation);
 void addPooling(PlanBuilder& plan, const format::Operation& operation);
 void addReduction(PlanBuilder& plan, const format::Operation& operation);
 void addResize(PlanBuilder& plan, const format::Operation& operation);
+void addGridSample(PlanBuilder& plan, const format::Operation& operation);
 void addRecurrent(PlanBuilder& plan, const format::Operation& operation);
 void addFullyConnected(PlanBuilder& plan, const format::Operation& operation);
 void addMatrixProduct(PlanBuilder& plan, const format::Operation& operation);
@@ -71,6 +72,7 @@ inline constexpr PlanOperation planOperations[] = {
     {format::OperationKind::Split, addMovement},
     {format::OperationKind::Pad, addMovement},
     {format::OperationKind::Resize, addResize},
+    {format::OperationKind::GridSample, addGridSample},
 };
 
 static_assert(format::coversEveryKind(planOperations));

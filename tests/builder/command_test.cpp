@@ -198,14 +198,14 @@ TEST_F(Commands, BuildNamesEverythingThatIsNotSupported)
 {
     ModelMaker maker;
     maker.node("NonMaxSuppression", {"x"}, {"a"}, "/det/nms");
-    maker.node("GridSample", {"x"}, {"y"}, "/up");
+    maker.node("ConvTranspose", {"x"}, {"y"}, "/up");
     package.writeFile("bad.onnx", QByteArray::fromStdString(maker.bytes()));
     const std::string bad = package.path("bad.onnx").toStdString();
     const Outcome outcome = call({"build", package.path("bad.onnx"), "-o", output});
     EXPECT_EQ(outcome.code, Failure);
     EXPECT_EQ(outcome.err,
         bad + ": operation 'NonMaxSuppression' of node '/det/nms' is not supported\n" + bad
-            + ": operation 'GridSample' of node '/up' is not supported\n");
+            + ": operation 'ConvTranspose' of node '/up' is not supported\n");
     EXPECT_FALSE(QFile::exists(output));
 }
 

@@ -142,11 +142,11 @@ TEST(ImportNodes, EveryUnsupportedOperationIsNamed)
     maker.node("NonMaxSuppression", {"x"}, {"a"}, "/det/nms");
     maker.node("Relu", {"a"}, {"b"});
     maker.node("FusedConv", {"b"}, {"c"}).set_domain("com.microsoft");
-    maker.node("GridSample", {"x"}, {"y"}, "/up");
+    maker.node("ConvTranspose", {"x"}, {"y"}, "/up");
     EXPECT_THAT(faultsOf(maker),
         ElementsAre("operation 'NonMaxSuppression' of node '/det/nms' is not supported",
             "operation 'com.microsoft.FusedConv' of node 'c' is not supported",
-            "operation 'GridSample' of node '/up' is not supported"));
+            "operation 'ConvTranspose' of node '/up' is not supported"));
 }
 
 TEST(ImportNodes, GraphFaults)

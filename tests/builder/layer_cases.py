@@ -166,6 +166,24 @@ def resize_by_width():
     )
 
 
+@case(3, 8, opset=16)
+def grid_samples():
+    """As recognisers straighten bent lines; some places lie beyond the picture."""
+
+    def straighten(x, sampled):
+        grid = sampled(x)[:, :2].permute(0, 2, 3, 1) * 2
+        return torch.cat(
+            [
+                F.grid_sample(x, grid, padding_mode=padding, align_corners=corners)
+                for padding in ("zeros", "border")
+                for corners in (False, True)
+            ],
+            1,
+        )
+
+    return Do(straighten, nn.Conv2d(3, 2, 3, padding=1, stride=(2, 1)))
+
+
 # Activations
 
 

@@ -139,6 +139,28 @@ Array resize(const Array& data, const Shape& shape)
     return result;
 }
 
+Array gridSample(const format::GridSampleT& sample, const Array& data, const Array& grid)
+{
+    // Where a place of the grid lies along an axis of the source.
+    const auto position = [&](double place, std::size_t axis) {
+        const auto extent = static_cast<double>(data.shape[axis]);
+        const double at = sample.align_corners ? (place + 1) / 2 * (extent - 1) : ((place + 1) * extent - 1) / 2;
+        return sample.border ? std::clamp(at, 0.0, extent - 1) : at;
+    };
+    Array result = Array::zeros({data.shape[0], data.shape[1], grid.shape[1], grid.shape[2]});
+    forEachIndex(result.shape, [&](const Shape& o) {
+        double sum = 0;
+        forEachIndex({data.shape[2], data.shape[3]}, [&](const Shape& pixel) {
+            const double column = position(grid.at({o[0], o[2], o[3], 0}), 3) - static_cast<double>(pixel[1]);
+            const double row = position(grid.at({o[0], o[2], o[3], 1}), 2) - static_cast<double>(pixel[0]);
+            sum += std::max(1 - std::abs(row), 0.0) * std::max(1 - std::abs(column), 0.0)
+                * data.at({o[0], o[1], pixel[0], pixel[1]});
+        });
+        result.at(o) = static_cast<float>(sum);
+    });
+    return result;
+}
+
 Array reduction(const format::ReductionT& reduction, const Array& data)
 {
     Shape kept = data.shape;
@@ -186,12 +208,12 @@ double sigmoid(double x)
 class Cell
 {
 public:
-    Cell(const format::RecurrentT& layer, const RecurrentInputs& tensors, std::int64_t way)
-        : recurrent(layer)
-        , inputs(tensors)
-        , direction(way)
-        , hidden(layer.hidden_size)
-        , gates(layer.cell == format::CellKind::Lstm ? 4 : 3)
+    Cell(const format::RecurrentT& recurrent, const RecurrentInputs& inputs, std::int64_t direction)
+        : recurrent(recurrent)
+        , inputs(inputs)
+        , direction(direction)
+        , hidden(recurrent.hidden_size)
+        , gates(recurrent.cell == format::CellKind::Lstm ? 4 : 3)
     {
     }
 

@@ -12,6 +12,8 @@ Array pooling(const format::PoolingT& pooling, const Array& data);
 Array reduction(const format::ReductionT& reduction, const Array& data);
 /// Every pixel counts for those whose centres lie less than one pixel from its own.
 Array resize(const Array& data, const Shape& shape);
+/// Every pixel counts for those places that lie less than one pixel from its centre.
+Array gridSample(const format::GridSampleT& sample, const Array& data, const Array& grid);
 
 /// Any of the last three may be null.
 struct RecurrentInputs

@@ -229,6 +229,17 @@ TEST_F(Shapes, RefuseWhatDoesNotFit)
     EXPECT_EQ(refusal(pad, {picture}), "Pad 'node1': a padding of -1 and 0 makes no sense");
 }
 
+TEST_F(Shapes, RefuseGridsThatDoNotFit)
+{
+    const auto refused = [&](int data, int grid) { return refusal(format::GridSampleT(), {data, grid}); };
+    const std::string fault = "GridSample 'node1': a grid of ";
+    EXPECT_EQ(refused(picture, maker.floats({1, 1, 1, 3}, {0, 0, 0})), fault + "1x1x1x3 does not fit 1x3x8x20");
+    EXPECT_EQ(refused(picture, maker.floats({2, 1, 1, 2}, {0, 0, 0, 0})), fault + "2x1x1x2 does not fit 1x3x8x20");
+    EXPECT_EQ(refused(picture, maker.floats({1, 1, 2}, {0, 0})), fault + "1x1x2 does not fit 1x3x8x20");
+    EXPECT_EQ(refused(maker.floats({2}, {0, 0}), maker.floats({1, 1, 1, 2}, {0, 0})), fault + "1x1x1x2 does not fit 2");
+    EXPECT_EQ(refused(picture, maker.integers({1, 1, 1, 2}, {0, 0})), "GridSample 'node1': input 1 holds integers");
+}
+
 TEST_F(Shapes, RefuseToResizeWhatCannotBe)
 {
     const auto refused = [&](int data, int extents) { return refusal(format::ResizeT(), {data, extents}); };

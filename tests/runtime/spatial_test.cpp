@@ -1,6 +1,11 @@
 #include "operationcase.h"
 #include "reference.h"
 
+#include "kernels/gridsample.h"
+
+#include <cmath>
+#include <limits>
+
 namespace scribo::test {
 namespace {
 
@@ -137,6 +142,50 @@ TEST(Reduction, EqualsItsDefinition)
         const int operand = test.operand(shape, &data);
         test.expect(test.maker.add(reduction, {operand}), reference::reduction(reduction, data));
     });
+}
+
+TEST(GridSample, EqualsItsDefinition)
+{
+    repeatRandomly(60, [](std::mt19937& random) {
+        const std::int64_t pictures = pick(random, 1, 2);
+        format::GridSampleT sample;
+        sample.border = toss(random);
+        sample.align_corners = toss(random);
+        Array data;
+        Array grid;
+        OperationCase test(random);
+        const int picture
+            = test.operand({pictures, pick(random, 1, 5), pick(random, 1, 9), pick(random, 1, 20)}, &data);
+        // Some places lie beyond the picture.
+        const int places = test.operand({pictures, pick(random, 1, 6), pick(random, 1, 12), 2}, &grid, 1.4F);
+        test.expect(test.maker.add(sample, {picture, places}), reference::gridSample(sample, data, grid), 1e-4F);
+    });
+}
+
+TEST(GridSample, OfItsOwnPixelsChangesNothing)
+{
+    const std::vector<float> source = {1, 2, 3, 4, 5, 6};
+    const std::vector<float> centres = {-1, -1, 0, -1, 1, -1, -1, 1, 0, 1, 1, 1};
+    std::vector<float> result(6);
+    cpu::sampleGrid({1, 2, 3, 6, false, true}, source.data(), centres.data(), result.data());
+    EXPECT_EQ(result, source);
+}
+
+TEST(GridSample, StaysWithinThePictureForAnyFloat)
+{
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    const std::vector<float> source = {1, 2, 3, 4, 5, 6};
+    for (const float place : {std::nanf(""), infinity, -infinity, 3e38F, -3e38F, 1e10F, -1e10F}) {
+        const std::vector<float> grid = {place, place};
+        for (const bool aligned : {false, true}) {
+            float zeros = 7;
+            cpu::sampleGrid({1, 2, 3, 1, false, aligned}, source.data(), grid.data(), &zeros);
+            EXPECT_EQ(zeros, 0) << place;
+            float border = 7;
+            cpu::sampleGrid({1, 2, 3, 1, true, aligned}, source.data(), grid.data(), &border);
+            EXPECT_EQ(border, place > 0 ? 6 : 1) << place;
+        }
+    }
 }
 
 TEST(Resize, EqualsItsDefinition)

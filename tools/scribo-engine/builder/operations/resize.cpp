@@ -79,11 +79,31 @@ void importResize(Importer& importer, const OnnxNode& node)
     importer.bind(node, 0, importer.emit(node, format::ResizeT(), {importer.tensor(node, 0), sizes}));
 }
 
+void importGridSample(Importer& importer, const OnnxNode& node)
+{
+    // Opset 20 renamed the modes.
+    const std::string mode = node.text("mode", importer.opset() < 20 ? "bilinear" : "linear");
+    const std::string padding = node.text("padding_mode", "zeros");
+    if (mode != "bilinear" && mode != "linear") {
+        node.refuse("mode '" + mode + "' is not supported");
+        return;
+    }
+    if (padding != "zeros" && padding != "border") {
+        node.refuse("padding by '" + padding + "' is not supported");
+        return;
+    }
+    format::GridSampleT sample;
+    sample.border = padding == "border";
+    sample.align_corners = node.integer("align_corners", 0) != 0;
+    importer.bind(node, 0, importer.emit(node, sample, {importer.tensor(node, 0), importer.tensor(node, 1)}));
+}
+
 } // namespace
 
 void addResizing(ImportTable* table)
 {
     (*table)["Resize"] = {importResize, 1, 4};
+    (*table)["GridSample"] = {importGridSample, 2, 2};
 }
 
 } // namespace scribo::builder
