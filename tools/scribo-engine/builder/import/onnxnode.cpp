@@ -1,5 +1,7 @@
 #include "onnxnode.h"
 
+#include <utility>
+
 namespace scribo::builder {
 
 using onnx::AttributeProto;
@@ -66,7 +68,7 @@ std::vector<std::int64_t> OnnxNode::integers(const char* attribute, const std::v
 {
     const auto type = AttributeProto::INTS;
     const AttributeProto* found = find(attribute, &type);
-    return found ? std::vector<std::int64_t>(found->ints().begin(), found->ints().end()) : fallback;
+    return found ? std::vector<std::int64_t>(found->ints().begin(), found->ints().end()) : std::move(fallback);
 }
 
 std::vector<float> OnnxNode::reals(const char* attribute) const
