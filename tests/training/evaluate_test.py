@@ -11,9 +11,10 @@ import numpy as np
 import torch
 
 from networks import SMALL
-from scribokit.common.labels import CSV_NAME, read_labels
+from scribokit.common.labels import CSV_NAME, read_boxes, read_labels
 from scribokit.common.pictures import load_picture
 from scribokit.measuring.readers import InspectReader, onnx_reader, readings
+from scribokit.measuring.variations import sideways, with_margin
 from scribokit.network.exporting import write_onnx
 from scribokit.network.model import Crnn
 
@@ -73,6 +74,48 @@ class MadePictures(unittest.TestCase):
                 (1, f"{root}/000000.png cannot be written"),
             )
 
+    def test_shown_with_what_is_around_tell_where_their_lines_are(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder = Path(root) / "a"
+            result = run("make-pictures", folder, "--count", 8, "--recipe", "clean", "--around")
+            self.assertEqual(result.returncode, 0, result.stderr)
+            self.assertEqual(len(read_labels(folder)), 8)
+            clear = 0
+            for path, (left, top, right, bottom) in read_boxes(folder).items():
+                picture = load_picture(path)
+                height, width = picture.shape[:2]
+                self.assertTrue(0 < left < right < width and 0 < top < bottom < height)
+                room = 0.5 * (bottom - top)
+                self.assertTrue(min(left, top, width - right, height - bottom) >= room, path)
+                # Nearly all ink is in the box, unless another line is drawn beside it.
+                line = picture[top:bottom, left:right].std()
+                beside = max(picture[: top - 3].std(), picture[bottom + 3 :].std())
+                clear += line > 4 * beside
+            self.assertGreater(clear, 4)
+
+
+class Variations(unittest.TestCase):
+    def test_stretch_sideways_alone(self):
+        picture = np.zeros((10, 40, 3), np.uint8)
+        picture[:, 20:] = 200
+        for factor, width in ((0.5, 20), (1, 40), (2, 80), (0.001, 1)):
+            result = sideways(picture, factor)
+            self.assertEqual(result.shape, (10, width, 3))
+        self.assertEqual(sideways(picture, 2)[:, [20, 70], 0].tolist(), [[0, 200]] * 10)
+
+    def test_crop_to_the_line_and_a_part_of_its_height(self):
+        picture = np.arange(50 * 80 * 3, dtype=np.uint32).reshape(50, 80, 3).astype(np.uint8)
+        box = 20, 15, 60, 35
+        for margin, rows, columns in (
+            (0, slice(15, 35), slice(20, 60)),
+            (0.25, slice(10, 40), slice(15, 65)),
+            (-0.1, slice(17, 33), slice(22, 58)),
+            (10, slice(0, 50), slice(0, 80)),
+        ):
+            result = with_margin(picture, box, margin)
+            self.assertTrue(np.array_equal(result, picture[rows, columns]), margin)
+        self.assertEqual(with_margin(picture, (79, 49, 80, 50), -0.4).shape, (1, 1, 3))
+
 
 class Evaluate(unittest.TestCase):
     def folder(self, root):
@@ -105,6 +148,58 @@ class Evaluate(unittest.TestCase):
                 sorted(path.name for path in (Path(root) / "report").iterdir()),
                 ["set-m-confusions.png", "set-m-worst.png"],
             )
+
+    def test_prints_how_lines_are_read_when_they_are_stretched(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder, config = self.folder(root)
+            model = Path(root) / "m.onnx"
+            result = run(
+                "evaluate", folder, "--onnx", model, "--config", config, "--sideways", "0.5,1,2"
+            )
+            self.assertEqual(result.returncode, 0, result.stderr)
+            self.assertIn("Stretched sideways:\n\n| set | reader | 0.5 | 1 | 2 |", result.stdout)
+            self.assertRegex(result.stdout, r"\| set \| m \|( [0-9.]+ % \|){3}\n")
+
+    def test_prints_how_lines_are_read_with_margins_around_them(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder, config = self.folder(root)
+            model = Path(root) / "m.onnx"
+            (folder / CSV_NAME).write_text(
+                "file,text,left,top,right,bottom\nA1.png,A1,10,8,50,24\nA0.png,A0,10,8,50,24\n"
+            )
+            given = "evaluate", folder, "--onnx", model, "--config", config, "--margins"
+            for words in (("-0.08,0,0.25",), ("-0.08,0,0.25", "--by-width")):
+                result = run(*given, *words)
+                self.assertEqual(result.returncode, 0, result.stderr)
+                self.assertIn("line:\n\n| set | reader | -0.08 | 0 | 0.25 |", result.stdout)
+                self.assertRegex(result.stdout, r"\| set \| m \|( [0-9.]+ % \|){3}\n")
+
+    def test_needs_to_know_where_the_lines_are_for_margins(self):
+        with tempfile.TemporaryDirectory() as root:
+            folder, config = self.folder(root)
+            given = "evaluate", folder, "--onnx", Path(root) / "m.onnx", "--config", config
+            columns = "file,text,left,top,right,bottom\n"
+            for table, message in (
+                ("file,text\nA1.png,A1\n", "every row needs whole numbers in the columns"),
+                (columns + "A1.png,A1,1,2,x,4\n", "every row needs whole numbers in the columns"),
+                (columns + "A1.png,A1,5,2,5,4\n", "the box of A1.png is empty"),
+            ):
+                (folder / CSV_NAME).write_text(table)
+                result = run(*given, "--margins", "0,0.1")
+                self.assertEqual(result.returncode, 1)
+                self.assertIn(message, result.stderr)
+
+    def test_refuses_factors_and_margins_that_mean_nothing(self):
+        for words, message in (
+            (("--sideways", "1,0"), "argument --sideways: the factors must be above 0"),
+            (("--sideways", "wide"), "wide: must be numbers with commas between them"),
+            (("--sideways", "1,inf"), "1,inf: must be numbers with commas between them"),
+            (("--margins", "0,-0.5"), "argument --margins: the margins must be above -0.5"),
+            (("--margins",), "argument --margins: expected one argument"),
+        ):
+            result = run("evaluate", "nowhere", *words)
+            self.assertEqual(result.returncode, 2)
+            self.assertIn(message, result.stderr)
 
     def test_tells_models_of_one_name_apart(self):
         with tempfile.TemporaryDirectory() as root:

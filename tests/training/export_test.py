@@ -82,6 +82,29 @@ class Exporting(unittest.TestCase):
             [["input"], ["input", "", "", "wanted"]],
         )
 
+    def test_writes_more_columns_and_reads_them_back(self):
+        for below, operations in (
+            (0, ["Shape", "Add", "Resize", "Conv"]),
+            (200, ["Shape", "Add", "Add", "Div", "Max", "Resize", "Conv"]),
+        ):
+            model = stirred()
+            model.shape = replace(SMALL, stretch_below=below, more_columns=24)
+            with tempfile.TemporaryDirectory() as folder:
+                path = Path(folder) / "m.onnx"
+                self.assertLessEqual(write_onnx(model, path), TOLERANCE)
+                written = from_onnx(path)
+                nodes = onnx.load(str(path)).graph.node
+            self.assertEqual(written.shape, replace(model.shape, normalised=False))
+            self.assertEqual([node.op_type for node in nodes[: len(operations)]], operations)
+            with torch.no_grad():
+                steps = len(written(torch.zeros(1, 3, 32, 64)))
+            self.assertEqual(steps, (132 if below else 88) // 4)
+
+    def test_of_columns_that_make_no_sense_is_refused(self):
+        for columns in (-1, 321):
+            with self.assertRaisesRegex(ValueError, f"by 0 to 320 columns, not {columns}"):
+                replace(SMALL, more_columns=columns)
+
     def test_of_another_resize_is_refused(self):
         model = stirred()
         model.shape = replace(SMALL, stretch_below=128)

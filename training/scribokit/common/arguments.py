@@ -1,5 +1,6 @@
 """Kinds of command line arguments, checked when they are parsed."""
 import argparse
+import math
 
 
 def positive(text):
@@ -18,3 +19,14 @@ def fraction(text):
     if not 0 < value < 1:
         raise argparse.ArgumentTypeError(f"{text}: must be a number between 0 and 1")
     return value
+
+
+def numbers(text):
+    """Numbers with commas between them, as a tuple."""
+    try:
+        values = tuple(float(part) for part in text.split(","))
+    except ValueError:
+        values = ()
+    if not values or not all(map(math.isfinite, values)):
+        raise argparse.ArgumentTypeError(f"{text}: must be numbers with commas between them")
+    return values

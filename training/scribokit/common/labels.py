@@ -5,6 +5,7 @@ from pathlib import Path
 
 CSV_NAME = "labels.csv"
 PICTURE_TEXT = ("file", "text")
+BOX = ("left", "top", "right", "bottom")
 PICTURE_SUFFIXES = (".png", ".jpg", ".jpeg", ".bmp", ".tif", ".tiff")
 
 
@@ -36,6 +37,26 @@ def _from_table(folder, table):
     ]
 
 
+def read_boxes(folder, table=None):
+    """{path: (left, top, right, bottom)} of a folder whose labels.csv, or the given CSV file, says
+    where in each picture the line is, in pixels. OSError or ValueError when it does not."""
+    folder = Path(folder)
+    table = Path(table or folder / CSV_NAME)
+    boxes = {}
+    for row in load_rows(table):
+        try:
+            box = tuple(int(row[name]) for name in BOX)
+        except (KeyError, ValueError):
+            raise ValueError(
+                f"{table}: every row needs whole numbers in the columns {', '.join(BOX)}, "
+                "which make-pictures --around writes"
+            ) from None
+        if box[0] >= box[2] or box[1] >= box[3]:
+            raise ValueError(f"{table}: the box of {row['file']} is empty")
+        boxes[folder / row["file"]] = box
+    return boxes
+
+
 def load_rows(table):
     """The rows of a CSV file of labels as dictionaries of texts. The fields are separated by
     commas, or by the semicolons or tabs of some spreadsheets. OSError when it cannot be read,
@@ -63,8 +84,9 @@ def label_of_name(name):
 
 
 def write_labels(table, rows):
-    """Writes (file, text) rows as a CSV file that read_labels takes."""
+    """Writes (file, text) rows, or rows of these and a box, as a CSV file that read_labels and
+    read_boxes take."""
     with open(table, "w", newline="", encoding="utf-8") as file:
         writer = csv.writer(file)
-        writer.writerow(PICTURE_TEXT)
+        writer.writerow(PICTURE_TEXT + (BOX if rows and len(rows[0]) > 2 else ()))
         writer.writerows(rows)

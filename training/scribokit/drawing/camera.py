@@ -9,6 +9,7 @@ from .conditions import HIGHEST
 from .faces import CAP_HEIGHT
 from .legibility import LEAST_HEIGHT, LEAST_PITCH, all_stand_out, is_large_enough, marks_of
 from .marks import INKED
+from .noise import WIDEST_PICTURE
 from .scene import CLUTTER, FAINT, OUTSIDE, TEXT
 
 # How deep the arc of a can is for its curvature, in heights of the picture.
@@ -26,7 +27,18 @@ def shoot(scene, box, view, paint, dice, noise):
     """A picture (height×width×3 bytes, BGR) of the scene's box (x0, y0, x1, y1), as `view` and
     `paint` say; None when nobody could read it: its characters would be too small, on the highest
     picture or in the network's input, or one of its marks would hardly stand out."""
-    seen = _project(scene, box, view, dice)
+    shot = _shoot(scene, box, view, paint, dice, noise, 0.0)
+    return shot and shot[0]
+
+
+def shoot_around(scene, box, view, paint, dice, noise, room):
+    """The same with `room` cap heights more on all sides, at the same scale: (picture, the line's
+    own box in it: left, top, right and bottom in whole pixels); None as for shoot()."""
+    return _shoot(scene, box, view, paint, dice, noise, room)
+
+
+def _shoot(scene, box, view, paint, dice, noise, room):
+    seen = _project(scene, box, view, dice, room)
     if seen is None:
         return None
     painted = _coloured(seen.planes, paint, dice, noise)
@@ -38,10 +50,17 @@ def shoot(scene, box, view, paint, dice, noise):
     unsure = view.noise + 0.6 * paint.rough
     if not all_stand_out(seen.places, seen.owners, picture, bare, seen.capitals, unsure):
         return None
-    return _recorded(picture, view, dice, noise)
+    return _recorded(picture, view, dice, noise), _bounds(seen.places, picture.shape[:2])
 
 
-def _project(scene, box, view, dice):
+def _bounds(places, size):
+    """The box around places (x, y) in a picture of this size (height, width)."""
+    most = size[1], size[0]
+    low, high = np.floor(places.min(0)), np.ceil(places.max(0)) + 1
+    return tuple(int(value) for value in (*np.clip(low, 0, most), *np.clip(high, 0, most)))
+
+
+def _project(scene, box, view, dice, room):
     """Warps the layers so that the box's outline, turned and seen at an angle, fills the picture,
     which is taken larger when its characters would be too small, and shows more where it would cut
     them off. None when that makes the picture higher than any or the characters take too little of
@@ -63,6 +82,11 @@ def _project(scene, box, view, dice):
         scene.pitch * view.stretch * scale[0], CAP_HEIGHT * scale[1], width, height
     ):
         return None
+    if room:
+        low = low - room * CAP_HEIGHT
+        width, height = (int(v) for v in (width, height) + 2 * room * CAP_HEIGHT * scale)
+        if max(width, height) > WIDEST_PICTURE:
+            return None
     # A pixel's coordinates are those of its middle.
     target = (seen - low) * scale - 0.5
     places, owners = marks_of(scene.planes[TEXT])

@@ -114,17 +114,35 @@ class PictureMaker:
             if drawn:
                 return drawn
 
+    def draw_around(self, room):
+        """(picture, label, box): the picture with `room` cap heights more on all sides, and where
+        the line itself is in it: left, top, right and bottom."""
+        while True:
+            drawn = self._laid()
+            if drawn:
+                scene, box = drawn.laid
+                shot = camera.shoot_around(
+                    scene, box, drawn.view, drawn.paint, self._dice, self._noise, room
+                )
+                if shot:
+                    return shot[0], texts.label_of(drawn.text, self._alphabet), shot[1]
+
     def _try(self):
+        drawn = self._laid()
+        if drawn is None:
+            return None
+        scene, box = drawn.laid
+        picture = camera.shoot(scene, box, drawn.view, drawn.paint, self._dice, self._noise)
+        return None if picture is None else (picture, texts.label_of(drawn.text, self._alphabet))
+
+    def _laid(self):
+        """A line that is ready to be shot, or None when it cannot be set."""
         dice = self._dice
         level = dice.uniform(self._recipe.low, self._recipe.high)
         kinds = self._recipe.kinds
         kind = dice.choices(list(kinds), list(kinds.values()))[0]
         drawn = self._draw_kind[kind](level, self._faces.draw("print", dice))
-        if drawn is None or drawn.laid is None:
-            return None
-        scene, box = drawn.laid
-        picture = camera.shoot(scene, box, drawn.view, drawn.paint, dice, self._noise)
-        return None if picture is None else (picture, texts.label_of(drawn.text, self._alphabet))
+        return drawn if drawn and drawn.laid else None
 
     def _readable(self, text):
         return texts.is_readable(text, self._alphabet)

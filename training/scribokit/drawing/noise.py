@@ -4,6 +4,8 @@ import cv2
 import numpy as np
 
 _SIZE = 768
+# The largest picture that can be had of the bank.
+WIDEST_PICTURE = _SIZE - 1
 
 
 class NoiseBank:

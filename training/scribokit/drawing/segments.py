@@ -45,7 +45,7 @@ class SegmentFace:
             for character in "0123456789-"
         }
         # The point: its half width, how far it stands from the digit, and whether it is round.
-        self.dot = self.thickness * dice.uniform(0.38, 0.66)
+        self.dot = max(1.3, self.thickness * dice.uniform(0.3, 0.6))
         self.dot_room = CAP_HEIGHT * dice.uniform(0.06, 0.22)
         self.round_dots = dice.random() < 0.5
         self._glyphs = {}

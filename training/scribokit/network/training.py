@@ -17,6 +17,7 @@ from torch import nn
 from ..common.ctc import decode_scores, distance, encode
 from ..common.inputs import as_picture
 from .model import Crnn, Shape, to_input
+from .team import Team
 
 
 _AVERAGED_STEPS = 500
@@ -44,9 +45,10 @@ def learning_rate(step, done, peak, warm_up=100):
 class Trainer:
     """Trains `model`. `average` is the mean of its weights over about the last tenth of the steps,
     500 at most (Polyak and Juditsky, Acceleration of stochastic approximation by averaging, 1992):
-    it reads better than the weights of any one step, so it is what is measured, and exported."""
+    it reads better than the weights of any one step, so it is what is measured, and exported.
+    `team`: the processes that train the same model together."""
 
-    def __init__(self, model, alphabet, rate=1e-3, device="cpu"):
+    def __init__(self, model, alphabet, rate=1e-3, device="cpu", team=Team()):
         # A processor convolves and pools faster with the channels of a pixel side by side.
         self.model = model.to(device, memory_format=torch.channels_last)
         self.average = copy.deepcopy(self.model).eval()
@@ -56,21 +58,26 @@ class Trainer:
         self.optimizer = torch.optim.AdamW(model.parameters(), lr=rate, weight_decay=1e-4)
         self._ctc = nn.CTCLoss(blank=0, reduction="none", zero_infinity=True)
         self.progress = Progress()
+        self.team = team
 
     def step(self, pictures, labels, rate):
-        """One batch; gives its loss. A batch whose loss is not a number changes no weight."""
+        """One batch; gives its loss. A batch whose loss is not a number changes no weight. In a
+        team all processes call this, each with its own batch."""
         self.model.train()
         for group in self.optimizer.param_groups:
             group["lr"] = rate
         loss = self._losses(self.model, pictures, labels).mean()
         self.optimizer.zero_grad(set_to_none=True)
-        if torch.isfinite(loss):
+        finite = bool(torch.isfinite(loss))
+        if finite:
             loss.backward()
+        counted, lines = self.team.gather_gradients(self.model, finite, len(labels))
+        if counted:
             nn.utils.clip_grad_norm_(self.model.parameters(), 5.0)
             self.optimizer.step()
             self._keep_average()
         self.progress.steps += 1
-        self.progress.pictures += len(labels)
+        self.progress.pictures += lines
         return float(loss)
 
     def losses(self, pictures, labels):
