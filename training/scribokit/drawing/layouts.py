@@ -17,7 +17,7 @@ def printed(text, face, small_face, dice, noise, level):
     character."""
     dotted = isinstance(face, DotFace)
     stencilled = not dotted and dice.random() < 0.05
-    wish = draw_wish(text, dice) if dice.random() < 0.13 else None
+    wish = draw_wish(text, dice) if dice.random() < 0.05 + 0.12 * level else None
     line = set_line(
         text,
         face,
@@ -39,13 +39,13 @@ def printed(text, face, small_face, dice, noise, level):
     scene.stamp(TEXT, mask, scene.left, scene.top - BASELINE + CAP_HEIGHT)
     if wish:
         draw_box(scene, line.spans_in(scene), wish, dice)
-    if dice.random() < 0.1 + 0.4 * level:
+    if dice.random() < 0.5 * level:
         _neighbours(scene, small_face, dice)
     if dice.random() < 0.18 * level:
         _print_behind(scene, small_face, dice)
     if dice.random() < 0.22 * level:
         _furniture(scene, dice)
-    if dice.random() < 0.05 + 0.2 * level:
+    if dice.random() < 0.25 * level:
         crossed(scene, dice)
     box = margins(scene, dice, dice.choices(CROPS, (3, 5, 5, 4))[0])
     if any(character in "gjpqy()/" for character in text):
