@@ -237,7 +237,7 @@ Result<void> readDateOptions(const std::vector<TemplatePiece>& options, DateRule
 {
     OptionReader reader(rule);
     for (const TemplatePiece& option : options) {
-        const Result<void> done = reader.read(trimmed(option));
+        Result<void> done = reader.read(trimmed(option));
         if (!done) {
             return done;
         }

@@ -1,6 +1,5 @@
 #include "rules/matchpattern.h"
 
-#include <utility>
 
 namespace scribo::line {
 
@@ -16,9 +15,9 @@ tl::unexpected<Error> badPattern(const QString& message)
 
 } // namespace
 
-MatchPattern::MatchPattern(QString pattern, QRegularExpression expression)
-    : source(std::move(pattern))
-    , expression(std::move(expression))
+MatchPattern::MatchPattern(const QString& source, const QRegularExpression& expression)
+    : source(source)
+    , expression(expression)
 {
 }
 
@@ -42,7 +41,7 @@ Result<MatchPattern> MatchPattern::create(const QString& pattern)
         return badPattern(QStringLiteral("the pattern cannot stand as a part: %1").arg(whole.errorString()));
     }
     whole.optimize(); // here, so that no item waits for it
-    return MatchPattern(pattern, std::move(whole));
+    return MatchPattern(pattern, whole);
 }
 
 MatchPattern::Outcome MatchPattern::match(const QString& text) const

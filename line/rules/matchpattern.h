@@ -30,7 +30,7 @@ public:
     Outcome match(const QString& text) const;
 
 private:
-    MatchPattern(QString pattern, QRegularExpression expression);
+    MatchPattern(const QString& source, const QRegularExpression& expression);
 
     QString source;
     QRegularExpression expression;
