@@ -103,7 +103,7 @@ Result<bool> HistoryForwarder::forwardBatch()
     if (!arrived) {
         return tl::unexpected(arrived.error());
     }
-    const Result<bool> items = forwardItems(&*arrived);
+    Result<bool> items = forwardItems(&*arrived);
     if (!items) {
         return items;
     }

@@ -59,14 +59,14 @@ Result<void> HistoryWriter::start()
 
 void HistoryWriter::deliver(const Verdict& verdict)
 {
-    HistoryRow row = historyRow(options.station, verdict, pictures != nullptr ? pictures->keep(verdict) : QString());
+    const HistoryRow row = historyRow(options.station, verdict, pictures != nullptr ? pictures->keep(verdict) : QString());
     {
         const std::lock_guard lock(mutex);
         if (rows.size() >= mostWaiting) {
             ++lost;
             return;
         }
-        rows.append(std::move(row));
+        rows.append(row);
     }
     changed.notify_all();
 }

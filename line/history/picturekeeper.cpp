@@ -42,7 +42,7 @@ QString PictureKeeper::keep(const Verdict& verdict)
         return {};
     }
     constexpr int digits = 10;
-    const QString file = QStringLiteral("%1/%2-%3.png")
+    QString file = QStringLiteral("%1/%2-%3.png")
                              .arg(verdict.takenAt.toUTC().toString(QStringLiteral("yyyy-MM-dd")), station)
                              .arg(verdict.sequence, digits, 10, QLatin1Char('0'));
     {

@@ -357,18 +357,18 @@ void PreparedJob::judgeOther(Item* item) const
     }
 }
 
-Judgement PreparedJob::judgementOf(std::vector<Item>& items)
+Judgement PreparedJob::judgementOf(const std::vector<Item>& items)
 {
     Judgement judgement;
     judgement.isOk = true;
     judgement.reason = Reason::none;
-    for (Item& item : items) {
+    for (const Item& item : items) {
         if (!item.reading.isOk && judgement.isOk) {
             judgement.isOk = false;
             judgement.reason = item.reading.reason;
             judgement.reasonText = QStringLiteral("%1: %2").arg(item.reading.name, item.reading.reasonText);
         }
-        judgement.readings.append(std::move(item.reading));
+        judgement.readings.append(item.reading);
     }
     return judgement;
 }

@@ -53,7 +53,7 @@ private:
     void judgeFixed(bool isOk, Item* item) const;
     void judgeOther(Item* item) const;
     static void markOutside(const PartPose* pose, const cv::Mat& picture, std::vector<Item>& items);
-    static Judgement judgementOf(std::vector<Item>& items);
+    static Judgement judgementOf(const std::vector<Item>& items);
 
     const Job job;
     const host::ArchivePlace archive;
