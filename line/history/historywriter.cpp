@@ -59,7 +59,8 @@ Result<void> HistoryWriter::start()
 
 void HistoryWriter::deliver(const Verdict& verdict)
 {
-    const HistoryRow row = historyRow(options.station, verdict, pictures != nullptr ? pictures->keep(verdict) : QString());
+    const HistoryRow row
+        = historyRow(options.station, verdict, pictures != nullptr ? pictures->keep(verdict) : QString());
     {
         const std::lock_guard lock(mutex);
         if (rows.size() >= mostWaiting) {

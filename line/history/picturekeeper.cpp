@@ -43,8 +43,8 @@ QString PictureKeeper::keep(const Verdict& verdict)
     }
     constexpr int digits = 10;
     QString file = QStringLiteral("%1/%2-%3.png")
-                             .arg(verdict.takenAt.toUTC().toString(QStringLiteral("yyyy-MM-dd")), station)
-                             .arg(verdict.sequence, digits, 10, QLatin1Char('0'));
+                       .arg(verdict.takenAt.toUTC().toString(QStringLiteral("yyyy-MM-dd")), station)
+                       .arg(verdict.sequence, digits, 10, QLatin1Char('0'));
     {
         const std::lock_guard lock(mutex);
         if (waiting.size() >= mostWaiting) {

@@ -1,6 +1,5 @@
 #include "rules/matchpattern.h"
 
-
 namespace scribo::line {
 
 namespace {
