@@ -6,7 +6,6 @@
 #include "line/mqtt/listener.h"
 #include "line/tcpproxy.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -287,10 +286,3 @@ TEST(MqttClient, SpeaksToABrokerThatWantsTlsAndAPassword)
 
 } // namespace
 } // namespace scribo::line
-
-int main(int argc, char** argv)
-{
-    QCoreApplication application(argc, argv);
-    testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -7,7 +7,6 @@
 #include "line/freeport.h"
 #include "plc/plcregisters.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QModbusTcpClient>
@@ -391,10 +390,3 @@ TEST_F(PlcConnection, ServesPymodbus)
 
 } // namespace
 } // namespace scribo::line
-
-int main(int argc, char** argv)
-{
-    QCoreApplication application(argc, argv);
-    testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -1,10 +1,12 @@
+// The main function of tests that use Qt without painting.
+
 #include <QCoreApplication>
 
 #include <gmock/gmock.h>
 
 int main(int argc, char** argv)
 {
-    QCoreApplication application(argc, argv); // Qt looks for its database drivers beside it
+    QCoreApplication application(argc, argv);
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();
 }
